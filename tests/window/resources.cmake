@@ -3,6 +3,17 @@ lumenfold_test(
   SOURCES resources_test.cpp
   LIBRARIES lumenfold_resources Qt6::Gui)
 
+# The program gets at the images through a static library; so does this test.
+add_library(linked_images STATIC linked_images.cpp linked_images.h)
+target_link_libraries(
+  linked_images
+  PUBLIC lumenfold_resources Qt6::Gui
+  PRIVATE lumenfold_flags)
+lumenfold_test(
+  linked_images_test window
+  SOURCES linked_images_test.cpp
+  LIBRARIES linked_images)
+
 # The pages are looked at where the program opens them: beside it.
 lumenfold_test(
   help_pages_test window

@@ -188,11 +188,6 @@ private slots:
                  qPrintable(QStringLiteral("rec2.png: %1 % stand out").arg(litSeen)));
     }
 
-    void collectionIsThereBeforeAnyoneAsksForIt()
-    {
-        QVERIFY2(s_bFoundBeforeMain, "the static initializer did not register the collection");
-    }
-
     void imagesGoAndComeBackOnDemand()
     {
         const QString logo = ImagePath(QStringLiteral("logo.png"));
@@ -213,20 +208,7 @@ private slots:
         QVERIFY2(!logo.lastModified().isValid(),
                  qPrintable(logo.lastModified().toString(Qt::ISODate)));
     }
-
-public:
-    static bool s_bFoundBeforeMain;
 };
 
-bool ResourcesTest::s_bFoundBeforeMain = false;
-
-int main(int argc, char** argv)
-{
-    // Looked at before any test calls qInitResources_drui().
-    ResourcesTest::s_bFoundBeforeMain = QFile::exists(QStringLiteral(":/image/logo.png"));
-    QGuiApplication application(argc, argv);
-    ResourcesTest test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_MAIN(ResourcesTest)
 #include "resources_test.moc"
