@@ -1,0 +1,68 @@
+// From the arguments the recorder writes (the capture interface of macOS) to those of the stock
+// ffmpeg on X11. Values in, values out: nothing here looks at the machine.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+using Arguments = std::vector<std::string>;
+
+// A part of the X screen, in pixels.
+struct Rectangle
+{
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+    bool operator==(const Rectangle&) const = default;
+};
+
+enum class RequestKind { PassThrough, ListDevices, Capture, Malformed };
+
+// What the arguments ask for. `audio` holds the device indices in the order of the inputs.
+struct Request
+{
+    RequestKind kind = RequestKind::PassThrough;
+    int screen = 0;
+    std::vector<int> audio;
+    std::string error; // one sentence, for Malformed only
+};
+
+// What the capture reads from.
+struct CapturePlan
+{
+    std::string display;           // as in DISPLAY
+    Rectangle area;                // even width and height
+    std::optional<int> soundPipe;  // file descriptor that gives s16le stereo; none: no sound
+    bool knowsStatsPeriod = false; // whether this ffmpeg has -stats_period (4.4 and later)
+};
+
+// The name after -i, "S" or "S:A": screen index and audio device index, both decimal. "none" as A
+// is no sound. Nothing when it is malformed.
+struct CaptureName
+{
+    int screen = 0;
+    std::optional<int> audio;
+};
+std::optional<CaptureName> ParseCaptureName(const std::string& name);
+
+// Tells which of the four kinds of command this is.
+Request ReadRequest(const Arguments& arguments);
+
+// Samples a second that the sound is to be read with: the output's -ar, else 48000.
+int SampleRate(const Arguments& arguments);
+
+// The same command without the options that current ffmpegs refuse; all else untouched, in order.
+Arguments TranslatePassThrough(const Arguments& arguments);
+
+// The capture command for the stock ffmpeg. The screen comes first, the sound after it.
+Arguments TranslateCapture(const Arguments& arguments, const CapturePlan& plan);
+
+// The rectangle without its last column or row where the width or height is odd: the H.264 colour
+// format that every player knows has no odd sizes.
+Rectangle EvenSized(Rectangle area);
+
+} // namespace tool

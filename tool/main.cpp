@@ -1,0 +1,190 @@
+// `tool`: the stock ffmpeg behind the capture interface that the recorder speaks. Lists the devices
+// itself; for all else it translates the arguments and becomes ffmpeg.
+//
+// Exit codes of its own: 1 for a list (as ffmpeg, whose list ends in an error) and for a device
+// that does not exist, 127 when there is no ffmpeg.
+#include "tool/arguments.h"
+#include "tool/ffmpeg_program.h"
+#include "tool/listing.h"
+#include "tool/monitors.h"
+#include "tool/remembered_devices.h"
+#include "tool/sound_devices.h"
+#include "tool/sound_feeder.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <optional>
+#include <string>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr int failed = 1;
+constexpr int noProgram = 127;
+constexpr std::chrono::milliseconds soundPatience{1500};
+
+std::string Variable(const char* name)
+{
+    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): one thread only
+    return value == nullptr ? std::string() : value;
+}
+
+int Complain(const std::string& sentence, int code)
+{
+    std::fprintf(stderr, "tool: %s.\n", sentence.c_str());
+    return code;
+}
+
+std::string NoScreenReason()
+{
+    const std::string display = Variable("DISPLAY");
+    std::string reason = display.empty() ? "No screen can be recorded: DISPLAY is not set"
+                                         : "No screen can be recorded: the X display " + display +
+                                               " cannot be opened";
+    if (!Variable("WAYLAND_DISPLAY").empty()) {
+        reason += "; a Wayland session without X gives programs no access to the screen";
+    }
+    return reason + ".";
+}
+
+std::vector<tool::SoundDevice> ReadSoundDevices()
+{
+    const auto server = tool::ReadSoundServer(soundPatience);
+    auto devices = server ? tool::ArrangeSoundDevices(*server) : std::vector<tool::SoundDevice>();
+    std::vector<std::string> sources;
+    sources.reserve(devices.size());
+    for (const tool::SoundDevice& device : devices) {
+        sources.push_back(device.source);
+    }
+    tool::RememberDevices(sources);
+    return devices;
+}
+
+int PrintListing()
+{
+    tool::Listing listing;
+    if (const auto monitors = tool::ReadMonitors(Variable("DISPLAY"))) {
+        listing.screens = monitors->size();
+    } else {
+        listing.noScreenReason = NoScreenReason();
+    }
+    listing.sound = ReadSoundDevices();
+    const std::string text =
+        tool::ListingText(listing, reinterpret_cast<uintptr_t>(&listing) & 0xffffffffffff);
+    std::fwrite(text.data(), 1, text.size(), stderr);
+    return failed;
+}
+
+// The sound library refuses to work on both sides of a fork, so a process of its own asks.
+std::vector<std::string> AskForSources()
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        ReadSoundDevices();
+        _exit(0);
+    }
+    int status = 0;
+    while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return tool::RecallDevices().value_or(std::vector<std::string>());
+}
+
+// The sources' names; nothing after a complaint about a number that is not in the list.
+std::optional<std::vector<std::string>> ResolveSources(const std::vector<int>& indices)
+{
+    const auto recalled = tool::RecallDevices();
+    const std::vector<std::string> known = recalled || indices.empty()
+                                               ? recalled.value_or(std::vector<std::string>())
+                                               : AskForSources();
+    std::vector<std::string> chosen;
+    for (const int index : indices) {
+        if (static_cast<size_t>(index) >= known.size()) {
+            Complain("there is no audio device " + std::to_string(index) + ", the list has " +
+                         std::to_string(known.size()),
+                     failed);
+            return std::nullopt;
+        }
+        chosen.push_back(known[static_cast<size_t>(index)]);
+    }
+    return chosen;
+}
+
+int Become(const std::string& ffmpeg, const tool::Arguments& arguments)
+{
+    std::vector<char*> pointers{const_cast<char*>(ffmpeg.c_str())};
+    for (const std::string& argument : arguments) {
+        pointers.push_back(const_cast<char*>(argument.c_str()));
+    }
+    pointers.push_back(nullptr);
+    execv(ffmpeg.c_str(), pointers.data());
+    return Complain(ffmpeg + " cannot be run: " + std::strerror(errno), noProgram);
+}
+
+int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
+           const tool::Request& request)
+{
+    tool::CapturePlan plan;
+    plan.display = Variable("DISPLAY");
+    const auto monitors = tool::ReadMonitors(plan.display);
+    if (!monitors) {
+        std::fprintf(stderr, "tool: %s\n", NoScreenReason().c_str());
+        return failed;
+    }
+    if (static_cast<size_t>(request.screen) >= monitors->size()) {
+        return Complain("there is no screen " + std::to_string(request.screen) +
+                            ", the display has " + std::to_string(monitors->size()),
+                        failed);
+    }
+    plan.area = tool::EvenSized((*monitors)[static_cast<size_t>(request.screen)]);
+    const auto sources = ResolveSources(request.audio);
+    if (!sources) {
+        return failed;
+    }
+    plan.knowsStatsPeriod = tool::KnowsOption(ffmpeg, "stats_period");
+    // Should the recorder die, nobody would stop ffmpeg: this signal makes it finish the file. It
+    // survives the exec.
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (!sources->empty()) {
+        const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments)});
+        if (pipe < 0) {
+            return Complain(std::string("no sound can be read: ") + std::strerror(errno), failed);
+        }
+        plan.soundPipe = pipe;
+    }
+    return Become(ffmpeg, tool::TranslateCapture(arguments, plan));
+}
+
+} // namespace
+
+int main(int count, char** values)
+{
+    const tool::Arguments arguments(values + (count > 0 ? 1 : 0), values + count);
+    const tool::Request request = tool::ReadRequest(arguments);
+    if (request.kind == tool::RequestKind::ListDevices) {
+        return PrintListing();
+    }
+    if (request.kind == tool::RequestKind::Malformed) {
+        return Complain(request.error, failed);
+    }
+    const std::string ffmpeg = tool::FindFfmpeg();
+    if (ffmpeg.empty()) {
+        const std::string chosen = Variable("LUMENFOLD_FFMPEG");
+        return Complain(chosen.empty() ? "no ffmpeg is installed: neither beside this program nor "
+                                         "in PATH"
+                                       : "LUMENFOLD_FFMPEG names " + chosen +
+                                             ", which is no program that can be run",
+                        noProgram);
+    }
+    if (request.kind == tool::RequestKind::Capture) {
+        return Record(ffmpeg, arguments, request);
+    }
+    return Become(ffmpeg, tool::TranslatePassThrough(arguments));
+}

@@ -1,0 +1,193 @@
+#include "tool/sound_feeder.h"
+
+#include "tool/sound_reader.h"
+#include "tool/sound_track.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+namespace tool {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+// How late sound is handed out: what a source delivers later than this is lost.
+constexpr int delayMs = 80;
+// What lies in the pipe before ffmpeg looks; it becomes the first 23 ms of the sound.
+constexpr int64_t preparedFrames = 1024;
+constexpr size_t frameBytes = 2 * sizeof(int16_t);
+constexpr int pipeBytes = 1 << 20;
+
+class Feeder
+{
+public:
+    Feeder(const FeederPlan& plan, int pipe)
+        : m_nPipe(pipe),
+          m_nRate(plan.rate),
+          m_tracks(plan.sources.size(), SoundTrack(plan.rate)),
+          m_reader(plan.sources, plan.rate,
+                   {[this](size_t source, SteadyTime captured, std::span<const int16_t> stereo) {
+                        Hear(source, captured, stereo);
+                    },
+                    [this](size_t source) { m_tracks[source].Restart(); }})
+    {
+    }
+
+    void Run()
+    {
+        if (!WaitForReader()) {
+            return;
+        }
+        fcntl(m_nPipe, F_SETPIPE_SZ, pipeBytes); // so that a busy ffmpeg does not stop us
+        while (Emit()) {
+            m_reader.Wait(10ms);
+        }
+    }
+
+private:
+    // ffmpeg opens the pipe right after it has grabbed the first picture, and reads: that moment is
+    // the start of the sound, so both begin together. False when ffmpeg has gone.
+    bool WaitForReader()
+    {
+        const std::array<int16_t, preparedFrames * 2> silence{};
+        if (write(m_nPipe, silence.data(), sizeof silence) != sizeof silence) {
+            return false;
+        }
+        int unread = sizeof silence;
+        while (unread == sizeof silence) {
+            m_reader.Wait(1ms);
+            pollfd pipe{m_nPipe, 0, 0};
+            if (poll(&pipe, 1, 0) < 0 || (pipe.revents & POLLERR) != 0 ||
+                ioctl(m_nPipe, FIONREAD, &unread) != 0) {
+                return false;
+            }
+        }
+        m_start = Clock::now();
+        m_nGiven = preparedFrames;
+        m_bStarted = true;
+        return true;
+    }
+
+    void Hear(size_t source, SteadyTime captured, std::span<const int16_t> stereo)
+    {
+        if (m_bStarted) {
+            const auto since =
+                std::chrono::duration_cast<std::chrono::microseconds>(captured - m_start).count();
+            m_tracks[source].Put(since * m_nRate / 1000000, stereo, m_nGiven);
+        }
+    }
+
+    // Writes what is due, as far as the pipe takes it. False when ffmpeg has closed it.
+    bool Emit()
+    {
+        const int64_t pieceFrames = m_nRate / 100;
+        const auto elapsed =
+            std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - m_start).count();
+        const int64_t due = FramesDue(elapsed, m_nRate, delayMs);
+        while (WriteRest()) {
+            if (m_nGiven + pieceFrames > due) {
+                return true;
+            }
+            std::vector<int32_t> sum(static_cast<size_t>(pieceFrames) * 2);
+            for (const SoundTrack& track : m_tracks) {
+                track.AddTo(m_nGiven, sum);
+            }
+            m_rest = Saturated(sum);
+            m_nWritten = 0;
+            m_nGiven += pieceFrames;
+        }
+        return errno == EAGAIN || errno == EINTR;
+    }
+
+    // True when nothing is left over, else false with errno.
+    bool WriteRest()
+    {
+        const size_t size = m_rest.size() * sizeof(int16_t);
+        while (m_nWritten < size) {
+            const auto* bytes = reinterpret_cast<const char*>(m_rest.data());
+            const ssize_t count = write(m_nPipe, bytes + m_nWritten, size - m_nWritten);
+            if (count < 0) {
+                return false;
+            }
+            m_nWritten += static_cast<size_t>(count);
+        }
+        return true;
+    }
+
+    int m_nPipe;
+    int m_nRate;
+    bool m_bStarted = false;
+    SteadyTime m_start;
+    int64_t m_nGiven = 0;        // frames handed out
+    std::vector<int16_t> m_rest; // handed out, not all in the pipe yet
+    size_t m_nWritten = 0;       // bytes of it that are
+    std::vector<SoundTrack> m_tracks;
+    SoundReader m_reader;
+};
+
+// Keeps nothing open but the pipe: whoever waits for the end of ffmpeg's output must not wait for
+// us.
+int CloseAllBut(int pipe)
+{
+    const int nothing = open("/dev/null", O_RDWR);
+    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        dup2(nothing, standard);
+    }
+    constexpr int first = STDERR_FILENO + 1;
+    if (pipe != first) {
+        dup2(pipe, first);
+    }
+    close_range(first + 1, ~0U, 0);
+    return first;
+}
+
+[[noreturn]] void RunChild(const FeederPlan& plan, int pipe, pid_t parent)
+{
+    // A Ctrl-C in a terminal goes to ffmpeg as well: it finishes the file, and wants sound until it
+    // closes the pipe.
+    for (const int signal : {SIGINT, SIGHUP, SIGQUIT, SIGPIPE}) {
+        std::signal(signal, SIG_IGN);
+    }
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() == parent) {
+        const int own = CloseAllBut(pipe);
+        fcntl(own, F_SETFL, O_WRONLY | O_NONBLOCK);
+        fcntl(own, F_SETFD, FD_CLOEXEC);
+        Feeder(plan, own).Run();
+    }
+    _exit(0);
+}
+
+} // namespace
+
+int StartSoundFeeder(const FeederPlan& plan)
+{
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return -1;
+    }
+    const pid_t parent = getpid();
+    const pid_t child = fork();
+    if (child == 0) {
+        RunChild(plan, ends[1], parent);
+    }
+    const int reason = errno;
+    close(ends[1]);
+    if (child < 0 || fcntl(ends[0], F_SETFD, 0) != 0) {
+        close(ends[0]);
+        errno = reason;
+        return -1;
+    }
+    return ends[0];
+}
+
+} // namespace tool

@@ -1,0 +1,22 @@
+// The process that hands ffmpeg its sound. ffmpeg could open the sources itself, but then waits for
+// each of them: seconds for an idle one, for ever for one that is gone. This process never makes it
+// wait; where there is no sound it gives silence.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tool {
+
+struct FeederPlan
+{
+    std::vector<std::string> sources; // the sound server's names, mixed into one
+    int rate = 48000;                 // sample frames a second
+};
+
+// Starts it as a child of this process, which is to become ffmpeg. Returns the descriptor ffmpeg
+// shall read s16le stereo from (it survives the exec), or -1 with errno. The child ends when the
+// other side of that pipe is closed, and at the latest with this process.
+int StartSoundFeeder(const FeederPlan& plan);
+
+} // namespace tool

@@ -1,0 +1,183 @@
+#include "tool/sound_reader.h"
+
+#include <algorithm>
+#include <pulse/pulseaudio.h>
+#include <thread>
+#include <utility>
+
+namespace tool {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto retryDistance = 500ms;
+constexpr uint32_t fragmentsPerSecond = 50;
+constexpr uint32_t frameBytes = 2 * sizeof(int16_t);
+
+} // namespace
+
+struct SoundReader::Private
+{
+    struct Source
+    {
+        Private* owner = nullptr;
+        size_t number = 0;
+        std::string name;
+        pa_stream* stream = nullptr;
+        SteadyTime retry;
+    };
+
+    std::vector<Source> sources;
+    uint32_t rate = 0;
+    SoundListener listener;
+    pa_mainloop* loop = nullptr;
+    pa_context* context = nullptr;
+    SteadyTime retry;
+
+    void Connect();
+    void DropContext();
+    void Open(Source& source);
+    static void DropStream(Source& source);
+    void KeepOpen();
+    static void OnRead(pa_stream* stream, size_t bytes, void* data);
+    void Deliver(const Source& source, const void* bytes, size_t size) const;
+};
+
+SoundReader::SoundReader(std::vector<std::string> sources, int rate, SoundListener listener)
+    : m_p(std::make_unique<Private>())
+{
+    m_p->rate = static_cast<uint32_t>(rate);
+    m_p->listener = std::move(listener);
+    m_p->loop = pa_mainloop_new();
+    for (std::string& name : sources) {
+        m_p->sources.push_back({m_p.get(), m_p->sources.size(), std::move(name), nullptr, {}});
+    }
+}
+
+SoundReader::~SoundReader()
+{
+    m_p->DropContext();
+    pa_mainloop_free(m_p->loop);
+}
+
+void SoundReader::Wait(std::chrono::milliseconds time)
+{
+    m_p->KeepOpen();
+    const int microseconds = static_cast<int>(std::chrono::microseconds(time).count());
+    if (pa_mainloop_prepare(m_p->loop, microseconds) < 0 || pa_mainloop_poll(m_p->loop) < 0 ||
+        pa_mainloop_dispatch(m_p->loop) < 0) {
+        std::this_thread::sleep_for(time); // a broken loop must not become a busy one
+    }
+}
+
+// Opens what is not open. Whatever failed is dropped here, outside the server's callbacks.
+void SoundReader::Private::KeepOpen()
+{
+    if (context != nullptr && !PA_CONTEXT_IS_GOOD(pa_context_get_state(context))) {
+        DropContext();
+        retry = std::chrono::steady_clock::now() + retryDistance;
+    }
+    if (context == nullptr) {
+        if (std::chrono::steady_clock::now() >= retry) {
+            Connect();
+        }
+        return;
+    }
+    if (pa_context_get_state(context) != PA_CONTEXT_READY) {
+        return;
+    }
+    for (Source& source : sources) {
+        if (source.stream != nullptr && !PA_STREAM_IS_GOOD(pa_stream_get_state(source.stream))) {
+            DropStream(source);
+            source.retry = std::chrono::steady_clock::now() + retryDistance;
+        }
+        if (source.stream == nullptr && std::chrono::steady_clock::now() >= source.retry) {
+            Open(source);
+        }
+    }
+}
+
+void SoundReader::Private::Connect()
+{
+    context = pa_context_new(pa_mainloop_get_api(loop), "Lumenfold Screen Recorder");
+    if (context != nullptr &&
+        pa_context_connect(context, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
+        DropContext();
+        retry = std::chrono::steady_clock::now() + retryDistance;
+    }
+}
+
+void SoundReader::Private::DropContext()
+{
+    for (Source& source : sources) {
+        DropStream(source);
+    }
+    if (context != nullptr) {
+        pa_context_disconnect(context);
+        pa_context_unref(context);
+        context = nullptr;
+    }
+}
+
+void SoundReader::Private::Open(Source& source)
+{
+    const pa_sample_spec format{PA_SAMPLE_S16LE, rate, 2};
+    source.stream = pa_stream_new(context, "Recording", &format, nullptr);
+    if (source.stream == nullptr) {
+        source.retry = std::chrono::steady_clock::now() + retryDistance;
+        return;
+    }
+    pa_stream_set_read_callback(source.stream, &Private::OnRead, &source);
+    pa_buffer_attr buffer{};
+    buffer.maxlength = static_cast<uint32_t>(-1);
+    buffer.fragsize = rate / fragmentsPerSecond * frameBytes;
+    // Not to be moved: another device than the one chosen must never be recorded.
+    const auto flags =
+        static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE |
+                                       PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_DONT_MOVE);
+    listener.opened(source.number);
+    if (pa_stream_connect_record(source.stream, source.name.c_str(), &buffer, flags) < 0) {
+        DropStream(source);
+        source.retry = std::chrono::steady_clock::now() + retryDistance;
+    }
+}
+
+void SoundReader::Private::DropStream(Source& source)
+{
+    if (source.stream != nullptr) {
+        pa_stream_set_read_callback(source.stream, nullptr, nullptr);
+        pa_stream_disconnect(source.stream);
+        pa_stream_unref(source.stream);
+        source.stream = nullptr;
+    }
+}
+
+void SoundReader::Private::OnRead(pa_stream* stream, size_t /*bytes*/, void* data)
+{
+    const auto* source = static_cast<Source*>(data);
+    const void* bytes = nullptr;
+    size_t size = 0;
+    while (pa_stream_peek(stream, &bytes, &size) == 0 && size > 0) {
+        if (bytes != nullptr) { // else a hole, which stays silent
+            source->owner->Deliver(*source, bytes, size);
+        }
+        pa_stream_drop(stream);
+    }
+}
+
+// The latency tells how long ago the piece's first sample was captured, or, for the monitor of an
+// output, was heard: then it may well lie in the future.
+void SoundReader::Private::Deliver(const Source& source, const void* bytes, size_t size) const
+{
+    pa_usec_t latency = 0;
+    int negative = 0;
+    auto age = std::chrono::microseconds(size / frameBytes * 1000000 / rate);
+    if (pa_stream_get_latency(source.stream, &latency, &negative) == 0) {
+        age = std::chrono::microseconds(latency);
+        age = negative != 0 ? -age : age;
+    }
+    listener.sound(source.number, std::chrono::steady_clock::now() - age,
+                   {static_cast<const int16_t*>(bytes), size / sizeof(int16_t)});
+}
+
+} // namespace tool
