@@ -158,8 +158,20 @@ Arguments ScreenInput(const CapturePlan& plan, const std::string& rate)
 // Not "pipe:N": ffmpeg stops listening to its standard input, and so to "q", when a name begins so.
 Arguments SoundInput(int pipe, int rate)
 {
-    return {"-thread_queue_size", soundQueue, "-f", "s16le", "-ar",
-            std::to_string(rate), "-ac",      "2",  "-i",    "/dev/fd/" + std::to_string(pipe)};
+    return {"-probesize",
+            "32",
+            "-analyzeduration",
+            "1",
+            "-thread_queue_size",
+            soundQueue,
+            "-f",
+            "s16le",
+            "-ar",
+            std::to_string(rate),
+            "-ac",
+            "2",
+            "-i",
+            "/dev/fd/" + std::to_string(pipe)};
 }
 
 Arguments OutputOptions(Arguments options, bool sound, const std::string& rate)
