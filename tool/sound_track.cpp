@@ -8,8 +8,7 @@ namespace tool {
 namespace {
 
 constexpr int ringSeconds = 8;
-constexpr int settlingPieces = 25;    // stated times are rough while a source starts
-constexpr int latePiecesAllowed = 10; // before a source counts as always late
+constexpr int settlingPieces = 25; // stated times are rough while a source starts
 constexpr double smoothing = 1.0 / 16;
 
 } // namespace
@@ -59,21 +58,37 @@ int64_t SoundTrack::Correction(int64_t at, int64_t frames)
     return correction;
 }
 
+// Gives the frames at the piece's start that come too late. One stall of the machine delivers many
+// pieces late at once and is over; only lateness that goes on makes the source play later than
+// captured, and only as long as it needs to.
 int64_t SoundTrack::SkipLate(int64_t frames, int64_t given)
 {
-    const int64_t late = given - m_nNext;
-    if (late <= 0) {
-        m_nLatePieces = 0;
+    const int64_t slack = m_nNext - given;
+    if (m_nShift > 0) {
+        m_nLeastSlack = std::min(m_nLeastSlack, slack);
+        if (given - m_nShiftChecked > m_nRate * 5) {
+            // Takes effect with the next piece, which is then too far off its stated time.
+            m_nShift -= std::clamp<int64_t>(m_nLeastSlack - m_nRate / 25, 0, m_nShift);
+            m_nShiftChecked = given;
+            m_nLeastSlack = std::numeric_limits<int64_t>::max();
+        }
+    }
+    if (slack >= 0) {
+        m_nLateSince = -1;
         return 0;
     }
-    if (++m_nLatePieces > latePiecesAllowed) {
-        const int64_t shift = late + m_nRate / 50;
+    if (m_nLateSince < 0) {
+        m_nLateSince = given;
+    } else if (given - m_nLateSince > m_nRate) {
+        const int64_t shift = m_nRate / 50 - slack;
         m_nShift += shift;
         m_nNext += shift;
-        m_nLatePieces = 0;
+        m_nShiftChecked = given;
+        m_nLeastSlack = std::numeric_limits<int64_t>::max();
+        m_nLateSince = -1;
         return 0;
     }
-    const int64_t skipped = std::min(late, frames);
+    const int64_t skipped = std::min(-slack, frames);
     m_nNext += skipped;
     return skipped;
 }
@@ -105,7 +120,7 @@ void SoundTrack::Write(std::span<const int16_t> stereo)
 void SoundTrack::Restart()
 {
     m_nPieces = 0;
-    m_nLatePieces = 0;
+    m_nLateSince = -1;
     m_nShift = 0;
     m_error = 0;
 }

@@ -40,7 +40,9 @@ private:
     int64_t m_nShift = 0;        // added to stated times of a source that is always late
     double m_error = 0;          // smoothed distance from the stated times, in frames
     int m_nPieces = 0;           // since the last start
-    int m_nLatePieces = 0;       // in a row
+    int64_t m_nLateSince = -1;   // first position not given when lateness began; -1: not late
+    int64_t m_nShiftChecked = 0; // when the shift was last found to be needed
+    int64_t m_nLeastSlack = 0;   // frames to spare since then
 };
 
 // The sum of several sources as 16-bit samples; what is too loud is cut off at the limits.
