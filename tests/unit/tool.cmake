@@ -1,0 +1,13 @@
+# `tool` is for Linux only.
+if(TARGET tool)
+  lumenfold_test(tool_arguments_test unit SOURCES tool_arguments_test.cpp LIBRARIES lumenfold_tool_core)
+  lumenfold_test(tool_listing_test unit SOURCES tool_listing_test.cpp LIBRARIES lumenfold_tool_core)
+  lumenfold_test(tool_sound_track_test unit SOURCES tool_sound_track_test.cpp LIBRARIES
+                 lumenfold_tool_core)
+  lumenfold_test(tool_ffmpeg_program_test unit SOURCES tool_ffmpeg_program_test.cpp LIBRARIES
+                 lumenfold_tool_core)
+  lumenfold_test(
+    tool_program_test unit SOURCES tool_program_test.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
+    TOOL_PROGRAM="$<TARGET_FILE:tool>")
+  add_dependencies(tool_program_test tool)
+endif()

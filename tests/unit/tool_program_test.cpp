@@ -1,0 +1,126 @@
+// Runs the real program, with a stand-in for ffmpeg that writes down what it was given.
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+class ToolProgramTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void argumentsReachFfmpegByteForByte();
+    void exitCodeAndInputAreFfmpegs();
+    void withoutFfmpegOneLineAnd127();
+    void chosenFfmpegThatIsMissingIsNamed();
+    void listWithoutScreenAndSoundSaysWhy();
+    void recordingWithoutDisplayStartsNoFfmpeg();
+    void malformedDeviceStartsNoFfmpeg();
+
+private:
+    // Runs it to its end and gives the exit code, -1 when it did not end by itself.
+    int Run(const QStringList& arguments, const QByteArray& input = {});
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QProcessEnvironment m_environment;
+    QByteArray m_output;
+    QByteArray m_error;
+};
+
+void ToolProgramTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
+    QFile script(m_folder->filePath("fake ffmpeg"));
+    QVERIFY(script.open(QIODevice::WriteOnly));
+    script.write("#!/bin/sh\nprintf '%s\\n' \"started\" >&2\n"
+                 "for a in \"$@\"; do printf '%s\\0' \"$a\"; done\ncat >&2\nexit 42\n");
+    script.close();
+    QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    m_environment = QProcessEnvironment::systemEnvironment();
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY"}) {
+        m_environment.remove(QString::fromLatin1(name));
+    }
+    m_environment.insert("LUMENFOLD_FFMPEG", script.fileName());
+    m_environment.insert("XDG_RUNTIME_DIR", m_folder->path());
+    m_environment.insert("HOME", m_folder->path());
+    m_environment.insert("PULSE_SERVER", "unix:" + m_folder->filePath("no server"));
+}
+
+int ToolProgramTest::Run(const QStringList& arguments, const QByteArray& input)
+{
+    QProcess process;
+    process.setProcessEnvironment(m_environment);
+    process.start(TOOL_PROGRAM, arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit) {
+        process.kill();
+        process.waitForFinished();
+        return -1;
+    }
+    m_output = process.readAllStandardOutput();
+    m_error = process.readAllStandardError();
+    return process.exitCode();
+}
+
+void ToolProgramTest::argumentsReachFfmpegByteForByte()
+{
+    const QStringList arguments = {
+        "-i", "/v/a \"b\"\n'c' \u4e2d\u00e4.mp4", "-vbsf", "x", "", " ", "o|1.ts"};
+    QCOMPARE(Run(arguments), 42);
+    QStringList expected = arguments;
+    expected[2] = QStringLiteral("-bsf:v");
+    QCOMPARE(m_output, expected.join(QChar(u'\0')).toUtf8() + '\0');
+}
+
+void ToolProgramTest::exitCodeAndInputAreFfmpegs()
+{
+    QCOMPARE(Run({"-i", "a"}, "q\r\n"), 42);
+    QCOMPARE(m_error, QByteArray("started\nq\r\n"));
+}
+
+void ToolProgramTest::withoutFfmpegOneLineAnd127()
+{
+    m_environment.remove("LUMENFOLD_FFMPEG");
+    m_environment.insert("PATH", m_folder->path());
+    QCOMPARE(Run({"-i", "a"}), 127);
+    QCOMPARE(m_error.count('\n'), 1);
+    QVERIFY2(m_error.contains("ffmpeg"), m_error);
+}
+
+void ToolProgramTest::chosenFfmpegThatIsMissingIsNamed()
+{
+    m_environment.insert("LUMENFOLD_FFMPEG", "/no/such/program");
+    QCOMPARE(Run({"-i", "a"}), 127);
+    QCOMPARE(m_error.count('\n'), 1);
+    QVERIFY2(m_error.contains("/no/such/program"), m_error);
+}
+
+void ToolProgramTest::listWithoutScreenAndSoundSaysWhy()
+{
+    m_environment.insert("WAYLAND_DISPLAY", "wayland-0");
+    QCOMPARE(Run({"-f", "avfoundation", "-list_devices", "true", "-i", " "}), 1);
+    QVERIFY2(m_error.startsWith("[AVFoundation indev @ 0x"), m_error);
+    QVERIFY2(m_error.contains("No screen can be recorded: DISPLAY is not set"), m_error);
+    QVERIFY2(m_error.contains("Wayland"), m_error);
+    QVERIFY2(!m_error.contains("Capture screen") && !m_error.contains("audio devices:"), m_error);
+    QVERIFY2(m_output.isEmpty(), m_output);
+}
+
+void ToolProgramTest::recordingWithoutDisplayStartsNoFfmpeg()
+{
+    QCOMPARE(Run({"-f", "avfoundation", "-framerate", "30", "-i", "0", "o.mp4"}), 1);
+    QVERIFY2(!m_error.contains("started") && m_error.contains("DISPLAY"), m_error);
+}
+
+void ToolProgramTest::malformedDeviceStartsNoFfmpeg()
+{
+    QCOMPARE(Run({"-f", "avfoundation", "-i", "zero", "o.mp4"}), 1);
+    QVERIFY2(!m_error.contains("started") && m_error.contains("\"zero\""), m_error);
+    QCOMPARE(m_error.count('\n'), 1);
+}
+
+QTEST_GUILESS_MAIN(ToolProgramTest)
+#include "tool_program_test.moc"

@@ -1,0 +1,226 @@
+#include "tool/sound_track.h"
+
+#include <QTest>
+
+#include <algorithm>
+#include <cmath>
+
+using tool::SoundTrack;
+using Samples = std::vector<int16_t>;
+
+namespace {
+
+constexpr int rate = 1000; // one frame is one millisecond
+constexpr int64_t piece = 20;
+
+Samples Constant(int64_t frames, int16_t value)
+{
+    return Samples(static_cast<size_t>(frames) * 2, value);
+}
+
+// The left channel from this position on.
+std::vector<int> Heard(const SoundTrack& track, int64_t from, int64_t frames)
+{
+    std::vector<int32_t> sum(static_cast<size_t>(frames) * 2);
+    track.AddTo(from, sum);
+    std::vector<int> left;
+    for (size_t i = 0; i < sum.size(); i += 2) {
+        left.push_back(sum[i]);
+    }
+    return left;
+}
+
+bool All(const std::vector<int>& values, int value)
+{
+    return std::all_of(values.begin(), values.end(), [value](int one) { return one == value; });
+}
+
+// Plays a source whose clock runs `drift` too slow (0.001: a frame in a thousand is missing). Each
+// frame's value is the number of the millisecond it was captured in, modulo 1000. Gives how far, in
+// ms, the sound at the end lies from where it belongs.
+int OffsetAfter(double seconds, double drift)
+{
+    SoundTrack track(rate);
+    const auto pieces = static_cast<int64_t>(seconds * rate * (1 - drift) / piece);
+    int64_t at = 0;
+    for (int64_t i = 0; i < pieces; ++i) {
+        Samples samples;
+        for (int64_t k = 0; k < piece; ++k) {
+            const auto when =
+                static_cast<int64_t>(static_cast<double>(i * piece + k) / (1 - drift));
+            samples.insert(samples.end(), 2, static_cast<int16_t>(when % 1000));
+        }
+        at = static_cast<int64_t>(static_cast<double>(i * piece) / (1 - drift));
+        track.Put(at, samples, at - 100);
+    }
+    return std::abs(Heard(track, at, 1).front() - static_cast<int>(at % 1000));
+}
+
+} // namespace
+
+class ToolSoundTrackTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void soundLiesWhereItWasCaptured();
+    void gapsAreSilent();
+    void smallErrorsInTimeLeaveNoHole();
+    void slowAndFastClocksStayInStep_data();
+    void slowAndFastClocksStayInStep();
+    void whatComesTooLateIsLeftOut();
+    void oneStallDoesNotShiftTheSound();
+    void sourceThatIsAlwaysLateIsHeardAllTheSame();
+    void aReturningSourceStartsAfresh();
+    void aLongBacklogIsSilence();
+    void mixIsTheSumAndNeverWraps();
+    void stretchingKeepsBothEnds();
+    void dueFramesFollowTheClock();
+};
+
+void ToolSoundTrackTest::soundLiesWhereItWasCaptured()
+{
+    SoundTrack track(rate);
+    track.Put(50, Constant(piece, 7), 0);
+    QVERIFY(All(Heard(track, 0, 50), 0));
+    QVERIFY(All(Heard(track, 50, piece), 7));
+    QVERIFY(All(Heard(track, 50 + piece, 50), 0));
+}
+
+void ToolSoundTrackTest::gapsAreSilent()
+{
+    SoundTrack track(rate);
+    track.Put(0, Constant(piece, 7), 0);
+    track.Put(3000, Constant(piece, 8), 2000);
+    QVERIFY(All(Heard(track, 0, piece), 7));
+    QVERIFY(All(Heard(track, piece, 3000 - piece), 0));
+    QVERIFY(All(Heard(track, 3000, piece), 8));
+}
+
+void ToolSoundTrackTest::smallErrorsInTimeLeaveNoHole()
+{
+    SoundTrack track(44100);
+    constexpr int64_t frames = 441;
+    int64_t at = 0;
+    for (int i = 0; i < 300; ++i, at += frames) {
+        track.Put(at + (i % 2 == 0 ? 60 : -60), Constant(frames, 9), at - 4410);
+    }
+    const auto heard = Heard(track, at - 100 * frames, 99 * frames);
+    QVERIFY2(All(heard, 9), "1.4 ms of uncertainty must not cut the sound");
+}
+
+void ToolSoundTrackTest::slowAndFastClocksStayInStep_data()
+{
+    QTest::addColumn<double>("drift");
+    QTest::newRow("exact") << 0.0;
+    QTest::newRow("200 ppm slow") << 0.0002;
+    QTest::newRow("200 ppm fast") << -0.0002;
+    QTest::newRow("1 percent slow") << 0.01;
+    QTest::newRow("1 percent fast") << -0.01;
+}
+
+void ToolSoundTrackTest::slowAndFastClocksStayInStep()
+{
+    QFETCH(double, drift);
+    const int offset = OffsetAfter(600.3, drift);
+    QVERIFY2(offset <= 22, qPrintable(QStringLiteral("%1 ms off after 10 minutes").arg(offset)));
+}
+
+void ToolSoundTrackTest::whatComesTooLateIsLeftOut()
+{
+    SoundTrack track(rate);
+    track.Put(90, Constant(piece, 7), 100);
+    QVERIFY(All(Heard(track, 90, 10), 0));
+    QVERIFY(All(Heard(track, 100, 10), 7));
+    QVERIFY(All(Heard(track, 110, 10), 0));
+}
+
+void ToolSoundTrackTest::oneStallDoesNotShiftTheSound()
+{
+    SoundTrack track(rate);
+    int64_t at = 0;
+    for (; at < 2000; at += piece) {
+        track.Put(at, Constant(piece, 7), at - 60);
+    }
+    for (; at < 2500; at += piece) { // all of half a second is delivered at its end
+        track.Put(at, Constant(piece, 7), 2440);
+    }
+    for (; at < 3000; at += piece) {
+        track.Put(at, Constant(piece, 8), at - 60);
+    }
+    QVERIFY(All(Heard(track, 2480, piece), 7));
+    QVERIFY(All(Heard(track, 2500, 500), 8));
+}
+
+void ToolSoundTrackTest::sourceThatIsAlwaysLateIsHeardAllTheSame()
+{
+    SoundTrack track(rate);
+    for (int64_t at = 0; at < 4000; at += piece) {
+        track.Put(at, Constant(piece, 7), at + 150); // 150 ms later than can be used
+    }
+    QVERIFY(All(Heard(track, 4000, 100), 7));
+    // When it is quick again it goes back to where it belongs.
+    for (int64_t at = 4000; at < 20000; at += piece) {
+        track.Put(at, Constant(piece, at < 19000 ? 7 : 8), at - 300);
+    }
+    QVERIFY(All(Heard(track, 19100, 850), 8));
+    QVERIFY(All(Heard(track, 20060, 100), 0));
+}
+
+void ToolSoundTrackTest::aReturningSourceStartsAfresh()
+{
+    SoundTrack track(rate);
+    track.Put(0, Constant(piece, 7), 0);
+    track.Restart();
+    track.Put(100, Constant(piece, 8), 0);
+    QVERIFY(All(Heard(track, piece, 100 - piece), 0));
+    QVERIFY(All(Heard(track, 100, piece), 8));
+}
+
+void ToolSoundTrackTest::aLongBacklogIsSilence()
+{
+    SoundTrack track(rate);
+    int64_t at = 0;
+    for (; at < 60000; at += piece) { // a minute in which nothing is handed out
+        track.Put(at, Constant(piece, 7), 0);
+    }
+    QVERIFY(All(Heard(track, 0, 1000), 0));
+    QVERIFY(All(Heard(track, at - 1000, 1000), 7));
+}
+
+void ToolSoundTrackTest::mixIsTheSumAndNeverWraps()
+{
+    SoundTrack first(rate);
+    SoundTrack second(rate);
+    first.Put(0, Constant(piece, 20000), 0);
+    second.Put(10, Constant(piece, 20000), 0);
+    std::vector<int32_t> sum(60);
+    first.AddTo(0, sum);
+    second.AddTo(0, sum);
+    const Samples mixed = tool::Saturated(sum);
+    QCOMPARE(mixed[0], 20000);
+    QCOMPARE(mixed[30], 32767);
+    QCOMPARE(mixed[58], 20000);
+    QCOMPARE(tool::Saturated(std::vector<int32_t>{-70000}).front(), -32768);
+}
+
+void ToolSoundTrackTest::stretchingKeepsBothEnds()
+{
+    const Samples ramp = {0, 100, 10, 110, 20, 120, 30, 130};
+    const Samples longer = tool::Stretched(ramp, 7);
+    QCOMPARE(longer.size(), size_t{14});
+    QCOMPARE(longer.front(), 0);
+    QCOMPARE(longer.back(), 130);
+    QCOMPARE(longer[2], 5);
+    QCOMPARE(tool::Stretched(ramp, 1).size(), size_t{2});
+}
+
+void ToolSoundTrackTest::dueFramesFollowTheClock()
+{
+    QCOMPARE(tool::FramesDue(50000, 44100, 100), 0);
+    QCOMPARE(tool::FramesDue(1100000, 44100, 100), 44100);
+    QCOMPARE(tool::FramesDue(int64_t{48} * 3600 * 1000000, 48000, 0), int64_t{48} * 3600 * 48000);
+}
+
+QTEST_APPLESS_MAIN(ToolSoundTrackTest)
+#include "tool_sound_track_test.moc"
