@@ -1,5 +1,6 @@
 #include "tool/ffmpeg_program.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>

@@ -21,10 +21,9 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 // How late sound is handed out: what a source delivers later than this is lost.
-constexpr int delayMs = 80;
+constexpr int delayMs = 60;
 // What lies in the pipe before ffmpeg looks; it becomes the first 23 ms of the sound.
 constexpr int64_t preparedFrames = 1024;
-constexpr size_t frameBytes = 2 * sizeof(int16_t);
 constexpr int pipeBytes = 1 << 20;
 
 class Feeder

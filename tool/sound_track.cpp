@@ -38,7 +38,7 @@ int64_t SoundTrack::Correction(int64_t at, int64_t frames)
 {
     const int64_t wanted = at + m_nShift;
     const bool settling = m_nPieces < settlingPieces;
-    const double error = static_cast<double>(wanted - m_nNext);
+    const auto error = static_cast<double>(wanted - m_nNext);
     m_error += (error - m_error) * (settling ? 0.5 : smoothing);
     const double allowed = m_nRate * (settling ? 0.004 : 0.02);
     if (m_nPieces == 0 || std::abs(error) > m_nRate / 4.0 || std::abs(m_error) > allowed) {
@@ -66,7 +66,7 @@ int64_t SoundTrack::SkipLate(int64_t frames, int64_t given)
     const int64_t slack = m_nNext - given;
     if (m_nShift > 0) {
         m_nLeastSlack = std::min(m_nLeastSlack, slack);
-        if (given - m_nShiftChecked > m_nRate * 5) {
+        if (given - m_nShiftChecked > int64_t{5} * m_nRate) {
             // Takes effect with the next piece, which is then too far off its stated time.
             m_nShift -= std::clamp<int64_t>(m_nLeastSlack - m_nRate / 25, 0, m_nShift);
             m_nShiftChecked = given;

@@ -15,7 +15,8 @@ constexpr int64_t piece = 20;
 
 Samples Constant(int64_t frames, int16_t value)
 {
-    return Samples(static_cast<size_t>(frames) * 2, value);
+    Samples samples(static_cast<size_t>(frames) * 2, value);
+    return samples;
 }
 
 // The left channel from this position on.

@@ -37,6 +37,7 @@ std::optional<std::string> OutputOf(const std::vector<std::string>& command)
         return std::nullopt;
     }
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& word : command) {
         arguments.push_back(const_cast<char*>(word.c_str()));
     }

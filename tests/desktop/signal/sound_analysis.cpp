@@ -45,7 +45,8 @@ std::vector<double> BeepTimes(std::span<const int16_t> samples, int rate, double
         const bool loud = levels[i] > std::max(loudest / 2, audible);
         if (loud && !on) {
             // Half the level is reached when half the window lies in the beep.
-            times.push_back(static_cast<double>(i * hop + window / 2) / rate);
+            times.push_back((static_cast<double>(i * hop) + static_cast<double>(window) / 2) /
+                            rate);
         }
         on = loud || (on && levels[i] > loudest / 4);
     }

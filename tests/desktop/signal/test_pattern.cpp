@@ -14,6 +14,7 @@
 #include "tests/desktop/signal/beeper.h"
 #include "tests/desktop/signal/pattern_window.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <csignal>
