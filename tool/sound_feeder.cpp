@@ -48,7 +48,7 @@ public:
         }
         fcntl(m_nPipe, F_SETPIPE_SZ, pipeBytes); // so that a busy ffmpeg does not stop us
         while (Emit()) {
-            m_reader.Wait(10ms);
+            m_reader.Wait(20ms);
         }
     }
 

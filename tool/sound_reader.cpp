@@ -11,7 +11,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto retryDistance = 500ms;
-constexpr uint32_t fragmentsPerSecond = 50;
+constexpr uint32_t fragmentsPerSecond = 25; // servers deliver halves of them
 constexpr uint32_t frameBytes = 2 * sizeof(int16_t);
 
 } // namespace
