@@ -50,19 +50,11 @@ void ToolFfmpegProgramTest::optionIsFoundInTheProgramFile_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<bool>("known");
-    QTest::newRow("in the table") << QByteArray("\x7f"
-                                                "ELF\0vstats\0stats_period\0set",
-                                                31)
-                                  << true;
-    QTest::newRow("only as a part") << QByteArray("\x7f"
-                                                  "ELF\0no_stats_period\0",
-                                                  21)
-                                    << false;
-    QTest::newRow("only a beginning") << QByteArray("\x7f"
-                                                    "ELF\0stats_periods\0",
-                                                    19)
-                                      << false;
-    QTest::newRow("a script") << QByteArray("#!/bin/sh\n\0stats_period\0", 24) << false;
+    // A bar stands for the zero byte that ends a text in a program file.
+    QTest::newRow("in the table") << QByteArray("ELF|vstats|stats_period|set|") << true;
+    QTest::newRow("only as a part") << QByteArray("ELF|no_stats_period|") << false;
+    QTest::newRow("only a beginning") << QByteArray("ELF|stats_periods|") << false;
+    QTest::newRow("a script") << QByteArray("#!/bin/sh|stats_period|") << false;
     QTest::newRow("empty") << QByteArray() << false;
 }
 
@@ -73,7 +65,7 @@ void ToolFfmpegProgramTest::optionIsFoundInTheProgramFile()
     QTemporaryDir folder;
     QFile file(folder.filePath("program"));
     QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
+    file.write(bytes.replace('|', '\0'));
     file.close();
     QCOMPARE(tool::KnowsOption(file.fileName().toStdString(), "stats_period"), known);
     QVERIFY(!tool::KnowsOption(folder.filePath("missing").toStdString(), "stats_period"));
