@@ -1,0 +1,103 @@
+# Shared by the project's scripts; to be sourced by bash.
+# shellcheck shell=bash
+
+project=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+Say() {
+    printf '== %s\n' "$*"
+}
+
+Fail() {
+    printf '%s: %s\n' "${0##*/}" "$*" >&2
+    exit 1
+}
+
+# As root, or through sudo.
+AsRoot() {
+    if [[ $EUID -eq 0 ]]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        Fail "this needs root rights and there is no sudo. As root, run: $*"
+    fi
+}
+
+# InstallPackages GROUP...: what is missing of these groups of scripts/packages-debian. When all is
+# there, nothing but a look into the package database happens.
+InstallPackages() {
+    if [[ $(uname) == Darwin ]]; then
+        InstallHomebrew
+        return
+    fi
+    if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+        Say "No apt here: what scripts/packages-debian lists must be installed by hand."
+        return
+    fi
+    local group package missing=()
+    local -A installed=()
+    while read -r package; do
+        installed[$package]=1
+    done < <(dpkg-query -W -f '${db:Status-Status} ${Package}\n' | sed -n 's/^installed //p')
+    while read -r group package; do
+        if [[ " $* " == *" $group "* && -z ${installed[$package]-} ]]; then
+            missing+=("$package")
+        fi
+    done <"$project/scripts/packages-debian"
+    if [[ ${#missing[@]} -eq 0 ]]; then
+        return
+    fi
+    Say "Installing with apt: ${missing[*]}"
+    AsRoot apt-get update -q
+    AsRoot env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -q -y --no-install-recommends "${missing[@]}"
+}
+
+# Written without a Mac at hand, never run.
+InstallHomebrew() {
+    command -v brew >/dev/null || Fail "Homebrew is needed: https://brew.sh"
+    local formula missing=()
+    for formula in qt cmake ninja ffmpeg; do
+        brew list --versions "$formula" >/dev/null || missing+=("$formula")
+    done
+    if [[ ${#missing[@]} -gt 0 ]]; then
+        Say "Installing with Homebrew: ${missing[*]}"
+        brew install "${missing[@]}"
+    fi
+    CMAKE_PREFIX_PATH=$(brew --prefix qt)
+    export CMAKE_PREFIX_PATH
+}
+
+# BuildPreset PRESET [TARGET...]: configures where that was not done yet, and builds into
+# build/PRESET. Ninja configures again by itself when a CMake file changed.
+BuildPreset() {
+    local preset=$1
+    local folder=$project/build/$preset
+    shift
+    (
+        cd "$project" || exit
+        if [[ ! -f $folder/build.ninja ]]; then
+            cmake --preset "$preset" >"$folder.log" 2>&1 || {
+                cat "$folder.log"
+                exit 1
+            }
+        fi
+        cmake --build "$folder" ${1:+--target "$@"}
+    ) || return
+    if [[ $(uname) == Darwin ]]; then
+        # There ffmpeg captures by itself, and `tool` is nothing but another name of it.
+        ln -sf "$(command -v ffmpeg)" "$folder/bin/tool"
+    fi
+}
+
+# WaitFor SECONDS COMMAND...: until the command succeeds; fails when the time is over.
+WaitFor() {
+    local end=$((${EPOCHREALTIME//[^0-9]/} + $1 * 1000000))
+    shift
+    until "$@" >/dev/null 2>&1; do
+        if [[ ${EPOCHREALTIME//[^0-9]/} -ge $end ]]; then
+            return 1
+        fi
+        sleep 0.02
+    done
+}
