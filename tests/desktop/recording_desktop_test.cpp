@@ -1,0 +1,82 @@
+// Records a known picture and known sounds with each audio choice, and looks into the file.
+#include "tests/desktop/recorder.h"
+#include "tests/desktop/recording_file.h"
+#include "tests/desktop/test_pattern_process.h"
+
+#include <QTest>
+
+class RecordingDesktopTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void recordingHasThePictureAndTheChosenSound_data();
+    void recordingHasThePictureAndTheChosenSound();
+
+private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+    Desktop m_desktop;
+    TestPatternProcess m_pattern;
+};
+
+void RecordingDesktopTest::initTestCase()
+{
+    QVERIFY2(m_desktop.Good(), "no X display: run it through scripts/virtual-desktop");
+    QVERIFY2(m_desktop.HasTray(), "no system tray");
+    QVERIFY2(m_pattern.IsReady(), "the test pattern does not start");
+}
+
+void RecordingDesktopTest::recordingHasThePictureAndTheChosenSound_data()
+{
+    QTest::addColumn<int>("entry");
+    QTest::addColumn<QString>("input"); // of the tool's command line, as the log shows it
+    QTest::addColumn<bool>("speaker");
+    QTest::addColumn<bool>("microphone");
+    QTest::newRow("both") << 0 << R"(-i \"0:0\" -f avfoundation -i \"0:1\" -ar)" << true << true;
+    QTest::newRow("computer sounds") << 1 << R"(-i \"0:1\" -ar)" << true << false;
+    QTest::newRow("microphone") << 2 << R"(-i \"0:0\" -ar)" << false << true;
+    QTest::newRow("none") << 3 << R"(-i \"0\" -ar)" << false << false;
+}
+
+void RecordingDesktopTest::recordingHasThePictureAndTheChosenSound()
+{
+    QFETCH(int, entry);
+    QFETCH(QString, input);
+    QFETCH(bool, speaker);
+    QFETCH(bool, microphone);
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    recorder.ChooseAudio(entry);
+    QVERIFY2(recorder.StartRecording(), "no file grows");
+    QVERIFY2(recorder.Log().contains(input), qPrintable("not " + input + " in " + recorder.Log()));
+    QVERIFY(recorder.RecordFor(5000));
+    QVERIFY2(recorder.ChooseInTray(1), "the tray's menu does not open");
+    const double seconds = static_cast<double>(recorder.MsSinceRecord()) / 1000;
+    QVERIFY2(recorder.WaitShown(), "the window does not come back");
+    QVERIFY2(recorder.WaitForTool(), "the tool does not end");
+
+    QCOMPARE(recorder.Recordings().size(), 1);
+    const QString path = recorder.Recording();
+    const RecordingFile file = ReadRecording(path);
+    QCOMPARE(file.fault, QString());
+    QCOMPARE(file.pictureTracks, QStringList{"h264 yuv420p 1280x800"});
+    const bool sound = speaker || microphone;
+    QCOMPARE(file.soundTracks, sound ? QStringList{"aac"} : QStringList{});
+    QVERIFY2(std::abs(file.seconds - seconds) <= 0.5,
+             qPrintable(QString("%1 s long, recorded for %2 s").arg(file.seconds).arg(seconds)));
+
+    const QMap<QString, QString> report = PatternReport(path);
+    QVERIFY2(report["distinct_share"].toDouble() >= 90,
+             qPrintable("distinct frames: " + report["distinct_share"] + " %"));
+    QStringList tones;
+    if (speaker) {
+        tones << QString::number(TestPatternProcess::kSpeakerTone);
+    }
+    if (microphone) {
+        tones << QString::number(TestPatternProcess::kMicrophoneTone);
+    }
+    QCOMPARE(report["tones"].split(' ', Qt::SkipEmptyParts), tones);
+}
+
+QTEST_GUILESS_MAIN(RecordingDesktopTest)
+#include "recording_desktop_test.moc"

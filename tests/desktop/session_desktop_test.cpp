@@ -1,0 +1,217 @@
+// Ways to start, stop and leave, with the real `tool` and ffmpeg.
+#include "tests/desktop/recorder.h"
+#include "tests/desktop/recording_file.h"
+
+#include <QTest>
+
+#include <unistd.h>
+
+class SessionDesktopTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void escapeChangesNothingOnAnyPage();
+    void closingTheWindowEndsTheProgramWithoutATrace();
+    void trayClickBringsTheWindowBackAndItsButtonStops();
+    void trayDoubleClickBringsTheWindowBack();
+    void trayStartsTheNextRecording();
+    void quitFromTrayWhileRecordingFinishesTheFile();
+    void quitFromTrayWhileIdleLeavesAFinishedFile();
+    void closingTheWindowWhileRecordingFinishesTheFile();
+    void recordPressedManyTimesAtOnceHarmsNothing();
+    void saveDirectoryMayHaveAnyName_data();
+    void saveDirectoryMayHaveAnyName();
+    void withoutArgumentASecondCopyShowsTheWindow();
+
+private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+    static void ExpectPlayable(const Recorder& recorder, int files = 1);
+
+    Desktop m_desktop;
+};
+
+void SessionDesktopTest::initTestCase()
+{
+    QVERIFY2(m_desktop.Good(), "no X display: run it through scripts/virtual-desktop");
+    QVERIFY2(m_desktop.HasTray(), "no system tray");
+}
+
+void SessionDesktopTest::ExpectPlayable(const Recorder& recorder, int files)
+{
+    QCOMPARE(recorder.Recordings().size(), files);
+    for (const QString& path : recorder.Recordings()) {
+        const RecordingFile file = ReadRecording(path);
+        QVERIFY2(file.fault.isEmpty(), qPrintable(path + ": " + file.fault));
+    }
+}
+
+void SessionDesktopTest::escapeChangesNothingOnAnyPage()
+{
+    for (const QString page : {"record", "merge", "cut"}) {
+        Recorder recorder(m_desktop);
+        QVERIFY(recorder.Start());
+        m_desktop.Press({"Escape"});
+        recorder.Click("home." + page);
+        m_desktop.Press({"Escape"});
+        // What still works tells which page is shown.
+        recorder.Click(page + ".back");
+        recorder.Click("home.record");
+        recorder.ChooseAudio(0);
+        QVERIFY2(recorder.IsShown(), qPrintable("the window is gone after " + page));
+        QVERIFY(recorder.IsRunning());
+    }
+}
+
+void SessionDesktopTest::closingTheWindowEndsTheProgramWithoutATrace()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.Start());
+    QVERIFY2(QFile::exists(recorder.ErrorFile()), "no Out.txt while it runs");
+    m_desktop.Close(m_desktop.Shown(Recorder::kTitle)->id);
+    QCOMPARE(recorder.WaitForEnd(), 0);
+    QVERIFY2(!QFile::exists(recorder.ErrorFile()), "Out.txt is left behind");
+    QVERIFY2(!QFile::exists(recorder.Beside("ScreenRecord.ini")), "a settings file was made");
+    QVERIFY2(!QFile::exists(recorder.SaveDirectory()), "the save directory was made");
+}
+
+void SessionDesktopTest::trayClickBringsTheWindowBackAndItsButtonStops()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(recorder.StartRecording());
+    QVERIFY2(recorder.WaitTrayIcon(), "no tray icon");
+    m_desktop.Click(recorder.TrayIcon());
+    QVERIFY2(recorder.WaitShown(), "the click does not bring the window back");
+    QVERIFY2(recorder.ToolRuns(), "the click stopped the recording");
+    QVERIFY(recorder.RecordFor(1500));
+    recorder.Click("record.record");
+    QVERIFY2(recorder.WaitForTool(), "the button does not stop the recording");
+    QVERIFY(recorder.IsShown());
+    ExpectPlayable(recorder);
+}
+
+void SessionDesktopTest::trayDoubleClickBringsTheWindowBack()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(recorder.StartRecording());
+    QVERIFY2(recorder.WaitTrayIcon(), "no tray icon");
+    m_desktop.Click(recorder.TrayIcon(), 1, 2);
+    QVERIFY2(recorder.WaitShown(), "the clicks do not bring the window back");
+    QVERIFY2(recorder.ToolRuns(), "the clicks stopped the recording");
+}
+
+void SessionDesktopTest::trayStartsTheNextRecording()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(recorder.StartRecording());
+    QVERIFY(recorder.RecordFor(1500));
+    QVERIFY(recorder.ChooseInTray(1));
+    QVERIFY(recorder.WaitShown());
+    QVERIFY(recorder.WaitForTool());
+    QVERIFY(recorder.ChooseInTray(1));
+    QVERIFY2(recorder.WaitHidden(), "the tray's Start does not hide the window");
+    QVERIFY(WaitUntil([&] { return recorder.Recordings().size() == 2; }));
+    QVERIFY(WaitUntil([&] { return QFileInfo(recorder.Recording()).size() > 0; }));
+    QVERIFY(recorder.ChooseInTray(1));
+    QVERIFY(recorder.WaitShown());
+    QVERIFY(recorder.WaitForTool());
+    ExpectPlayable(recorder, 2);
+}
+
+void SessionDesktopTest::quitFromTrayWhileRecordingFinishesTheFile()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(recorder.StartRecording());
+    QVERIFY(recorder.RecordFor(1500));
+    QVERIFY(recorder.ChooseInTray(2));
+    QCOMPARE(recorder.WaitForEnd(), 0);
+    QVERIFY(!QFile::exists(recorder.ErrorFile()));
+    ExpectPlayable(recorder);
+}
+
+// Quit starts a recording first; this is meant.
+void SessionDesktopTest::quitFromTrayWhileIdleLeavesAFinishedFile()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(recorder.StartRecording());
+    QVERIFY(recorder.RecordFor(1500));
+    QVERIFY(recorder.ChooseInTray(1));
+    QVERIFY(recorder.WaitForTool());
+    QVERIFY(recorder.ChooseInTray(2));
+    QCOMPARE(recorder.WaitForEnd(), 0);
+    QVERIFY(!QFile::exists(recorder.ErrorFile()));
+    ExpectPlayable(recorder, 2);
+}
+
+void SessionDesktopTest::closingTheWindowWhileRecordingFinishesTheFile()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(recorder.StartRecording());
+    QVERIFY(recorder.WaitTrayIcon());
+    m_desktop.Click(recorder.TrayIcon());
+    QVERIFY(recorder.WaitShown());
+    QVERIFY(recorder.RecordFor(1500));
+    m_desktop.Close(m_desktop.Shown(Recorder::kTitle)->id);
+    QCOMPARE(recorder.WaitForEnd(), 0);
+    QVERIFY(!QFile::exists(recorder.ErrorFile()));
+    ExpectPlayable(recorder);
+}
+
+void SessionDesktopTest::recordPressedManyTimesAtOnceHarmsNothing()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    recorder.Click("record.record", 20);
+    QVERIFY2(recorder.BringToRest(), "it neither records nor rests");
+    const qsizetype before = recorder.Recordings().size();
+    // A stamp of its own for the next file.
+    QVERIFY(recorder.RecordFor(1000));
+    QVERIFY2(recorder.StartRecording(), "it does not record any more");
+    QVERIFY(recorder.RecordFor(1000));
+    QVERIFY2(recorder.BringToRest(), "it neither records nor rests");
+    QVERIFY(recorder.IsRunning());
+    ExpectPlayable(recorder, static_cast<int>(before) + 1);
+}
+
+void SessionDesktopTest::saveDirectoryMayHaveAnyName_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("blanks") << "my  own recordings";
+    QTest::newRow("apostrophe") << "Ann's [recordings] (new), 100% & more";
+    QTest::newRow("letters") << QString::fromUtf8("Aufnähmen \u4e2d\u6587 \u0416");
+}
+
+void SessionDesktopTest::saveDirectoryMayHaveAnyName()
+{
+    QFETCH(QString, name);
+    Recorder recorder(m_desktop);
+    recorder.SetSaveDirectory(recorder.SaveDirectory() + name);
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY2(recorder.StartRecording(), "no file grows");
+    QVERIFY(recorder.RecordFor(1000));
+    QVERIFY(recorder.ChooseInTray(1));
+    QVERIFY(recorder.WaitForTool());
+    ExpectPlayable(recorder);
+}
+
+void SessionDesktopTest::withoutArgumentASecondCopyShowsTheWindow()
+{
+    if (geteuid() != 0) {
+        QSKIP("only root needs no password for this");
+    }
+    Recorder recorder(m_desktop);
+    QVERIFY2(recorder.StartAsLauncher(), "no window comes");
+    QCOMPARE(recorder.WaitForEnd(), 0); // of the first copy
+    QVERIFY2(recorder.IsShown(), "the window goes with the first copy");
+    m_desktop.Close(m_desktop.Shown(Recorder::kTitle)->id);
+    QVERIFY(recorder.WaitHidden());
+}
+
+QTEST_GUILESS_MAIN(SessionDesktopTest)
+#include "session_desktop_test.moc"
