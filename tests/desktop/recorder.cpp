@@ -186,8 +186,8 @@ void Recorder::ChooseAudio(int entry)
 
 bool Recorder::StartRecording()
 {
-    m_sinceRecord.start();
     Click("record.record");
+    m_sinceRecord.start();
     return WaitHidden() && WaitUntil([this] { return QFileInfo(Recording()).size() > 0; });
 }
 
@@ -293,6 +293,7 @@ bool Recorder::ChooseInTray(int entry)
     }
     const QRect menu = Menu()->place;
     m_desktop.Click({menu.center().x(), menu.top() + menu.height() * (2 * entry + 1) / 6});
+    m_sinceChoice.start();
     return WaitUntil([this] { return !Menu(); });
 }
 

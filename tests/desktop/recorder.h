@@ -77,7 +77,10 @@ public:
 
     // What the program and `tool` wrote, for messages.
     QString Log() const;
-    qint64 MsSinceRecord() const { return m_sinceRecord.elapsed(); }
+    qint64 Pid() const { return m_process.processId(); }
+    // From the click on Record to the last one in the tray's menu, and from that to now.
+    qint64 RecordedMs() const { return m_sinceRecord.elapsed() - m_sinceChoice.elapsed(); }
+    qint64 MsSinceChoice() const { return m_sinceChoice.elapsed(); }
 
 private:
     bool StartWith(const QStringList& arguments);
@@ -91,4 +94,5 @@ private:
     QProcess m_process;
     QProcessEnvironment m_environment;
     QElapsedTimer m_sinceRecord;
+    QElapsedTimer m_sinceChoice;
 };

@@ -1,0 +1,202 @@
+// Measures the real program on a virtual desktop and prints a table. Every figure is held against
+// one of the same run, since machines differ.
+#include "bench/measure.h"
+#include "tests/desktop/recorder.h"
+#include "tests/desktop/recording_file.h"
+
+#include <QTest>
+
+#include <cstdio>
+
+namespace {
+
+int missed = 0;
+
+void Row(const QString& what, const QString& value, const QString& target, bool passed)
+{
+    missed += passed ? 0 : 1;
+    std::printf("%-52s %-26s %-14s %s\n", qPrintable(what), qPrintable(value), qPrintable(target),
+                target.isEmpty() ? "" : (passed ? "PASS" : "MISS"));
+    std::fflush(stdout);
+}
+
+QString Number(double value, int digits = 2)
+{
+    return QString::number(value, 'f', digits);
+}
+
+// The picture that recordings are measured by, with a beep to each flash.
+class Pattern
+{
+public:
+    Pattern()
+    {
+        m_process.start(TEST_PATTERN, {"--geometry", "640x64+0+0", "--beep", "1000@speaker"});
+        m_process.waitForReadyRead();
+    }
+    Pattern(const Pattern&) = delete;
+    Pattern& operator=(const Pattern&) = delete;
+    ~Pattern()
+    {
+        m_process.terminate();
+        m_process.waitForFinished();
+    }
+
+private:
+    QProcess m_process;
+};
+
+} // namespace
+
+class RecorderBench : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void start();
+    void memory();
+    void recording();
+
+private: // NOLINT(readability-redundant-access-specifiers): what follows is no measurement
+    static constexpr int kSeconds = 20;
+
+    static void PrintFile(const QString& path, double seconds);
+    double FfmpegAlone(QStringList command);
+
+    Desktop m_desktop;
+    QTemporaryDir m_folder;
+};
+
+void RecorderBench::start()
+{
+    Recorder recorder(m_desktop);
+    QList<double> minimal;
+    QList<double> ours;
+    for (int i = 0; i < 15; ++i) {
+        minimal << StartTime(MINIMAL_WINDOW, {}, m_folder.path());
+        ours << StartTime(recorder.Beside("lumenfold-recorder"), {"start"}, m_folder.path());
+    }
+    QVERIFY2(!minimal.contains(-1) && !ours.contains(-1), "a window does not come");
+    const double first = ours.takeFirst();
+    const double ratio = Median(ours) / Median(minimal);
+    Row("Start to window shown / minimal Qt window", Number(ratio), "<= 1.5", ratio <= 1.5);
+    Row("  recorder, minimal window",
+        Number(Median(ours), 0) + " ms, " + Number(Median(minimal), 0) + " ms", {}, true);
+    Row("  recorder's very first start", Number(first, 0) + " ms", {}, true);
+}
+
+void RecorderBench::memory()
+{
+    QProcess minimal;
+    minimal.start(MINIMAL_WINDOW, QStringList());
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    recorder.ChooseAudio(0);
+    const Memory ours = MemoryOf(recorder.Pid());
+    const Memory theirs = MemoryOf(minimal.processId());
+    minimal.terminate();
+    minimal.waitForFinished();
+    Row("Memory (PSS) / minimal Qt window", Number(ours.pss / theirs.pss), {}, true);
+    Row("  recorder PSS, RSS", Number(ours.pss, 1) + " MiB, " + Number(ours.rss, 1) + " MiB", {},
+        true);
+}
+
+void RecorderBench::recording()
+{
+    const Pattern pattern;
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    recorder.ChooseAudio(1);
+    QVERIFY(recorder.StartRecording());
+    QVERIFY(recorder.RecordFor(1000));
+    const QList<qint64> tool = Descendants(recorder.Pid());
+    QVERIFY(!tool.isEmpty());
+    const QStringList command = CommandLine(tool.first());
+    const double ownBefore = CpuSeconds({recorder.Pid()});
+    const double toolBefore = CpuSeconds(tool);
+    QVERIFY(recorder.RecordFor(1000 + kSeconds * 1000));
+    const double own = CpuSeconds({recorder.Pid()}) - ownBefore;
+    const double chain = own + CpuSeconds(tool) - toolBefore;
+    QVERIFY(recorder.ChooseInTray(1));
+    const double seconds = static_cast<double>(recorder.RecordedMs()) / 1000;
+    QVERIFY(recorder.WaitForTool());
+    const double finish = static_cast<double>(recorder.MsSinceChoice()) / 1000;
+    const double alone = FfmpegAlone(command);
+    QVERIFY2(alone > 0, "ffmpeg alone does not record");
+
+    const double share = 100 * own / kSeconds;
+    Row("Recorder's share of one processor, recording", Number(share) + " %", "<= 1 %", share <= 1);
+    Row("Recorder and tool / ffmpeg alone, processor time", Number(chain / alone), {}, true);
+    Row("  in 20 s", Number(chain, 1) + " s, " + Number(alone, 1) + " s", {}, true);
+    PrintFile(recorder.Recording(), seconds);
+    Row("Stop to finished file", Number(finish) + " s", "<= 1 s", finish <= 1);
+}
+
+// Processor seconds of the same command, with ffmpeg reading the sound by itself.
+double RecorderBench::FfmpegAlone(QStringList command)
+{
+    for (QString& word : command) {
+        if (word == "s16le") {
+            word = "pulse";
+        } else if (word.startsWith("/dev/fd/") || word.startsWith("pipe:")) {
+            word = "speaker.monitor";
+        }
+    }
+    command.last() = m_folder.filePath("alone.mp4");
+    QProcess ffmpeg;
+    ffmpeg.setProcessChannelMode(QProcess::MergedChannels);
+    ffmpeg.start(command.takeFirst(), command);
+    QElapsedTimer time;
+    time.start();
+    WaitUntil([&] { return time.hasExpired(1000); }, 2000);
+    const double before = CpuSeconds({ffmpeg.processId()});
+    WaitUntil([&] { return time.hasExpired(1000 + kSeconds * 1000); }, 2000 + kSeconds * 1000);
+    const double used = CpuSeconds({ffmpeg.processId()}) - before;
+    ffmpeg.write("q");
+    return ffmpeg.waitForFinished() && ffmpeg.exitCode() == 0 ? used : -1;
+}
+
+void RecorderBench::PrintFile(const QString& path, double seconds)
+{
+    const QMap<QString, QString> report = PatternReport(path);
+    const double distinct = report["distinct_share"].toDouble();
+    const int frames = report["video_frames"].toInt();
+    Row("Frames of 29.97 a second present and distinct", Number(distinct) + " %", ">= 99.5 %",
+        distinct >= 99.5);
+    Row("  pictures, of them duplicates, places without one",
+        QString("%1, %2, %3")
+            .arg(frames)
+            .arg(frames - report["distinct_frames"].toInt())
+            .arg(report["missing_frames"]),
+        {}, true);
+    bool measured = false;
+    const double offset = report["av_offset_ms"].toDouble(&measured);
+    Row("Sound after picture", measured ? Number(offset, 0) + " ms" : QString("not heard"),
+        "<= 50 ms", measured && std::abs(offset) <= 50);
+    Row("  smallest and largest of all flashes", report["av_offset_range"] + " ms", {}, true);
+    const double shorter = seconds - report["duration"].toDouble();
+    Row("File shorter than the time from Record to Stop", Number(shorter) + " s", "<= 0.3 s",
+        shorter <= 0.3);
+}
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    std::printf("%-52s %-26s %-14s\n", "What", "Measured", "Target");
+    RecorderBench bench;
+    const QTemporaryDir folder;
+    const QString log = folder.filePath("log");
+    const int failed = QTest::qExec(&bench, {"recorder_bench", "-o", log + ",txt"});
+    if (failed != 0) {
+        QFile file(log);
+        if (file.open(QIODevice::ReadOnly)) {
+            std::fputs(file.readAll().constData(), stderr);
+        }
+        return 1;
+    }
+    std::printf("%s\n",
+                missed == 0 ? "All targets met." : qPrintable(QString("%1 missed.").arg(missed)));
+    return 0;
+}
+
+#include "recorder_bench.moc"
