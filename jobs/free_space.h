@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QString>
+
+/// A recording stops when its volume has less than this left, in bytes (10 MiB).
+constexpr quint64 kLeastFreeBytes = 10485760;
+
+/// Free bytes of the volume that holds `directory`, or its nearest existing parent. 0 when the path
+/// is not absolute or nothing can be told. The path goes through Latin-1, so what lies below the
+/// first name with other letters counts as not existing.
+quint64 FreeBytes(const QString& directory);

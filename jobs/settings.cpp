@@ -1,0 +1,20 @@
+#include "jobs/settings.h"
+
+#include <QDir>
+#include <QSettings>
+
+namespace {
+constexpr auto kSavePathKey = "/screen_record/save_path";
+} // namespace
+
+QString ReadSavePath(const QString& iniPath)
+{
+    const QSettings settings(iniPath, QSettings::IniFormat);
+    return settings.value(kSavePathKey, QDir::homePath() + "/ScreenSave").toString();
+}
+
+void WriteSavePath(const QString& iniPath, const QString& directory)
+{
+    QSettings settings(iniPath, QSettings::IniFormat);
+    settings.setValue(kSavePathKey, directory);
+}

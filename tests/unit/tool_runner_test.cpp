@@ -1,0 +1,107 @@
+#include "jobs/tool_runner.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTest>
+
+// Real child processes: /bin/sh stands where the tool would.
+class ToolRunnerTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_process = std::make_unique<QProcess>();
+        m_process->setProcessChannelMode(QProcess::MergedChannels);
+        m_text.clear();
+        connect(m_process.get(), SIGNAL(readyRead()), this, SLOT(Read()));
+    }
+
+    void cleanup()
+    {
+        m_process->kill();
+        m_process->waitForFinished();
+    }
+
+    void thePrefixIsTheQuotedToolBesideTheProgram()
+    {
+        QCOMPARE(ToolPrefix(), '"' + QCoreApplication::applicationDirPath() + "/tool\"");
+    }
+
+    void theCommandLineIsLoggedAsQDebugQuotesIt()
+    {
+        const QString command = "/bin/sh -c \"exit 0\"";
+        QTest::ignoreMessage(QtDebugMsg, "\"/bin/sh -c \\\"exit 0\\\"\"");
+        RunTool(*m_process, command);
+        QCOMPARE(m_process->exitCode(), 0);
+    }
+
+    void quotedArgumentsKeepBlanksAndTrailingBlanksAreHarmless()
+    {
+        RunTool(*m_process, "/bin/sh -c \"printf '<%s>' $0\" \" \" ");
+        QCOMPARE(m_text, QString("<>"));
+        m_text.clear();
+        RunTool(*m_process, "/usr/bin/printf \"<%s>\" \"a b\" \" \" c ");
+        QCOMPARE(m_text, QString("<a b>< ><c>"));
+    }
+
+    void bothStreamsReachTheSlotInsideTheWait()
+    {
+        RunTool(*m_process, "/bin/sh -c \"echo out; echo err >&2; sleep 0.1; printf late\"");
+        QCOMPARE(m_text, QString("out\nerr\nlate"));
+    }
+
+    void textEndsAtTheFirstZeroByteAndIsLatin1()
+    {
+        RunTool(*m_process, "/usr/bin/printf \"a\\344\\0bc\"");
+        QCOMPARE(m_text, QString::fromUtf8("a\u00e4"));
+    }
+
+    void aMissingToolFailsAtOnce()
+    {
+        QElapsedTimer time;
+        time.start();
+        QVERIFY(!StartTool(*m_process, "\"/no/such/tool\" -i x"));
+        QVERIFY2(time.elapsed() < kToolWaitMs / 2, "the start was waited for in vain");
+        QCOMPARE(m_process->error(), QProcess::FailedToStart);
+        RunTool(*m_process, "\"/no/such/tool\" -i x");
+        QCOMPARE(m_text, QString());
+    }
+
+    void quittingTypesThreeBytes()
+    {
+        QVERIFY(StartTool(*m_process, "/bin/sh -c \"echo ready; head -c 3 | od -An -tx1\""));
+        QTRY_COMPARE(m_text, QString("ready\n"));
+        AskToolToQuit(*m_process);
+        QVERIFY2(m_process->waitForFinished(10000), "the quit command did not arrive");
+        QCOMPARE(m_text, QString("ready\n 71 0d 0a\n"));
+    }
+
+    void quittingAToolThatNeverStartedDoesNothing()
+    {
+        AskToolToQuit(*m_process);
+        QCOMPARE(m_process->state(), QProcess::NotRunning);
+    }
+
+    void aRunningProcessRefusesASecondStartAndGoesOn()
+    {
+        QVERIFY(StartTool(*m_process, "/bin/cat"));
+        const qint64 first = m_process->processId();
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("already running"));
+        QVERIFY(StartTool(*m_process, "/bin/echo second"));
+        QCOMPARE(m_process->processId(), first);
+        QCOMPARE(m_process->state(), QProcess::Running);
+    }
+
+public Q_SLOTS:
+    void Read() { m_text += ReadToolText(*m_process); }
+
+private:
+    std::unique_ptr<QProcess> m_process;
+    QString m_text;
+};
+
+QTEST_GUILESS_MAIN(ToolRunnerTest)
+#include "tool_runner_test.moc"
