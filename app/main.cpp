@@ -1,0 +1,7 @@
+#include "app/program.h"
+
+int main(int argc, char** argv)
+{
+    RunProgram(argc, argv);
+    return 0; // always: the event loop's status is not passed on
+}

@@ -1,0 +1,17 @@
+#include "app/message_handler.h"
+
+#include "jobs/text_codec.h"
+
+#include <QFile>
+#include <QTextStream>
+
+void customMessageHandler(QtMsgType type, const char* msg)
+{
+    if (type != QtDebugMsg) {
+        return;
+    }
+    QFile log("Log.txt"); // opened anew for every message; a file that does not open loses the line
+    if (log.open(QIODevice::WriteOnly | QIODevice::Append)) {
+        QTextStream(&log) << QString("Debug: %1").arg(FromEightBit(QByteArray(msg))) << Qt::endl;
+    }
+}

@@ -1,0 +1,279 @@
+#include "ui/drui.h"
+
+#include "jobs/text_codec.h"
+#include "jobs/tool_runner.h"
+
+#include "ui/page_parts.h"
+#include "ui/styles.h"
+#include "ui/tray_stand_in.h"
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QScreen>
+#include <QSlider>
+#include <QStackedLayout>
+#include <QTimer>
+
+namespace {
+
+constexpr QSize kWindowSize(1000, 600);
+constexpr int kCutPage = 2;
+
+QSize DesktopSize()
+{
+    return QGuiApplication::primaryScreen()->geometry().size();
+}
+
+} // namespace
+
+bool DRUI::m_bisFinished = false;
+
+DRUI::DRUI(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags), m_thread(nullptr)
+{
+    ui.setupUi(this);
+    InstallTextCodec("GB2312"); // once more, as at the program's start
+    ui.centralWidget->setStyleSheet(window_style);
+    setWindowTitle(kProductName);
+    FixSize(kWindowSize);
+    m_pTrayStandIn = std::make_unique<TrayStandIn>();
+    connect(m_pTrayStandIn.get(), SIGNAL(activated(QSystemTrayIcon::ActivationReason)), this,
+            SLOT(trayiconActivated(QSystemTrayIcon::ActivationReason)));
+    m_strIniPath = QCoreApplication::applicationDirPath() + "/ScreenRecord.ini";
+}
+
+void DRUI::Init()
+{
+    m_pPlayerProcess = CreateToolProcess("m_pPlayerProcess", SLOT(mplayerDataRecieve()));
+    m_pDevProcess = CreateToolProcess("m_pDevProcess", SLOT(ReadDeviceInfo()));
+    m_pRecProcess = CreateToolProcess("m_pRecProcess", SLOT(ReadRecordInfo()));
+    m_pChangeTSProcess = CreateToolProcess("m_pChangeTSProcess", SLOT(ReadChange2TSInfo()));
+    m_pMergeProcess = CreateToolProcess("m_pMergeProcess", SLOT(ReadMergeInfo()));
+    m_pCutProcess = CreateToolProcess("m_pCutProcess", SLOT(ReadCutInfo()));
+
+    m_pStack = new QStackedLayout;
+    m_pStack->setObjectName("m_pStack");
+    BuildPages();
+    auto* box = BareLayout<QVBoxLayout>();
+    box->addLayout(m_pStack);
+    ui.centralWidget->setLayout(box);
+
+    m_nBlinkCount = 0;
+    m_n64RecSpare = 0;
+    m_n64AudioFrames = 0;
+
+    m_pRecTimer = new QTimer(this);
+    m_pRecTimer->setObjectName("m_pRecTimer");
+    connect(m_pRecTimer, SIGNAL(timeout()), this, SLOT(doTimerRec()));
+
+    m_pLayout3DirEdit->installEventFilter(this);
+    m_pLayout4DirEdit->installEventFilter(this);
+}
+
+// A running recording is asked to finish its file and waited for; every other run of the tool ends
+// with the object of its process.
+DRUI::~DRUI()
+{
+    m_bIsStart = false;
+    if (m_pRecProcess == nullptr) {
+        return; // Init() was never called
+    }
+    AskToolToQuit(*m_pRecProcess);
+    m_pRecProcess->waitForFinished(kToolWaitMs);
+    m_pRecTimer->stop();
+    delete m_pRecTimer;
+    m_pPlayerProcess->kill();
+    delete m_pPlayerProcess;
+    delete m_pDevProcess;
+    delete m_pRecProcess;
+    delete m_pChangeTSProcess;
+    delete m_pMergeProcess;
+    delete m_pCutProcess;
+}
+
+QProcess* DRUI::CreateToolProcess(const char* name, const char* slot)
+{
+    auto* process = new QProcess(this);
+    process->setObjectName(name);
+    process->setProcessChannelMode(QProcess::MergedChannels);
+    connect(process, SIGNAL(readyRead()), this, slot);
+    return process;
+}
+
+// The order is that of the stack: home 0, record 1, cut 2, merge 3.
+void DRUI::BuildPages()
+{
+    InitLayout1Widget();
+    InitLayout2Widget();
+    InitLayout3Widget();
+    InitLayout4Widget();
+    for (QWidget* page : {m_pLayout1Widget, m_pLayout2Widget, m_pLayout3Widget, m_pLayout4Widget}) {
+        m_pStack->addWidget(page);
+    }
+    m_pStack->setCurrentIndex(0);
+}
+
+void DRUI::FixSize(const QSize& size)
+{
+    setFixedSize(size);
+    resize(size);
+    const QSize desktop = DesktopSize();
+    move((desktop.width() - size.width()) / 2, (desktop.height() - size.height()) / 2);
+}
+
+QPushButton* DRUI::CreateButton(int kind, int x, QWidget* parent)
+{
+    struct Kind
+    {
+        const char* picture;
+        const char* slot;
+        const char* name;
+    };
+    static const Kind kinds[] = {
+        {":/image/about.png", SLOT(btnAboutSlot()), "About"},
+        {":/image/support.png", SLOT(btnSupportSlot()), "Support"},
+        {":/image/help.png", SLOT(btnHelpSlot()), "Help"},
+    };
+    const Kind& chosen = kinds[kind];
+
+    auto* button = new QPushButton(parent);
+    button->setFlat(true);
+    button->setFont(CalibriFont(11, QFont::Bold));
+    button->setStyleSheet(window_style);
+    button->setCursor(Qt::PointingHandCursor);
+    button->setAccessibleName(chosen.name);
+    connect(button, SIGNAL(clicked()), this, chosen.slot);
+
+    const QPixmap picture(chosen.picture);
+    const QSize size = PictureSize(picture);
+    const QSize shown(static_cast<int>(size.width() / 2.5), static_cast<int>(size.height() / 2.5));
+    button->setGeometry(x, 40, 40, 20);
+    button->setIcon(QIcon(picture));
+    button->setIconSize(shown);
+    button->resize(shown);
+    return button;
+}
+
+// Does nothing, and is meant to: the system's own title bar serves.
+void DRUI::CreateFrameTitle(const QString& /*title*/) {}
+
+QVBoxLayout* DRUI::CreateHeader(QWidget* page, const TitleStripShape& shape)
+{
+    QLabel* strip = CreateTitleStrip(page, shape);
+    for (int kind = 0; kind < 3; ++kind) {
+        CreateButton(kind, width() - 30 - 30 * kind, strip);
+    }
+    auto* header = BareLayout<QVBoxLayout>();
+    header->addWidget(strip);
+    header->addWidget(CreateSeparator(page, shape.width));
+    return header;
+}
+
+// What the cut and the merge page share: header, folder field, button bar with Back, footer.
+QLineEdit* DRUI::CreateFolderPage(QWidget* page, int versionWidth)
+{
+    const QFont font = CalibriFont(11, QFont::Bold);
+    auto* folder = new QLabel(page);
+    folder->setStyleSheet(panel_style);
+    folder->setMinimumSize(300, 25);
+    CreateText(folder, {10, 0, 100, 25}, "Video directory: ", font);
+    auto* field = new QLineEdit(m_pSaveDirEdit->text(), folder);
+    field->setGeometry(120, 0, 240, 25);
+    field->setStyleSheet(field_style);
+    field->setFont(font);
+    field->setCursorPosition(1);
+    field->setAccessibleName("Video directory");
+    auto* folderRow = new QHBoxLayout;
+    folderRow->setContentsMargins(20, 0, 20, 0);
+    folderRow->addWidget(folder);
+    folderRow->addSpacing(width() - 450);
+
+    auto* bar = new QLabel(page);
+    bar->setMinimumSize(width(), 40);
+    connect(CreateBarButton(bar, {20, 2, 100, 35}, "Back"), SIGNAL(clicked()), this, SLOT(btnSlotBack()));
+
+    auto* layout = BareLayout<QVBoxLayout>();
+    layout->addLayout(CreateHeader(page, {width(), width() - 100, versionWidth, Qt::KeepAspectRatio}));
+    layout->addSpacing(3);
+    layout->addLayout(folderRow);
+    layout->addStretch();
+    layout->addWidget(bar);
+    layout->addWidget(CreateFooter(page, width(), 11));
+    page->setLayout(layout);
+    return field;
+}
+
+void DRUI::btnSlot()
+{
+    CreateSystemTray();
+    m_pStack->setCurrentWidget(m_pLayout2Widget);
+}
+
+void DRUI::btnEditSlot()
+{
+    m_pStack->setCurrentWidget(m_pLayout4Widget);
+}
+
+void DRUI::btnMontageSlot()
+{
+    m_pStack->setCurrentWidget(m_pLayout3Widget);
+}
+
+// A running recording goes on and the merge list stays: Back resets nothing but the cut preview.
+void DRUI::btnSlotBack()
+{
+    if (m_pStack->currentIndex() == kCutPage) {
+        AskToolToQuit(*m_pPlayerProcess);
+        m_pPlayerProcess->kill();
+        m_strPreviewFile.clear();
+        if (m_pCutSlider != nullptr) {
+            m_pCutSlider->setValue(0);
+        }
+    }
+    m_pStack->setCurrentWidget(m_pLayout1Widget);
+}
+
+// The three frame slots have no control, and are meant to stay: the system title bar serves.
+void DRUI::btnMinSlot()
+{
+    showMinimized();
+}
+
+void DRUI::btnMaxSlot()
+{
+    const int page = m_pStack->currentIndex();
+    FixSize(m_bIsMaximized ? kWindowSize : DesktopSize());
+    BuildPages();
+    m_pLayout3DirEdit->installEventFilter(this);
+    m_pLayout4DirEdit->installEventFilter(this);
+    m_pStack->setCurrentIndex(page);
+    m_bIsMaximized = !m_bIsMaximized;
+}
+
+void DRUI::btnCloseSlot()
+{
+    close();
+}
+
+// No page builds the trees that would raise these two; they are meant to stay.
+void DRUI::itemClick(QTreeWidgetItem* /*item*/, int /*column*/) {}
+void DRUI::itemDiskClick(QTreeWidgetItem* /*item*/, int /*column*/) {}
+
+void DRUI::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() != Qt::Key_Escape) { // Escape is swallowed
+        QMainWindow::keyPressEvent(event);
+    }
+}
+
+bool DRUI::eventFilter(QObject* watched, QEvent* event)
+{
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void DRUI::paintEvent(QPaintEvent* /*event*/) {}
+
+// Closing asks no question, neither while a recording runs nor while a job does: the close is
+// accepted, and the destructor finishes a recording's file.
+void DRUI::closeEvent(QCloseEvent* /*event*/) {}

@@ -1,0 +1,89 @@
+#include "ui/drui.h"
+#include "ui/page_parts.h"
+#include "ui/styles.h"
+
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QUrl>
+
+namespace {
+
+// Our web pages are the help pages that lie beside the program.
+QUrl HelpPage(const QString& name)
+{
+    return QUrl::fromLocalFile(QCoreApplication::applicationDirPath() + "/help/" + name);
+}
+
+} // namespace
+
+void DRUI::InitLayout1Widget()
+{
+    delete m_pLayout1Widget;
+    m_pLayout1Widget = new QWidget(this);
+    m_pLayout1Widget->setObjectName("m_pLayout1Widget");
+    const int stripWidth = width() - 1;
+
+    auto* rows = BareLayout<QVBoxLayout>();
+    for (QPushButton* entry : {
+             CreateHomeEntry("The easiest screen recorder to capture any video or audio\n on your computer and "
+                             "save them in high quality",
+                             ":/image/rec.png", SLOT(btnSlot())),
+             CreateHomeEntry("Merge your several capturing screen videos into one file", ":/image/edit.png",
+                             SLOT(btnEditSlot())),
+             CreateHomeEntry("Trim your capturing screen video by setting the start time\nand end time",
+                             ":/image/cut_main.png", SLOT(btnMontageSlot())),
+         }) {
+        auto* row = BareLayout<QHBoxLayout>();
+        row->addSpacing(100);
+        row->addWidget(entry);
+        row->addSpacing(100);
+        rows->addLayout(row);
+        rows->addStretch();
+    }
+
+    auto* page = BareLayout<QVBoxLayout>();
+    page->addLayout(CreateHeader(m_pLayout1Widget, {stripWidth, stripWidth - 100, 101, Qt::IgnoreAspectRatio}));
+    page->addStretch();
+    page->addLayout(rows);
+    page->addStretch();
+    page->addWidget(CreateFooter(m_pLayout1Widget, stripWidth, 11));
+    m_pLayout1Widget->setLayout(page);
+}
+
+QPushButton* DRUI::CreateHomeEntry(const QString& text, const QString& picture, const char* slot)
+{
+    const QPixmap image(picture);
+    auto* entry = new QPushButton(text, m_pLayout1Widget);
+    entry->setFlat(true);
+    entry->setStyleSheet(home_entry_style);
+    QPalette palette = entry->palette();
+    palette.setColor(QPalette::ButtonText, QColor(54, 75, 75, 255));
+    entry->setPalette(palette);
+    entry->setFont(CalibriFont(11, QFont::Bold));
+    entry->setCursor(Qt::PointingHandCursor);
+    entry->setIcon(QIcon(picture));
+    entry->setIconSize(PictureSize(image));
+    entry->resize(PictureSize(image));
+    connect(entry, SIGNAL(clicked()), this, slot);
+    return entry;
+}
+
+void DRUI::btnAboutSlot()
+{
+    QDesktopServices::openUrl(HelpPage("about.html"));
+}
+
+void DRUI::btnSupportSlot()
+{
+    QDesktopServices::openUrl(HelpPage("support.html"));
+}
+
+void DRUI::btnHelpSlot()
+{
+    QDesktopServices::openUrl(HelpPage("help.html"));
+}
+
+void DRUI::btnOpenUrl(QString url) // NOLINT(performance-unnecessary-value-param): the slot's signature
+{
+    QDesktopServices::openUrl(QUrl(url));
+}

@@ -1,0 +1,136 @@
+#include "jobs/device_listing.h"
+#include "jobs/free_space.h"
+#include "jobs/settings.h"
+#include "jobs/text_codec.h"
+
+#include "ui/drui.h"
+#include "ui/page_parts.h"
+#include "ui/styles.h"
+
+#include "util/format.h"
+
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLineEdit>
+
+QLabel* DRUI::m_pStereoMix = nullptr;
+QComboBox* DRUI::m_pAudioComBox = nullptr;
+unsigned int DRUI::m_nSelectedDeviceID = 4294967295U;
+
+void DRUI::InitLayout2Widget()
+{
+    delete m_pLayout2Widget;
+    m_pLayout2Widget = new QWidget(this);
+    m_pLayout2Widget->setObjectName("m_pLayout2Widget");
+
+    auto* center = new QVBoxLayout;
+    center->setContentsMargins(50, 50, 50, 50);
+    center->addWidget(CreateRecordPanel());
+
+    auto* page = new QVBoxLayout;
+    page->setContentsMargins(0, 0, 0, 0);
+    page->addLayout(CreateHeader(m_pLayout2Widget, {width(), width() - 100, 101, Qt::KeepAspectRatio}));
+    page->addStretch(3);
+    page->addLayout(center);
+    page->addStretch(3);
+    page->addWidget(CreateRecordBar());
+    page->addWidget(CreateFooter(m_pLayout2Widget, width()));
+    m_pLayout2Widget->setLayout(page);
+}
+
+QWidget* DRUI::CreateRecordPanel()
+{
+    const QFont font = CalibriFont(12, QFont::Bold);
+    auto* panel = new QLabel(m_pLayout2Widget);
+    panel->setStyleSheet(panel_style);
+    panel->setMinimumSize(300, 320);
+
+    CreateText(panel, {50, 80, 120, 25}, "Audio: ", font);
+    AddAudioChoices(panel);
+    CreateText(panel, {50, 120, 120, 25}, "Save directory: ", font);
+    AddSaveDirectory(panel);
+    CreateText(panel, {50, 170, 200, 25}, "Free space: ", font);
+    m_pFreeSpaceLabel = CreateText(panel, {220, 170, 100, 25}, "Unknow", font);
+    m_pFreeSpaceLabel->setObjectName("m_pFreeSpaceLabel");
+    ShowFreeSpace();
+    CreateText(panel, {50, 220, 500, 50},
+               "The best screen recorder & video editor that you can use to capture\n"
+               "everything on your screen with original picture-in-picture",
+               font);
+    return panel;
+}
+
+void DRUI::AddAudioChoices(QWidget* panel)
+{
+    m_pAudioComBox = new QComboBox(panel);
+    m_pAudioComBox->setObjectName("m_pAudioComBox");
+    m_pAudioComBox->setGeometry(180, 80, 300, 25);
+    m_pAudioComBox->setFont(CalibriFont(12, QFont::Bold));
+    m_pAudioComBox->setAccessibleName("Audio");
+    connect(m_pAudioComBox, SIGNAL(currentIndexChanged(int)), this, SLOT(ComBoxIndexChange(int)));
+
+    m_pStereoMix = CreateText(panel, {600, 50, 600, 150}, QString(), CalibriFont(18, QFont::Bold));
+    m_pStereoMix->setObjectName("m_pStereoMix");
+    SetTextColor(m_pStereoMix, Qt::red);
+    m_pStereoMix->hide();
+
+    get_audiodevice_name();
+    m_pAudioComBox->addItem(QIcon(), QCoreApplication::translate("QWidget", "None"), kAudioNone);
+    m_pAudioComBox->setCurrentIndex(0);
+}
+
+void DRUI::AddSaveDirectory(QWidget* panel)
+{
+    m_pSaveDirEdit = new QLineEdit(ReadSavePath(m_strIniPath), panel);
+    m_pSaveDirEdit->setObjectName("m_pSaveDirEdit");
+    m_pSaveDirEdit->setMinimumSize(300, 20);
+    m_pSaveDirEdit->setGeometry(180, 120, 200, 25);
+    m_pSaveDirEdit->setFont(CalibriFont(12, QFont::Bold));
+    m_pSaveDirEdit->setStyleSheet(field_style);
+    m_pSaveDirEdit->setEnabled(false);
+    m_pSaveDirEdit->setCursorPosition(1);
+    m_pSaveDirEdit->setAccessibleName("Save directory");
+
+    QPushButton* folder = CreateFolderButton(panel, {500, 120, 30, 25});
+    connect(folder, SIGNAL(clicked()), this, SLOT(btnSlotLayout2Dir()));
+}
+
+QWidget* DRUI::CreateRecordBar()
+{
+    auto* bar = new QLabel(m_pLayout2Widget);
+    bar->setMinimumSize(width(), 40);
+    QPushButton* back = CreateBarButton(bar, {50, 2, 100, 35}, "Back");
+    connect(back, SIGNAL(clicked()), this, SLOT(btnSlotBack()));
+    m_pRecordBtn = CreateBarButton(bar, {width() - 151, 2, 100, 35}, "Record");
+    m_pRecordBtn->setObjectName("m_pRecordBtn");
+    connect(m_pRecordBtn, SIGNAL(clicked()), this, SLOT(btnSlotRecord()));
+    return bar;
+}
+
+void DRUI::ShowFreeSpace()
+{
+    const QString directory = m_pSaveDirEdit->text();
+    if (!directory.isEmpty()) {
+        const auto bytes = static_cast<qint64>(FreeBytes(directory));
+        m_pFreeSpaceLabel->setText(FromEightBit(GetFileSizeString(bytes)));
+    }
+}
+
+void DRUI::ComBoxIndexChange(int index)
+{
+    m_nSelectedDeviceID = m_pAudioComBox->itemData(index).toUInt();
+}
+
+void DRUI::btnSlotLayout2Dir()
+{
+    const QString directory =
+        QFileDialog::getExistingDirectory(this, QString(), QString(), QFileDialog::ShowDirsOnly);
+    if (directory.isNull()) {
+        return;
+    }
+    m_pSaveDirEdit->setText(directory);
+    if (!directory.isEmpty()) {
+        WriteSavePath(m_strIniPath, directory);
+        ShowFreeSpace();
+    }
+}

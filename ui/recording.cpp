@@ -1,0 +1,186 @@
+#include "jobs/device_listing.h"
+#include "jobs/free_space.h"
+#include "jobs/record_command.h"
+#include "jobs/recording_status.h"
+#include "jobs/tool_runner.h"
+
+#include "ui/cmessagebox.h"
+#include "ui/drui.h"
+#include "ui/tray_stand_in.h"
+
+#include "util/tick.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDir>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+
+#include <utility>
+
+bool DRUI::m_bIsStart = false;
+bool DRUI::m_bIsPause = false;
+int DRUI::m_nRecorderRet = 0;
+qint64 DRUI::m_n64AudioFrames = 0;
+
+namespace {
+
+constexpr int kRecTimerMs = 200;
+
+quint32 TickNow()
+{
+    return static_cast<quint32>(rsb_getTickCount());
+}
+
+} // namespace
+
+void DRUI::btnSlotRecord()
+{
+    if (!m_bIsStart) {
+        m_bIsStart = true;
+        EnterRecording();
+        if (m_pTrayIcon != nullptr) {
+            m_pTrayIcon->setVisible(true);
+        }
+        hide();
+        m_pStereoMix->show();
+        StartQProcessRecord();
+        m_pRecTimer->start(kRecTimerMs);
+        return;
+    }
+
+    m_bIsStart = false;
+    EnterIdle();
+    if (m_nRecorderRet != 0) {
+        QMessageBox::information(this, "Recorder", RecordingFailure(m_nRecorderRet), QMessageBox::Ok);
+        m_nRecorderRet = 0;
+    }
+    ReportStartError();
+}
+
+// The tray's Stop shows no message for m_nRecorderRet, unlike the button's; this is meant.
+void DRUI::btnSlotMenuStop()
+{
+    m_bIsStart = !m_bIsStart;
+    if (m_bIsStart) {
+        EnterRecording();
+        m_pStereoMix->show();
+        StartQProcessRecord();
+        m_pRecTimer->start(kRecTimerMs);
+        hide();
+        return;
+    }
+    EnterIdle();
+    ReportStartError();
+}
+
+// What both ways of starting show. Pause stays disabled, here and for ever; this is meant.
+void DRUI::EnterRecording()
+{
+    m_pRecTimer->stop();
+    m_n64AudioFrames = 0;
+    m_pRecordBtn->setText("Stop");
+    SetTrayEntry(1, "Stop", ":/image/stop.png");
+    m_pTrayStandIn->ShowWithoutTray();
+}
+
+// What both ways of stopping show. The tool ends later: it is asked to at its next output.
+void DRUI::EnterIdle()
+{
+    m_pStereoMix->hide();
+    m_pRecTimer->stop();
+    m_n64AudioFrames = 0;
+    m_bIsPause = false;
+    m_pRecordBtn->setText("Start"); // "Record" before the first recording only; this is meant
+    if (QAction* pause = TrayEntry(0)) {
+        pause->setEnabled(false);
+    }
+    SetTrayEntry(0, "Pause", ":/image/pause.png");
+    SetTrayEntry(1, "Start", ":/image/play.png");
+    SetTrayIcon(":/image/rec1.png");
+    m_pTrayStandIn->hide();
+    show();
+}
+
+int DRUI::StartQProcessRecord()
+{
+    m_nRecStartTick = TickNow();
+    const int audio = m_pAudioComBox->currentData().toInt(); // "None" reads as -2
+    const QString directory = m_pSaveDirEdit->text();
+    QDir().mkdir(directory + '/');
+    m_strRecFile = FreePath(RecordPath(directory, QDateTime::currentDateTime()));
+
+    // A run that is still going refuses the start. One that finishes its file makes this a recording
+    // that never begins; one that goes on (after a pause) is this recording.
+    const bool finishing = m_bQuitSent && m_pRecProcess->state() != QProcess::NotRunning;
+    m_bQuitSent = finishing;
+    m_strStartError.clear();
+    const RecordDevices devices{m_cScreenIndex, m_nMicIndex, m_nSoundIndex};
+    if (!StartTool(*m_pRecProcess, RecordCommand(ToolPrefix(), devices, audio, m_strRecFile))) {
+        m_strStartError = m_pRecProcess->errorString();
+    } else if (finishing) {
+        m_strStartError = "the recording before it was still being finished";
+    }
+    return 0;
+}
+
+void DRUI::doTimerRec()
+{
+    const QString image = BlinkImage(m_nBlinkCount);
+    if (!image.isEmpty()) {
+        SetTrayIcon(image);
+    }
+    const QFileInfo file(m_strRecFile);
+    m_pStereoMix->setText(
+        RecordingStatus(ElapsedMs(m_nRecStartTick, TickNow()), file.exists() ? file.size() : 0));
+    if (FreeBytes(m_pSaveDirEdit->text()) < kLeastFreeBytes) {
+        m_nRecorderRet = kStoppedForSpace;
+        btnSlotRecord();
+    }
+}
+
+// The quit command is sent with the tool's next output after the stop, and again with every further
+// one: stopping relies on the tool printing its progress.
+void DRUI::ReadRecordInfo()
+{
+    ReadToolText(*m_pRecProcess);
+    if (!m_bIsStart) {
+        AskToolToQuit(*m_pRecProcess);
+        m_bQuitSent = true;
+    }
+}
+
+// Pauses the display only: the tool records on into the same file. Resuming asks for a second start,
+// which the process refuses, so the size shown is that of a file that is never made; this is meant.
+void DRUI::btnSlotMenuPause()
+{
+    if (!m_bIsPause) {
+        m_pRecTimer->stop();
+        m_pStereoMix->hide();
+        SetTrayEntry(0, "Start", ":/image/play.png");
+        SetTrayIcon(":/image/rec1.png");
+    } else {
+        SetTrayEntry(0, "Pause", ":/image/pause.png");
+        m_pStereoMix->show();
+        StartQProcessRecord();
+        m_pRecTimer->start(kRecTimerMs);
+    }
+    m_bIsPause = !m_bIsPause;
+}
+
+void DRUI::ReportStartError()
+{
+    if (m_strStartError.isEmpty()) {
+        return;
+    }
+    CMessageBox box(nullptr, {});
+    box.setGeometry(x() + width() / 8, y() + height() / 8, 400, 150);
+    box.InitInfoDialog("The recording could not be started: " + std::exchange(m_strStartError, QString()));
+    box.exec();
+}
+
+void DRUI::_RecordProcess(void* /*param*/, int& /*result*/) {}

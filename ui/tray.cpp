@@ -1,0 +1,64 @@
+#include "ui/drui.h"
+#include "ui/tray_stand_in.h"
+
+#include <QAction>
+#include <QMenu>
+
+// Every call makes a new icon, and the one before stays a child of the window, visible if a
+// recording made it so; this is meant.
+void DRUI::CreateSystemTray()
+{
+    m_pTrayIcon = new QSystemTrayIcon(QIcon(":/image/rec1.png"), this);
+    m_pTrayIcon->setToolTip(tr("Lumenfold Screen Recorder"));
+    connect(m_pTrayIcon, SIGNAL(activated(QSystemTrayIcon::ActivationReason)), this,
+            SLOT(trayiconActivated(QSystemTrayIcon::ActivationReason)));
+
+    auto* menu = new QMenu(this);
+    const auto add = [&](const QString& text, const QString& image, const char* slot) {
+        auto* entry = new QAction(QIcon(image), text, this);
+        connect(entry, SIGNAL(triggered()), this, slot);
+        menu->addAction(entry);
+        return entry;
+    };
+    add(tr("Pause"), ":/image/pause.png", SLOT(btnSlotMenuPause()))->setEnabled(false);
+    add(tr("Stop"), ":/image/stop.png", SLOT(btnSlotMenuStop()));
+    add(tr("Quit"), ":/image/quit.png", SLOT(btnSlotMenuQuit()));
+    m_pTrayIcon->setContextMenu(menu);
+}
+
+QAction* DRUI::TrayEntry(int position) const
+{
+    // No icon before the record page was first entered.
+    return m_pTrayIcon == nullptr ? nullptr : m_pTrayIcon->contextMenu()->actions().value(position);
+}
+
+void DRUI::SetTrayEntry(int position, const QString& text, const QString& image)
+{
+    if (QAction* entry = TrayEntry(position)) {
+        entry->setText(text);
+        entry->setIcon(QIcon(image));
+    }
+}
+
+void DRUI::SetTrayIcon(const QString& image)
+{
+    if (m_pTrayIcon != nullptr) {
+        m_pTrayIcon->setIcon(QIcon(image));
+    }
+}
+
+// A click brings the window back; a recording goes on.
+void DRUI::trayiconActivated(QSystemTrayIcon::ActivationReason reason)
+{
+    if (reason == QSystemTrayIcon::DoubleClick || reason == QSystemTrayIcon::Trigger) {
+        showNormal();
+        raise();
+    }
+}
+
+// With no recording running the first step starts one before the window closes; this is meant.
+void DRUI::btnSlotMenuQuit()
+{
+    btnSlotMenuStop();
+    close();
+}

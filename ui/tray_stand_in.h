@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QSystemTrayIcon>
+#include <QWidget>
+
+// A small minimised window in the task list that stands in for the tray icon while a recording
+// hides the main window on a desktop without a system tray: activating it does what a click on the
+// icon does, so Stop is always within reach.
+class TrayStandIn : public QWidget
+{
+    Q_OBJECT
+
+public:
+    TrayStandIn();
+
+    /// Shows the window, minimised, where the desktop has no system tray.
+    void ShowWithoutTray();
+
+    /// Raised, with the reason of a plain click, when the user activates or closes the window.
+    Q_SIGNAL void activated(QSystemTrayIcon::ActivationReason reason);
+
+protected:
+    void changeEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private Q_SLOTS:
+    void Activate();
+};
