@@ -1,0 +1,139 @@
+#pragma once
+
+#include "ui/drui.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QStackedLayout>
+#include <QTemporaryDir>
+#include <QTest>
+
+// What the window tests share: a scripted `tool` beside the test program, which notes how it was
+// called and behaves like the real one towards its caller, and a window built upon it.
+
+inline QString BesideProgram(const QString& name)
+{
+    return QCoreApplication::applicationDirPath() + '/' + name;
+}
+
+inline void WriteFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    QVERIFY2(file.open(QIODevice::WriteOnly | QIODevice::Truncate), qPrintable("cannot write " + path));
+    file.write(content);
+}
+
+inline QByteArray ReadFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+inline void InstallTool(const QByteArray& script)
+{
+    QFile::remove(BesideProgram("tool"));
+    WriteFile(BesideProgram("tool"), script);
+    QFile::setPermissions(BesideProgram("tool"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+// Lists what stands in "listing"; else "records" into its last argument: a line of progress every
+// tenth of a second until a q is typed, and the keys it read go into "keys".
+inline constexpr auto kRecordingTool = R"(#!/bin/bash
+here=$(dirname "$0")
+if [[ "$*" == *-list_devices* ]]; then cat "$here/listing" >&2; exit 1; fi
+printf '%s\n' "$@" >"$here/arguments"
+printf 'x' >>"$here/starts"
+: >"${!#}"
+key=
+until [[ $key == q ]]; do
+    printf 'frame=    1\r' >&2
+    printf 'data' >>"${!#}" 2>/dev/null
+    read -r -t 0.1 -N 1 key && printf '%s' "$key" >>"$here/keys"
+done
+printf 'finished' >"$here/finished"
+)";
+
+inline constexpr auto kTwoSoundDevices = "[AVFoundation indev @ 0x1] AVFoundation video devices:\n"
+                                         "[AVFoundation indev @ 0x1] [1] Capture screen 0\n"
+                                         "[AVFoundation indev @ 0x1] AVFoundation audio devices:\n"
+                                         "[AVFoundation indev @ 0x1] [0] Built-in Microphone\n"
+                                         "[AVFoundation indev @ 0x1] [2] Loopback\n";
+
+class WindowTest : public QObject
+{
+    Q_OBJECT
+
+protected:
+    // A fresh folder for the recordings, the recording tool, no settings but the save directory.
+    void Prepare()
+    {
+        m_directory = std::make_unique<QTemporaryDir>();
+        for (const char* name : {"arguments", "starts", "keys", "finished", "ScreenRecord.ini"}) {
+            QFile::remove(BesideProgram(name));
+        }
+        InstallTool(kRecordingTool);
+        WriteFile(BesideProgram("listing"), kTwoSoundDevices);
+        WriteFile(BesideProgram("ScreenRecord.ini"),
+                  "[screen_record]\nsave_path=" + m_directory->path().toUtf8() + "/Save\n");
+        DRUI::m_bIsStart = false;
+        DRUI::m_bIsPause = false;
+        DRUI::m_nRecorderRet = 0;
+    }
+
+    DRUI& OpenWindow()
+    {
+        m_window = std::make_unique<DRUI>();
+        m_window->Init();
+        m_window->show();
+        return *m_window;
+    }
+
+    void CloseWindow() { m_window.reset(); }
+
+    DRUI& Window() { return *m_window; }
+
+    template <class T>
+    T* Child(const char* name)
+    {
+        return m_window->findChild<T*>(name);
+    }
+
+    // Presses the button with this text, as a user would.
+    void Press(const QString& text)
+    {
+        for (auto* button : m_window->findChildren<QPushButton*>()) {
+            if (button->isVisible() && button->text() == text) {
+                QTest::mouseClick(button, Qt::LeftButton);
+                return;
+            }
+        }
+        QFAIL(qPrintable("no button reads " + text));
+    }
+
+    void Call(const char* slot) { QVERIFY(QMetaObject::invokeMethod(m_window.get(), slot)); }
+
+    int Page() { return m_window->findChild<QStackedLayout*>("m_pStack")->currentIndex(); }
+
+    void EnterRecordPage()
+    {
+        OpenWindow();
+        Call("btnSlot");
+    }
+
+    QString SaveDirectory() { return m_directory->path() + "/Save"; }
+
+    QStringList Recordings() { return QDir(SaveDirectory()).entryList({"*.mp4"}, QDir::Files); }
+
+    QStringList ToolArguments()
+    {
+        return QString::fromUtf8(ReadFile(BesideProgram("arguments"))).split('\n', Qt::SkipEmptyParts);
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_directory;
+    std::unique_ptr<DRUI> m_window;
+};

@@ -1,0 +1,201 @@
+#include "jobs/free_space.h"
+
+#include "tests/window/fake_tool.h"
+
+#include "util/format.h"
+
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
+
+class RecordPageTest : public WindowTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
+    void init() { Prepare(); }
+    void cleanup() { CloseWindow(); }
+
+    void theAudioChoicesAreThoseOfTheListingAndNone()
+    {
+        OpenWindow();
+        QCOMPARE(Choices(), QString("Computer sounds and Microphone=-1; Computer sounds=2; Microphone=0; None=-2"));
+        QCOMPARE(DRUI::m_pAudioComBox->currentIndex(), 0);
+        QCOMPARE(DRUI::m_pAudioComBox->itemData(3), QVariant(4294967294U));
+    }
+
+    void theListingAsksForABlankInput()
+    {
+        InstallTool("#!/bin/sh\nprintf '%s\\n' \"$@\" >\"$(dirname \"$0\")/arguments\"\n");
+        OpenWindow();
+        QCOMPARE(ToolArguments(), QStringList({"-f", "avfoundation", "-list_devices", "true", "-i", " "}));
+    }
+
+    void withoutASoundDeviceNoneIsTheOnlyChoice_data()
+    {
+        QTest::addColumn<QByteArray>("tool");
+        QTest::newRow("a listing without audio")
+            << QByteArray("#!/bin/sh\necho 'x video devices:'; echo 'x [0] Capture screen 0'\n");
+        QTest::newRow("a tool that prints nothing") << QByteArray("#!/bin/sh\n");
+        QTest::newRow("a tool that dies at once") << QByteArray("#!/bin/sh\nkill -9 $$\n");
+        QTest::newRow("a tool that prints zero bytes") << QByteArray("#!/bin/sh\nhead -c 100000 /dev/zero\n");
+        QTest::newRow("a tool that is no program") << QByteArray("\x7f" "ELF garbage");
+    }
+
+    void withoutASoundDeviceNoneIsTheOnlyChoice()
+    {
+        QFETCH(QByteArray, tool);
+        InstallTool(tool);
+        OpenWindow();
+        QCOMPARE(Choices(), QString("None=-2"));
+        QCOMPARE(DRUI::m_pAudioComBox->currentIndex(), 0);
+    }
+
+    void aMissingToolLeavesNone()
+    {
+        QFile::remove(BesideProgram("tool"));
+        OpenWindow();
+        QCOMPARE(Choices(), QString("None=-2"));
+    }
+
+    void aToolThatMayNotBeExecutedLeavesNone()
+    {
+        QFile::setPermissions(BesideProgram("tool"), QFile::ReadOwner | QFile::WriteOwner);
+        OpenWindow();
+        QCOMPARE(Choices(), QString("None=-2"));
+    }
+
+    void aListingThatFloodsTheWindowIsCutOff()
+    {
+        InstallTool("#!/bin/sh\ncat \"$(dirname \"$0\")/listing\"; yes 'noise without end' | head -c 200000000\n");
+        OpenWindow();
+        QCOMPARE(Choices(), QString("Computer sounds and Microphone=-1; Computer sounds=2; Microphone=0; None=-2"));
+    }
+
+    void choosingASoundStoresItsData()
+    {
+        OpenWindow();
+        DRUI::m_pAudioComBox->setCurrentIndex(1);
+        QCOMPARE(DRUI::m_nSelectedDeviceID, 2U);
+        DRUI::m_pAudioComBox->setCurrentIndex(3);
+        QCOMPARE(DRUI::m_nSelectedDeviceID, 4294967294U);
+        DRUI::m_pAudioComBox->setCurrentIndex(0);
+        QCOMPARE(DRUI::m_nSelectedDeviceID, 4294967295U);
+    }
+
+    void theControlsStandAtTheirPlaces_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<QRect>("place");
+        QTest::newRow("audio") << QByteArray("m_pAudioComBox") << QRect(180, 80, 300, 25);
+        QTest::newRow("status") << QByteArray("m_pStereoMix") << QRect(600, 50, 600, 150);
+        QTest::newRow("directory") << QByteArray("m_pSaveDirEdit") << QRect(180, 120, 300, 25);
+        QTest::newRow("free space") << QByteArray("m_pFreeSpaceLabel") << QRect(220, 170, 100, 25);
+        QTest::newRow("record") << QByteArray("m_pRecordBtn") << QRect(849, 2, 100, 35);
+    }
+
+    void theControlsStandAtTheirPlaces()
+    {
+        QFETCH(QByteArray, name);
+        EnterRecordPage();
+        QTEST(Child<QWidget>(name.constData())->geometry(), "place");
+    }
+
+    void theButtonsStyleKeepsItsTabsAndBlanks()
+    {
+        OpenWindow();
+        const QString gap = "\t\t\t\t\t\t\t\t   ";
+        QCOMPARE(Child<QPushButton>("m_pRecordBtn")->styleSheet(),
+                 "QPushButton{background-color:rgb(191, 191, 191);" + gap +
+                     "border-radius: 10px; border: 2px groove white;" + gap +
+                     "border-style: outset;}QPushButton:hover{background-color:rgb(156, 156, 156); }"
+                     "QPushButton:pressed{background-color:rgb(156, 156, 156);border: 2px groove white;" +
+                     gap + "border-style: inset; }");
+    }
+
+    void theFirstStartShowsTheHomeDirectoryAndMakesNoSettingsFile()
+    {
+        QFile::remove(BesideProgram("ScreenRecord.ini"));
+        OpenWindow();
+        QCOMPARE(Child<QLineEdit>("m_pSaveDirEdit")->text(), QDir::homePath() + "/ScreenSave");
+        QVERIFY(!Child<QLineEdit>("m_pSaveDirEdit")->isEnabled());
+        CloseWindow();
+        QVERIFY2(!QFile::exists(BesideProgram("ScreenRecord.ini")), "a settings file was made");
+    }
+
+    void theFreeSpaceIsThatOfTheSaveDirectorysVolume()
+    {
+        OpenWindow();
+        const QString shown = Child<QLabel>("m_pFreeSpaceLabel")->text();
+        QVERIFY2(shown.contains(QRegularExpression("^[0-9]+\\.[0-9]{2} [KMGT]B$")), qPrintable(shown));
+    }
+
+    void anEmptySaveDirectoryLeavesTheFreeSpaceUnknown()
+    {
+        WriteFile(BesideProgram("ScreenRecord.ini"), "[screen_record]\nsave_path=\n");
+        OpenWindow();
+        QCOMPARE(Child<QLineEdit>("m_pSaveDirEdit")->text(), QString());
+        QCOMPARE(Child<QLabel>("m_pFreeSpaceLabel")->text(), QString("Unknow"));
+    }
+
+    void cancellingTheChooserChangesNothing()
+    {
+        EnterRecordPage();
+        const QByteArray before = ReadFile(BesideProgram("ScreenRecord.ini"));
+        ChooseDirectory(QString());
+        QCOMPARE(Child<QLineEdit>("m_pSaveDirEdit")->text(), SaveDirectory());
+        QCOMPARE(ReadFile(BesideProgram("ScreenRecord.ini")), before);
+    }
+
+    void aChosenDirectoryIsShownAndKeptForTheNextStart()
+    {
+        const QTemporaryDir chosen;
+        EnterRecordPage();
+        ChooseDirectory(chosen.path());
+        QCOMPARE(Child<QLineEdit>("m_pSaveDirEdit")->text(), chosen.path());
+        QVERIFY(Child<QLabel>("m_pFreeSpaceLabel")->text() != "Unknow");
+        OpenWindow();
+        QCOMPARE(Child<QLineEdit>("m_pSaveDirEdit")->text(), chosen.path());
+    }
+
+private:
+    static QString Choices()
+    {
+        QStringList choices;
+        for (int i = 0; i < DRUI::m_pAudioComBox->count(); ++i) {
+            choices << QString("%1=%2")
+                           .arg(DRUI::m_pAudioComBox->itemText(i))
+                           .arg(DRUI::m_pAudioComBox->itemData(i).toInt());
+        }
+        return choices.join("; ");
+    }
+
+    // Presses the folder button and answers the dialog: with `path`, or with Cancel when it is null.
+    void ChooseDirectory(const QString& path)
+    {
+        bool answered = false;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, this, [&] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            if (dialog == nullptr || answered) {
+                return;
+            }
+            answered = true;
+            if (path.isNull()) {
+                dialog->reject();
+                return;
+            }
+            dialog->selectFile(path);
+            QMetaObject::invokeMethod(dialog, "accept");
+        });
+        timer.start(10);
+        Call("btnSlotLayout2Dir");
+        QVERIFY2(answered, "no directory chooser came up");
+    }
+};
+
+QTEST_MAIN(RecordPageTest)
+#include "record_page_test.moc"

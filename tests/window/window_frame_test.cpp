@@ -1,0 +1,215 @@
+#include "tests/window/fake_tool.h"
+
+#include <QLineEdit>
+#include <QMetaMethod>
+#include <QProcess>
+#include <QPushButton>
+#include <QScreen>
+#include <QTimer>
+
+namespace {
+
+// The order of the meta-object, which other builds of the window rely on.
+const QList<QByteArray> kMethods = {
+    "AddProcessCallBack(int,QString,QString,int)",
+    "CutProcessCallBack(int,QString,QString,int)",
+    "btnMinSlot()",
+    "btnMaxSlot()",
+    "btnCloseSlot()",
+    "btnSlot()",
+    "btnEditSlot()",
+    "btnMontageSlot()",
+    "btnAddSlot()",
+    "btnSlotBack()",
+    "btnSlotRecord()",
+    "btnSlotLayout4Dir()",
+    "btnSlotLayout4Merge()",
+    "btnSlotLayout3Dir()",
+    "btnSlotLayout3Cut()",
+    "btnSlotLayout2Dir()",
+    "btnUpSlot()",
+    "btnDownSlot()",
+    "btnDelSlot()",
+    "mplayerDataRecieve()",
+    "current(int)",
+    "btnOpenUrl(QString)",
+    "btnHelpSlot()",
+    "btnSupportSlot()",
+    "btnAboutSlot()",
+    "btnLayout3Play()",
+    "btnSetHead()",
+    "btnSetTail()",
+    "CutVedio(WCHAR*,int&)",
+    "btnSlotMenuStop()",
+    "btnSlotMenuPause()",
+    "btnSlotMenuQuit()",
+    "itemClick(QTreeWidgetItem*,int)",
+    "itemDiskClick(QTreeWidgetItem*,int)",
+    "TargetTableItemClick(QTableWidgetItem*)",
+    "SourceTableItemClick(QTableWidgetItem*)",
+    "SourceTableItemDoubleClick(QTableWidgetItem*)",
+    "CutTableItemClick(QTableWidgetItem*)",
+    "CutTableItemDoubleClick(QTableWidgetItem*)",
+    "trayiconActivated(QSystemTrayIcon::ActivationReason)",
+    "ComBoxIndexChange(int)",
+    "doTimerRec()",
+    "ReadRecordInfo()",
+    "ReadMergeInfo()",
+    "ReadChange2TSInfo()",
+    "ReadCutInfo()",
+    "ReadDeviceInfo()",
+};
+
+} // namespace
+
+class WindowFrameTest : public WindowTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { Prepare(); }
+    void cleanup() { CloseWindow(); }
+
+    void theMetaObjectHasItsTwoSignalsAnd45SlotsInOrder()
+    {
+        const QMetaObject& meta = DRUI::staticMetaObject;
+        QCOMPARE(meta.methodCount() - meta.methodOffset(), 47);
+        for (int i = 0; i < kMethods.size(); ++i) {
+            const QMetaMethod method = meta.method(meta.methodOffset() + i);
+            QCOMPARE(method.methodSignature(), kMethods.at(i));
+            QCOMPARE(method.methodType(), i < 2 ? QMetaMethod::Signal : QMetaMethod::Slot);
+            QCOMPARE(method.access(), i < 2 ? QMetaMethod::Protected : QMetaMethod::Private);
+            QCOMPARE(QByteArray(method.typeName()), QByteArray(i == 28 ? "HRESULT" : "void"));
+        }
+    }
+
+    void theWindowIsFixedAndCentredOnTheDesktop()
+    {
+        DRUI& window = OpenWindow();
+        QCOMPARE(window.windowTitle(), QString("Lumenfold Screen Recorder"));
+        QCOMPARE(window.objectName(), QString("DRUIClass"));
+        QCOMPARE(window.size(), QSize(1000, 600));
+        QCOMPARE(window.minimumSize(), window.maximumSize());
+        const QSize desktop = QGuiApplication::primaryScreen()->geometry().size();
+        QCOMPARE(window.pos(), QPoint((desktop.width() - 1000) / 2, (desktop.height() - 600) / 2));
+        QCOMPARE(window.centralWidget()->objectName(), QString("centralWidget"));
+        QCOMPARE(window.centralWidget()->styleSheet(),
+                 QString("background-color: rgb(51, 52, 55);"));
+    }
+
+    void sixProcessesMergeTheirOutput()
+    {
+        OpenWindow();
+        for (const char* name : {"m_pPlayerProcess", "m_pDevProcess", "m_pRecProcess",
+                                 "m_pChangeTSProcess", "m_pMergeProcess", "m_pCutProcess"}) {
+            auto* process = Child<QProcess>(name);
+            QVERIFY2(process != nullptr, name);
+            QCOMPARE(process->processChannelMode(), QProcess::MergedChannels);
+            QCOMPARE(process->parent(), &Window());
+        }
+        QCOMPARE(Window().findChildren<QProcess*>().size(), 6);
+        QVERIFY(!Child<QTimer>("m_pRecTimer")->isActive());
+    }
+
+    void thePagesStandInOrderAndHomeIsFirst()
+    {
+        OpenWindow();
+        auto* stack = Child<QStackedLayout>("m_pStack");
+        QCOMPARE(stack->count(), 4);
+        for (int i = 0; i < 4; ++i) {
+            QCOMPARE(stack->widget(i)->objectName(), QString("m_pLayout%1Widget").arg(i + 1));
+        }
+        QCOMPARE(Page(), 0);
+        QCOMPARE(Window().centralWidget()->layout()->contentsMargins(), QMargins());
+    }
+
+    void everyPageIsEnteredFromHomeAndLeftByBack_data()
+    {
+        QTest::addColumn<QByteArray>("slot");
+        QTest::addColumn<int>("page");
+        QTest::newRow("record") << QByteArray("btnSlot") << 1;
+        QTest::newRow("cut") << QByteArray("btnMontageSlot") << 2;
+        QTest::newRow("merge") << QByteArray("btnEditSlot") << 3;
+    }
+
+    void everyPageIsEnteredFromHomeAndLeftByBack()
+    {
+        QFETCH(QByteArray, slot);
+        OpenWindow();
+        Call(slot.constData());
+        QTEST(Page(), "page");
+        Press("Back");
+        QCOMPARE(Page(), 0);
+    }
+
+    void escapeChangesNothingOnAnyPage()
+    {
+        DRUI& window = OpenWindow();
+        auto* stack = Child<QStackedLayout>("m_pStack");
+        for (int page = 0; page < 4; ++page) {
+            stack->setCurrentIndex(page);
+            QTest::keyClick(&window, Qt::Key_Escape);
+            QCOMPARE(Page(), page);
+            QVERIFY(window.isVisible());
+        }
+    }
+
+    void theFolderFieldsStartWithTheSaveDirectory()
+    {
+        OpenWindow();
+        QCOMPARE(Child<QLineEdit>("m_pLayout3DirEdit")->text(), SaveDirectory());
+        QCOMPARE(Child<QLineEdit>("m_pLayout4DirEdit")->text(), SaveDirectory());
+    }
+
+    void maximiseFillsTheDesktopAndRestoreGoesBackOnTheSamePage()
+    {
+        DRUI& window = OpenWindow();
+        Call("btnSlot");
+        Call("btnMaxSlot");
+        QCOMPARE(window.size(), QGuiApplication::primaryScreen()->geometry().size());
+        QCOMPARE(window.pos(), QPoint(0, 0));
+        QCOMPARE(Page(), 1);
+        QCOMPARE(Child<QStackedLayout>("m_pStack")->count(), 4);
+        QCOMPARE(Child<QPushButton>("m_pRecordBtn")->x(), window.width() - 151);
+        Call("btnMaxSlot");
+        QCOMPARE(window.size(), QSize(1000, 600));
+        QCOMPARE(Page(), 1);
+        QCOMPARE(Child<QPushButton>("m_pRecordBtn")->x(), 849);
+    }
+
+    void minimiseAndCloseDoWhatTheySay()
+    {
+        DRUI& window = OpenWindow();
+        Call("btnMinSlot");
+        QVERIFY(window.isMinimized());
+        Call("btnCloseSlot");
+        QVERIFY(!window.isVisible());
+    }
+
+    void closingAsksNothingAndTheDestructorFinishesTheRecording()
+    {
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(Recordings().size(), 1);
+        Window().close();
+        CloseWindow();
+        QCOMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
+        QVERIFY(!DRUI::m_bIsStart);
+    }
+
+    void closingWaitsForNothingWhenNoRecordingRuns()
+    {
+        OpenWindow();
+        CloseWindow();
+        QVERIFY(!QFile::exists(BesideProgram("starts")));
+    }
+
+    void aWindowThatWasNeverInitialisedCanGo()
+    {
+        const DRUI window;
+        QCOMPARE(window.size(), QSize(1000, 600));
+    }
+};
+
+QTEST_MAIN(WindowFrameTest)
+#include "window_frame_test.moc"
