@@ -6,9 +6,9 @@
 #include <QProcess>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
-#include <memory>
-#include <poll.h>
+#include <thread>
 #include <unistd.h>
 #include <xcb/xcb.h>
 
@@ -20,68 +20,70 @@ QByteArray ReadProc(qint64 pid, const QString& name)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Tells when a window of a program's size is mapped. The window manager puts every window into one
-// of its own, whose mapping the root window tells of.
-class MapWatcher
+// Looks at one place of the screen, a little below the middle, where the windows come up.
+class Eye
 {
 public:
-    MapWatcher() : m_pConnection(xcb_connect(nullptr, nullptr))
+    Eye() : m_pConnection(xcb_connect(nullptr, nullptr))
     {
-        const uint32_t events = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
-        const uint32_t root = xcb_setup_roots_iterator(xcb_get_setup(m_pConnection)).data->root;
-        xcb_change_window_attributes(m_pConnection, root, XCB_CW_EVENT_MASK, &events);
-        std::free(xcb_get_input_focus_reply( // NOLINT(cppcoreguidelines-no-malloc): xcb's way
-            m_pConnection, xcb_get_input_focus(m_pConnection), nullptr));
+        const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(m_pConnection)).data;
+        m_root = screen->root;
+        m_x = static_cast<int16_t>(screen->width_in_pixels / 2);
+        m_y = static_cast<int16_t>(screen->height_in_pixels * 3 / 4);
     }
-    MapWatcher(const MapWatcher&) = delete;
-    MapWatcher& operator=(const MapWatcher&) = delete;
-    ~MapWatcher() { xcb_disconnect(m_pConnection); }
+    Eye(const Eye&) = delete;
+    Eye& operator=(const Eye&) = delete;
+    ~Eye() { xcb_disconnect(m_pConnection); }
 
-    // False after ten seconds without one.
-    bool Wait()
+    // Waits until the place is lit (or black again); false after ten seconds.
+    bool WaitUntilLit(bool lit)
     {
         QElapsedTimer time;
         time.start();
         while (!time.hasExpired(10000)) {
-            while (xcb_generic_event_t* event = xcb_poll_for_event(m_pConnection)) {
-                const std::unique_ptr<xcb_generic_event_t, decltype(&std::free)> owner(event,
-                                                                                       &std::free);
-                if ((event->response_type & 0x7fU) == XCB_MAP_NOTIFY &&
-                    IsBig(reinterpret_cast<xcb_map_notify_event_t*>(event)
-                              ->window)) { // NOLINT: xcb's way
-                    return true;
-                }
+            if (IsLit() == lit) {
+                return true;
             }
-            pollfd ready{xcb_get_file_descriptor(m_pConnection), POLLIN, 0};
-            poll(&ready, 1, 100);
+            std::this_thread::sleep_for(std::chrono::microseconds(300));
         }
         return false;
     }
 
 private:
-    bool IsBig(xcb_window_t window)
+    bool IsLit()
     {
-        xcb_get_geometry_reply_t* geometry =
-            xcb_get_geometry_reply(m_pConnection, xcb_get_geometry(m_pConnection, window), nullptr);
-        const bool big = geometry != nullptr && geometry->width >= 1000;
-        std::free(geometry); // NOLINT(cppcoreguidelines-no-malloc): xcb's way
-        return big;
+        const auto cookie = xcb_get_image(m_pConnection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, m_x,
+                                          m_y, 1, 1, 0xffffffU);
+        xcb_get_image_reply_t* image = xcb_get_image_reply(m_pConnection, cookie, nullptr);
+        bool lit = false;
+        if (image != nullptr && xcb_get_image_data_length(image) >= 4) {
+            const uint8_t* pixel = xcb_get_image_data(image);
+            lit = pixel[0] != 0 || pixel[1] != 0 || pixel[2] != 0;
+        }
+        std::free(image); // NOLINT(cppcoreguidelines-no-malloc): xcb's way
+        return lit;
     }
 
     xcb_connection_t* m_pConnection;
+    xcb_window_t m_root = 0;
+    int16_t m_x = 0;
+    int16_t m_y = 0;
 };
 
 } // namespace
 
 double StartTime(const QString& program, const QStringList& arguments, const QString& folder)
 {
-    MapWatcher watcher;
+    Eye eye;
+    if (!eye.WaitUntilLit(false)) {
+        return -1;
+    }
     QProcess process;
     process.setWorkingDirectory(folder);
     QElapsedTimer time;
     time.start();
     process.start(program, arguments);
-    const bool shown = watcher.Wait();
+    const bool shown = eye.WaitUntilLit(true);
     const double milliseconds = static_cast<double>(time.nsecsElapsed()) / 1e6;
     process.terminate();
     process.waitForFinished();

@@ -1,12 +1,12 @@
-// The least a Qt program does to show a window of the recorder's size: what its start is held
-// against.
+// The least a Qt program does to show a window of the recorder's size with a line of text in it:
+// what its start is held against.
 #include <QApplication>
-#include <QWidget>
+#include <QLabel>
 
 int main(int argc, char** argv)
 {
     const QApplication application(argc, argv);
-    QWidget window;
+    QLabel window("Lumenfold");
     window.setFixedSize(1000, 600);
     window.show();
     return QApplication::exec();
