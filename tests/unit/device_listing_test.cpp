@@ -55,7 +55,8 @@ private Q_SLOTS:
         const QString both = "Computer sounds and Microphone=-1; Computer sounds=1; Microphone=0";
 
         QTest::newRow("microphone and loopback")
-            << Listing(screen, {"[0] Built-in Microphone", "[1] Line Out Loopback"}) << both << 0 << 1;
+            << Listing(screen, {"[0] Built-in Microphone", "[1] Line Out Loopback"}) << both << 0
+            << 1;
         QTest::newRow("the last device is the microphone")
             << Listing(screen, {"[0] Built-in Microphone"}) << "Microphone=0" << 0 << -1;
         QTest::newRow("one device that is no microphone")
@@ -71,21 +72,24 @@ private Q_SLOTS:
             << Listing(screen, {"[9] Microphone", "[10] A", "[11] B"})
             << "Computer sounds and Microphone=-1; Computer sounds=11; Microphone=9" << 9 << 11;
         QTest::newRow("Windows line ends")
-            << Listing(screen, {"[0] Built-in Microphone", "[1] Loopback"}).replace("\n", "\r\n") << both << 0
-            << 1;
+            << Listing(screen, {"[0] Built-in Microphone", "[1] Loopback"}).replace("\n", "\r\n")
+            << both << 0 << 1;
         QTest::newRow("a bracket in a name counts as the last device's index")
             << Listing(screen, {"[0] Microphone", "[1] Box [7] out"})
             << "Computer sounds and Microphone=-1; Computer sounds=7; Microphone=0" << 0 << 7;
-        QTest::newRow("no digits read as 0") << Listing(screen, {"[x] Line In"}) << "Computer sounds=0" << -1 << 0;
-        QTest::newRow("no audio header") << Line("AVFoundation video devices:") + Line("[0] Capture screen 0")
-                                         << QString() << -1 << -1;
+        QTest::newRow("no digits read as 0")
+            << Listing(screen, {"[x] Line In"}) << "Computer sounds=0" << -1 << 0;
+        QTest::newRow("no audio header")
+            << Line("AVFoundation video devices:") + Line("[0] Capture screen 0") << QString() << -1
+            << -1;
         QTest::newRow("nothing printed") << QString() << QString() << -1 << -1;
-        QTest::newRow("cut off inside the last index") << QString("audio devices:\nx [") << "Computer sounds=0"
-                                                       << -1 << 0;
+        QTest::newRow("cut off inside the last index")
+            << QString("audio devices:\nx [") << "Computer sounds=0" << -1 << 0;
         QTest::newRow("a microphone before any index")
             << QString("audio devices: Microphone") << QString() << -1 << -1;
-        QTest::newRow("capitals count") << Line("AVFoundation Audio Devices:") + Line("[0] Microphone") << QString()
-                                        << -1 << -1;
+        QTest::newRow("capitals count")
+            << Line("AVFoundation Audio Devices:") + Line("[0] Microphone") << QString() << -1
+            << -1;
     }
 
     void theAudioChoicesOfAListing()
@@ -101,10 +105,12 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("screen");
-        QTest::newRow("behind a camera") << Listing({"[0] Camera", "[1] Capture screen 0"}, {}) << int('1');
+        QTest::newRow("behind a camera")
+            << Listing({"[0] Camera", "[1] Capture screen 0"}, {}) << int('1');
         QTest::newRow("the first of two screens")
             << Listing({"[0] Capture screen 0", "[1] Capture screen 1"}, {}) << int('0');
-        QTest::newRow("device 12 keeps its first digit") << Listing({"[12] Capture screen 0"}, {}) << int('1');
+        QTest::newRow("device 12 keeps its first digit")
+            << Listing({"[12] Capture screen 0"}, {}) << int('1');
         QTest::newRow("no screen") << Listing({"[0] Camera"}, {}) << 0;
         QTest::newRow("no header") << Line("[3] Capture screen 0") << 0;
         QTest::newRow("a header and nothing") << QString("video devices:") << 0;
@@ -119,13 +125,11 @@ private Q_SLOTS:
 
     void aHugeIndexDoesNotOverflow()
     {
-        QCOMPARE(ParseDeviceListing("audio devices:\n [" + QString(100, '9') + ']').sound, 99999999);
+        QCOMPARE(ParseDeviceListing("audio devices:\n [" + QString(100, '9') + ']').sound,
+                 99999999);
     }
 
-    void noneReadsAsMinusTwo()
-    {
-        QCOMPARE(QVariant(kAudioNone).toInt(), -2);
-    }
+    void noneReadsAsMinusTwo() { QCOMPARE(QVariant(kAudioNone).toInt(), -2); }
 };
 
 QTEST_GUILESS_MAIN(DeviceListingTest)

@@ -6,7 +6,8 @@
 #include <QTest>
 
 namespace {
-const QString kFixed = " -ar 44100 -r 29.97 -preset ultrafast -max_muxing_queue_size 9999 -async 1 -pix_fmt yuv420p ";
+const QString kFixed =
+    " -ar 44100 -r 29.97 -preset ultrafast -max_muxing_queue_size 9999 -async 1 -pix_fmt yuv420p ";
 } // namespace
 
 class RecordCommandTest : public QObject
@@ -19,7 +20,8 @@ private Q_SLOTS:
         QTest::addColumn<int>("audio");
         QTest::addColumn<QString>("inputs");
         QTest::newRow("None: the screen alone") << -2 << " -f avfoundation -framerate 30 -i \"1\"";
-        QTest::newRow("one device by its index") << 2 << " -f avfoundation -framerate 30 -i \"1:2\"";
+        QTest::newRow("one device by its index")
+            << 2 << " -f avfoundation -framerate 30 -i \"1:2\"";
         QTest::newRow("the device 0") << 0 << " -f avfoundation -framerate 30 -i \"1:0\"";
         QTest::newRow("both: the second input names the screen again")
             << -1 << " -f avfoundation -framerate 30 -i \"1:0\" -f avfoundation -i \"1:2\"";
@@ -37,13 +39,16 @@ private Q_SLOTS:
     {
         const QDateTime time(QDate(2018, 5, 1), QTime(14, 3, 27));
         QCOMPARE(FileStamp(time), QString("2018-05-01 14-03-27"));
-        QCOMPARE(RecordPath("/home/me/ScreenSave", time), QString("/home/me/ScreenSave/2018-05-01 14-03-27.mp4"));
+        QCOMPARE(RecordPath("/home/me/ScreenSave", time),
+                 QString("/home/me/ScreenSave/2018-05-01 14-03-27.mp4"));
     }
 
     void afternoonHoursCountOn()
     {
-        QCOMPARE(FileStamp(QDateTime(QDate(2026, 1, 2), QTime(0, 4, 5))), QString("2026-01-02 00-04-05"));
-        QCOMPARE(FileStamp(QDateTime(QDate(2026, 1, 2), QTime(23, 4, 5))), QString("2026-01-02 23-04-05"));
+        QCOMPARE(FileStamp(QDateTime(QDate(2026, 1, 2), QTime(0, 4, 5))),
+                 QString("2026-01-02 00-04-05"));
+        QCOMPARE(FileStamp(QDateTime(QDate(2026, 1, 2), QTime(23, 4, 5))),
+                 QString("2026-01-02 23-04-05"));
     }
 
     void aFreePathIsKeptAndATakenOneNumbered()

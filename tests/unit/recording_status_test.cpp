@@ -15,7 +15,9 @@ private Q_SLOTS:
         int count = 0;
         for (int cycle = 0; cycle < 3; ++cycle) {
             for (int tick = 1; tick <= 32; ++tick) {
-                const QString expected = tick <= 16 ? ":/image/rec1.png" : tick <= 31 ? ":/image/rec2.png" : "";
+                const QString expected = tick <= 16   ? ":/image/rec1.png"
+                                         : tick <= 31 ? ":/image/rec2.png"
+                                                      : "";
                 QVERIFY2(BlinkImage(count) == expected, qPrintable(QString("tick %1").arg(tick)));
             }
             QCOMPARE(count, 0);
@@ -26,7 +28,8 @@ private Q_SLOTS:
     {
         QCOMPARE(RecordingStatus(0, 0), QString("Recording... \n\n00:00:00\n\n0 Bytes"));
         QCOMPARE(RecordingStatus(61999, 1536), QString("Recording... \n\n00:01:01\n\n1.50 KB"));
-        QCOMPARE(RecordingStatus(3600000, 1LL << 30), QString("Recording... \n\n01:00:00\n\n1.00 GB"));
+        QCOMPARE(RecordingStatus(3600000, 1LL << 30),
+                 QString("Recording... \n\n01:00:00\n\n1.00 GB"));
     }
 
     void theElapsedTimeIsRightAcrossTheWrapOfTheTick()
@@ -48,7 +51,8 @@ private Q_SLOTS:
         const auto volume = quint64(QStorageInfo(directory.path()).bytesAvailable());
         const quint64 below = FreeBytes(directory.filePath("not/there/yet"));
         const quint64 difference = below > volume ? below - volume : volume - below;
-        QVERIFY2(difference < (1U << 30), "not the volume of the existing parent"); // others write too
+        QVERIFY2(difference < (1U << 30),
+                 "not the volume of the existing parent"); // others write too
         QVERIFY(below > 0);
     }
 

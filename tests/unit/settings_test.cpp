@@ -29,7 +29,8 @@ private Q_SLOTS:
         QTest::newRow("blanks and quotes") << "/home/me/my \"best\" 'takes'";
         QTest::newRow("commas and semicolons") << "/home/me/a, b; c=d";
         QTest::newRow("percent and backslash") << "/home/me/100%\\n";
-        QTest::newRow("other letters") << QString::fromUtf8("/home/me/\u5f55\u5c4f/\u00e4\U0001F3A5");
+        QTest::newRow("other letters")
+            << QString::fromUtf8("/home/me/\u5f55\u5c4f/\u00e4\U0001F3A5");
     }
 
     void aWrittenDirectoryIsReadBack()

@@ -1,0 +1,171 @@
+#include "util/disk.h"
+#include "util/wide_text.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cerrno>
+#include <sys/statvfs.h>
+
+#ifdef WRAPS_SYSTEM_CALLS
+namespace {
+bool g_diskFails = false;
+}
+
+extern "C" {
+int __real_statvfs(const char* path, struct statvfs* status); // NOLINT: the linker's names
+int __wrap_statvfs(const char* path, struct statvfs* status); // NOLINT
+int __wrap_statvfs(const char* path, struct statvfs* status)  // NOLINT
+{
+    return g_diskFails ? -1 : __real_statvfs(path, status);
+}
+}
+#endif
+
+namespace {
+
+unsigned long long Joined(unsigned int high, unsigned int low)
+{
+    return (static_cast<unsigned long long>(high) << 32U) | low;
+}
+
+struct FreeSpace
+{
+    int result;
+    unsigned long long bytes;
+    QByteArray path;
+};
+
+FreeSpace FreeSpaceUnder(QByteArray path)
+{
+    unsigned int high = 1;
+    unsigned int low = 1;
+    const int result = rsb_getFreeSpace(path.data(), 0, &high, &low);
+    return {result, Joined(high, low), path.data()};
+}
+
+// What df would print as available, in bytes.
+unsigned long long Available(const char* path)
+{
+    struct statvfs status = {};
+    return statvfs(path, &status) == 0 ? status.f_bavail * status.f_frsize : 0;
+}
+
+} // namespace
+
+class DiskTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QCOMPARE(inner_initUnicodeMap("UTF-8"), 0); }
+
+    void freeSpaceUnderAFolder()
+    {
+        const QTemporaryDir folder;
+        const QByteArray path = folder.path().toUtf8();
+        // Others write to the same disk meanwhile.
+        QTRY_COMPARE(FreeSpaceUnder(path).bytes, Available(path.constData()));
+        QCOMPARE(FreeSpaceUnder(path).result, 0);
+        QCOMPARE(FreeSpaceUnder(path).path, path);
+    }
+
+    void aRelativePathHasNoFreeSpace()
+    {
+        QCOMPARE(FreeSpaceUnder("relative/path").result, 0);
+        QCOMPARE(FreeSpaceUnder("relative/path").bytes, 0ULL);
+        QCOMPARE(FreeSpaceUnder("").result, 0);
+    }
+
+    void aFolderToBeCreatedHasTheSpaceOfItsNearestParent()
+    {
+        QTRY_COMPARE(FreeSpaceUnder("/no/such/dir").bytes, Available("/"));
+        QCOMPARE(FreeSpaceUnder("/no/such/dir").path, QByteArray("/"));
+        const QTemporaryDir folder;
+        const QByteArray path = folder.path().toUtf8();
+        QCOMPARE(FreeSpaceUnder(path + "/a/b/").path, path);
+        QTRY_COMPARE(FreeSpaceUnder(path + "/a/b/").bytes, Available(path.constData()));
+    }
+
+    void aDiskThatDoesNotAnswerIsAFailure()
+    {
+#ifdef WRAPS_SYSTEM_CALLS
+        g_diskFails = true;
+        const FreeSpace space = FreeSpaceUnder("/tmp/some/where");
+        g_diskFails = false;
+        QCOMPARE(space.result, -1);
+        QCOMPARE(space.bytes, 0ULL);
+        QCOMPARE(space.path, QByteArray("/"));
+#else
+        QSKIP("no wrapped system call here");
+#endif
+    }
+
+    void stateOfAnOpenFile()
+    {
+        const QTemporaryDir folder;
+        QFile file(folder.filePath("five"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write("12345"), 5);
+        QVERIFY(file.flush());
+        STRUCT_RSB_FILE_ATTR attr = {};
+        QCOMPARE(rsb_statH(file.handle(), &attr), 0);
+        QCOMPARE(attr.size, 5ULL);
+        QVERIFY2(attr.modificationTime > 1500000000,
+                 "the time of the last change is not of this century");
+        int low = -1;
+        int high = -1;
+        QCOMPARE(rsb_getFileSizeH(file.handle(), &low, &high), 0);
+        QCOMPARE(low, 5);
+        QCOMPARE(high, 0);
+    }
+
+    void sizesOver4GiBComeInTwoHalves()
+    {
+        const QTemporaryDir folder;
+        QFile file(folder.filePath("sparse"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        if (!file.resize((5LL << 32) + 3)) {
+            QSKIP("this disk takes no file of 20 GiB, not even one with nothing in it");
+        }
+        int low = 0;
+        int high = 0;
+        QCOMPARE(rsb_getFileSizeH(file.handle(), &low, &high), 0);
+        QCOMPARE(high, 5);
+        QCOMPARE(low, 3);
+    }
+
+    void aDescriptorThatIsNotOpenFails()
+    {
+        STRUCT_RSB_FILE_ATTR attr = {};
+        int low = 0;
+        int high = 0;
+        QCOMPARE(rsb_statH(-1, &attr), -1);
+        QCOMPARE(rsb_getFileSizeH(-1, &low, &high), -1);
+    }
+
+    void sizeOfAFileByItsWidePath()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QString::fromUtf8("L\u00e4nge"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write("1234567"), 7);
+        file.close();
+        unsigned long long size = 0;
+        QCOMPARE(GetFileByteSize(path.toStdWString().c_str(), size), 0);
+        QCOMPARE(size, 7ULL);
+    }
+
+    void aFileThatCannotBeOpenedGivesTheSystemsError()
+    {
+        unsigned long long size = 77;
+        QCOMPARE(GetFileByteSize(L"/no/such/file", size), ENOENT);
+        QCOMPARE(GetFileByteSize(std::wstring(300, L'x').c_str(), size), EILSEQ);
+        QCOMPARE(size, 77ULL);
+    }
+};
+
+QTEST_APPLESS_MAIN(DiskTest)
+#include "disk_test.moc"

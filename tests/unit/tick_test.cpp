@@ -1,0 +1,80 @@
+#include "util/tick.h"
+
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <limits>
+#include <sys/time.h>
+
+#ifdef WRAPS_SYSTEM_CALLS
+namespace {
+bool g_clockIsBroken = false;
+}
+
+extern "C" {
+int __real_gettimeofday(struct timeval* now, void* zone); // NOLINT: the linker's names
+int __wrap_gettimeofday(struct timeval* now, void* zone); // NOLINT
+int __wrap_gettimeofday(struct timeval* now, void* zone)  // NOLINT
+{
+    if (g_clockIsBroken) {
+        now->tv_sec = std::numeric_limits<time_t>::max();
+        return 0;
+    }
+    return __real_gettimeofday(now, zone);
+}
+}
+#endif
+
+class TickTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void ticksAreMilliseconds()
+    {
+        QElapsedTimer timer;
+        const long long start = rsb_getTickCount();
+        timer.start();
+        QTRY_VERIFY(rsb_getTickCount() >= start + 300);
+        // A tick may have just begun, or just ended, at either end.
+        QVERIFY2(timer.elapsed() >= 280,
+                 qPrintable(QString("300 ms were counted in %1").arg(timer.elapsed())));
+        QCOMPARE(rsb_getTickCount() % 10, 0);
+    }
+
+    void localTime()
+    {
+        SYSTEMTIME time = {};
+        const QDateTime before = QDateTime::currentDateTime();
+        QCOMPARE(rsb_getLocalTime(&time), 0);
+        const QDateTime after = QDateTime::currentDateTime();
+        const QDateTime told(QDate(time.wYear, time.wMonth, time.wDay),
+                             QTime(time.wHour, time.wMinute, time.wSecond, time.wMilliseconds));
+        QVERIFY2(before <= told && told <= after, qPrintable(told.toString(Qt::ISODateWithMs)));
+        QCOMPARE(int(time.wDayOfWeek), told.date().dayOfWeek() % 7);
+    }
+
+    void theDayOfTheMonthStandsBeforeTheDayOfTheWeek()
+    {
+        static_assert(sizeof(SYSTEMTIME) == 16);
+        QVERIFY(offsetof(SYSTEMTIME, wDay) == 4 && offsetof(SYSTEMTIME, wDayOfWeek) == 6);
+    }
+
+    void aTimeBeyondTheCalendarIsAFailure()
+    {
+#ifdef WRAPS_SYSTEM_CALLS
+        SYSTEMTIME time = {};
+        g_clockIsBroken = true;
+        const int result = rsb_getLocalTime(&time);
+        g_clockIsBroken = false;
+        QCOMPARE(result, 34);
+        QCOMPARE(int(time.wYear), 0);
+#else
+        QSKIP("no wrapped system call here");
+#endif
+    }
+};
+
+QTEST_APPLESS_MAIN(TickTest)
+#include "tick_test.moc"

@@ -1,0 +1,10 @@
+foreach(topic disk format path search_key system_info tick wide_text)
+  lumenfold_test(${topic}_test unit SOURCES ${topic}_test.cpp LIBRARIES lumenfold_util)
+endforeach()
+if(NOT APPLE)
+  # Faults that a healthy machine does not produce.
+  target_link_options(disk_test PRIVATE -Wl,--wrap=statvfs)
+  target_link_options(tick_test PRIVATE -Wl,--wrap=gettimeofday)
+  target_compile_definitions(disk_test PRIVATE WRAPS_SYSTEM_CALLS)
+  target_compile_definitions(tick_test PRIVATE WRAPS_SYSTEM_CALLS)
+endif()
