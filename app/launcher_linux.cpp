@@ -12,7 +12,8 @@ namespace {
 QStringList DesktopEnvironment()
 {
     QStringList assignments;
-    for (const char* name : {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR", "PULSE_SERVER"}) {
+    for (const char* name :
+         {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR", "PULSE_SERVER"}) {
         if (qEnvironmentVariableIsSet(name)) {
             assignments << QString(name) + '=' + qEnvironmentVariable(name);
         }
@@ -35,11 +36,12 @@ void RelaunchAsAdministrator(const QString& program)
         QProcess::startDetached(program, {"start"});
         return;
     }
-    // Never freed, and meant to be: freeing it would end the second copy. pkexec refuses to work for
-    // a parent that is gone, so the launcher stays until the question is answered.
+    // Never freed, and meant to be: freeing it would end the second copy. pkexec refuses to work
+    // for a parent that is gone, so the launcher stays until the question is answered.
     auto* pkexec = new QProcess;
     pkexec->setProcessChannelMode(QProcess::ForwardedChannels);
-    pkexec->start("pkexec", QStringList("env") + DesktopEnvironment() + QStringList{program, "start"});
+    pkexec->start("pkexec",
+                  QStringList("env") + DesktopEnvironment() + QStringList{program, "start"});
     if (!pkexec->waitForStarted()) {
         return;
     }

@@ -1,13 +1,12 @@
 #include "app/launcher.h"
-
 #include "jobs/text_codec.h"
 
 #include <QProcess>
 
 #include <Security/Authorization.h>
 
-// AuthorizationExecuteWithPrivileges is deprecated, but nothing else asks for the password and starts
-// a program in one step without an installed helper.
+// AuthorizationExecuteWithPrivileges is deprecated, but nothing else asks for the password and
+// starts a program in one step without an installed helper.
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
 namespace {
@@ -19,8 +18,8 @@ bool AcquireAdministratorRight(AuthorizationRef authorization)
     const AuthorizationFlags flags = kAuthorizationFlagInteractionAllowed |
                                      kAuthorizationFlagExtendRights |
                                      kAuthorizationFlagPreAuthorize; // the password prompt
-    return AuthorizationCopyRights(authorization, &rights, kAuthorizationEmptyEnvironment, flags, nullptr) ==
-           errAuthorizationSuccess;
+    return AuthorizationCopyRights(authorization, &rights, kAuthorizationEmptyEnvironment, flags,
+                                   nullptr) == errAuthorizationSuccess;
 }
 
 } // namespace
@@ -41,8 +40,8 @@ void RelaunchAsAdministrator(const QString& program)
     }
     if (AcquireAdministratorRight(authorization)) {
         // Neither checked nor waited for.
-        AuthorizationExecuteWithPrivileges(authorization, path.constData(), kAuthorizationFlagDefaults,
-                                           arguments, nullptr);
+        AuthorizationExecuteWithPrivileges(authorization, path.constData(),
+                                           kAuthorizationFlagDefaults, arguments, nullptr);
     }
     AuthorizationFree(authorization, kAuthorizationFlagDestroyRights);
 }

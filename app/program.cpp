@@ -2,16 +2,14 @@
 
 #include "app/close_watcher.h"
 #include "app/launcher.h"
-
 #include "jobs/text_codec.h"
-
 #include "ui/drui.h"
-
 #include "util/wide_text.h"
 
 #include <QApplication>
 
 #include <clocale>
+#include <csignal>
 #include <fcntl.h>
 #include <memory>
 #include <unistd.h>
@@ -50,6 +48,8 @@ void RunApplication()
 
 void RunProgram(int& argc, char** argv)
 {
+    // Whoever reads our messages may go: the window, and a recording, must not go with it.
+    std::signal(SIGPIPE, SIG_IGN);
     const QApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C"); // sizes read "1.50 KB" in every language
     InstallTextCodec("GB2312");

@@ -8,7 +8,8 @@ int LeadingNumber(const QString& text, qsizetype position)
 {
     constexpr int limit = 99999999;
     int number = 0;
-    for (; position < text.size() && text.at(position) >= '0' && text.at(position) <= '9'; ++position) {
+    for (; position < text.size() && text.at(position) >= '0' && text.at(position) <= '9';
+         ++position) {
         number = qMin(limit, number * 10 + text.at(position).digitValue());
     }
     return number;
@@ -61,7 +62,8 @@ DeviceListing ParseDeviceListing(const QString& text)
     }
 
     if (listing.microphone != -1 && listing.sound != -1) {
-        listing.choices.append({QT_TRANSLATE_NOOP("QWidget", "Computer sounds and Microphone"), kAudioBoth});
+        listing.choices.append(
+            {QT_TRANSLATE_NOOP("QWidget", "Computer sounds and Microphone"), kAudioBoth});
     }
     if (listing.sound != -1) {
         listing.choices.append({QT_TRANSLATE_NOOP("QWidget", "Computer sounds"), listing.sound});

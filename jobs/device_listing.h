@@ -6,7 +6,7 @@
 // What the tool prints about the capture devices, and what of it can be recorded.
 
 /// Item data of the audio choices that are no device index.
-constexpr int kAudioBoth = -1;              // microphone and computer sounds
+constexpr int kAudioBoth = -1;                   // microphone and computer sounds
 constexpr unsigned int kAudioNone = 4294967294U; // reads as the signed int -2
 
 struct AudioChoice
@@ -19,7 +19,7 @@ struct DeviceListing
 {
     char screen = 0; // first digit of the screen's index; 0 when no screen is listed
     int microphone = -1;
-    int sound = -1; // computer sounds; -1 like the microphone's when there is none
+    int sound = -1;               // computer sounds; -1 like the microphone's when there is none
     QVector<AudioChoice> choices; // in the order in which they are offered
 };
 

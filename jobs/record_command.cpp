@@ -1,7 +1,6 @@
 #include "jobs/record_command.h"
 
 #include "jobs/device_listing.h"
-
 #include "util/path.h"
 
 #include <QFileInfo>
@@ -23,8 +22,8 @@ QString RecordInputs(const RecordDevices& devices, int audio)
     const QString screen(QLatin1Char(devices.screen));
     const QString first = " -f avfoundation -framerate 30 -i ";
     if (audio == kAudioBoth) {
-        return first + Quoted(screen + ':' + QString::number(devices.microphone)) + " -f avfoundation -i " +
-               Quoted(screen + ':' + QString::number(devices.sound));
+        return first + Quoted(screen + ':' + QString::number(devices.microphone)) +
+               " -f avfoundation -i " + Quoted(screen + ':' + QString::number(devices.sound));
     }
     return first + Quoted(audio >= 0 ? screen + ':' + QString::number(audio) : screen);
 }
@@ -52,9 +51,11 @@ QString FreePath(const QString& path)
     return QString::fromWCharArray(out.data());
 }
 
-QString RecordCommand(const QString& tool, const RecordDevices& devices, int audio, const QString& path)
+QString RecordCommand(const QString& tool, const RecordDevices& devices, int audio,
+                      const QString& path)
 {
     return tool + RecordInputs(devices, audio) +
-           " -ar 44100 -r 29.97 -preset ultrafast -max_muxing_queue_size 9999 -async 1 -pix_fmt yuv420p " +
+           " -ar 44100 -r 29.97 -preset ultrafast -max_muxing_queue_size 9999 -async 1 -pix_fmt "
+           "yuv420p " +
            Quoted(path) + ' ';
 }

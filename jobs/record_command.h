@@ -24,4 +24,5 @@ QString FreePath(const QString& path);
 
 /// The whole command line. `audio` is the item data of the audio choice: -1 both devices, 0 and
 /// above one device's index, below -1 no sound. It ends in a blank.
-QString RecordCommand(const QString& tool, const RecordDevices& devices, int audio, const QString& path);
+QString RecordCommand(const QString& tool, const RecordDevices& devices, int audio,
+                      const QString& path);

@@ -1,7 +1,6 @@
 #include "jobs/recording_status.h"
 
 #include "jobs/text_codec.h"
-
 #include "util/format.h"
 
 QString BlinkImage(int& count)

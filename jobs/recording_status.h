@@ -5,7 +5,8 @@
 // What a running recording shows.
 
 /// The tray image of the next timer tick, and the counter after it: 16 ticks of the first image, 15
-/// of the second, one tick that leaves the image as it is (an empty name) and starts the cycle again.
+/// of the second, one tick that leaves the image as it is (an empty name) and starts the cycle
+/// again.
 QString BlinkImage(int& count);
 
 /// Milliseconds from `start` to `now`, both tick counts cut to 32 bits; right across their wrap.

@@ -9,8 +9,8 @@
 // it is used wherever the text of an 8-bit function (times, sizes, log messages, the program's
 // path for the launcher) turns into a QString or back.
 
-/// Makes the codec called `name` (an IANA name, "GB2312" in this program) the one for 8-bit strings.
-/// An unknown name keeps the codec installed before.
+/// Makes the codec called `name` (an IANA name, "GB2312" in this program) the one for 8-bit
+/// strings. An unknown name keeps the codec installed before.
 void InstallTextCodec(const char* name);
 
 /// `text` read through the installed codec; as Latin-1 before the first installation.

@@ -23,8 +23,8 @@ void CMessageBox::InitInfoDialog(QString text) // NOLINT(performance-unnecessary
     close->setGeometry(5, 0, 30, 30);
     close->setIcon(QIcon(":/image/close.png"));
     close->setCursor(Qt::PointingHandCursor);
-    // A slot that the dialog does not have, so the button does nothing. This is meant: OK or a right
-    // click closes the dialog.
+    // A slot that the dialog does not have, so the button does nothing. This is meant: OK or a
+    // right click closes the dialog.
     connect(close, SIGNAL(clicked()), this, SLOT(btnSlotClose()));
     AddTitle(strip, 10, "Info");
 
@@ -64,9 +64,8 @@ void CMessageBox::Close()
     close();
 }
 
-
-// The dialog's layout with the title strip on top. What an earlier Init laid out goes first, so that
-// a dialog that lives longer can ask again.
+// The dialog's layout with the title strip on top. What an earlier Init laid out goes first, so
+// that a dialog that lives longer can ask again.
 QLabel* CMessageBox::StartLayout()
 {
     delete layout();

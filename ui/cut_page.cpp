@@ -24,7 +24,8 @@ void DRUI::current(int /*pos*/) {}
 void DRUI::mplayerDataRecieve() {}
 void DRUI::ReadCutInfo() {}
 
-// These three do nothing, and are meant to: no preview is played, and no job runs on the job thread.
+// These three do nothing, and are meant to: no preview is played, and no job runs on the job
+// thread.
 void DRUI::btnLayout3Play() {}
 void DRUI::CutTableItemDoubleClick(QTableWidgetItem* /*pItem*/) {}
 

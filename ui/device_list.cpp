@@ -1,6 +1,5 @@
 #include "jobs/device_listing.h"
 #include "jobs/tool_runner.h"
-
 #include "ui/drui.h"
 
 #include <QComboBox>
@@ -24,7 +23,8 @@ void DRUI::get_audiodevice_name()
     m_nMicIndex = listing.microphone;
     m_nSoundIndex = listing.sound;
     for (const AudioChoice& choice : listing.choices) {
-        m_pAudioComBox->addItem(QIcon(), QCoreApplication::translate("QWidget", choice.text), choice.data);
+        m_pAudioComBox->addItem(QIcon(), QCoreApplication::translate("QWidget", choice.text),
+                                choice.data);
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "jobs/text_codec.h"
 #include "jobs/tool_runner.h"
-
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 #include "ui/tray_stand_in.h"
@@ -191,10 +190,12 @@ QLineEdit* DRUI::CreateFolderPage(QWidget* page, int versionWidth)
 
     auto* bar = new QLabel(page);
     bar->setMinimumSize(width(), 40);
-    connect(CreateBarButton(bar, {20, 2, 100, 35}, "Back"), SIGNAL(clicked()), this, SLOT(btnSlotBack()));
+    connect(CreateBarButton(bar, {20, 2, 100, 35}, "Back"), SIGNAL(clicked()), this,
+            SLOT(btnSlotBack()));
 
     auto* layout = BareLayout<QVBoxLayout>();
-    layout->addLayout(CreateHeader(page, {width(), width() - 100, versionWidth, Qt::KeepAspectRatio}));
+    layout->addLayout(
+        CreateHeader(page, {width(), width() - 100, versionWidth, Qt::KeepAspectRatio}));
     layout->addSpacing(3);
     layout->addLayout(folderRow);
     layout->addStretch();

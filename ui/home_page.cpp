@@ -25,13 +25,15 @@ void DRUI::InitLayout1Widget()
 
     auto* rows = BareLayout<QVBoxLayout>();
     for (QPushButton* entry : {
-             CreateHomeEntry("The easiest screen recorder to capture any video or audio\n on your computer and "
-                             "save them in high quality",
-                             ":/image/rec.png", SLOT(btnSlot())),
-             CreateHomeEntry("Merge your several capturing screen videos into one file", ":/image/edit.png",
-                             SLOT(btnEditSlot())),
-             CreateHomeEntry("Trim your capturing screen video by setting the start time\nand end time",
-                             ":/image/cut_main.png", SLOT(btnMontageSlot())),
+             CreateHomeEntry(
+                 "The easiest screen recorder to capture any video or audio\n on your computer and "
+                 "save them in high quality",
+                 ":/image/rec.png", SLOT(btnSlot())),
+             CreateHomeEntry("Merge your several capturing screen videos into one file",
+                             ":/image/edit.png", SLOT(btnEditSlot())),
+             CreateHomeEntry(
+                 "Trim your capturing screen video by setting the start time\nand end time",
+                 ":/image/cut_main.png", SLOT(btnMontageSlot())),
          }) {
         auto* row = BareLayout<QHBoxLayout>();
         row->addSpacing(100);
@@ -42,9 +44,10 @@ void DRUI::InitLayout1Widget()
     }
 
     auto* page = BareLayout<QVBoxLayout>();
-    page->addLayout(CreateHeader(m_pLayout1Widget, {stripWidth, stripWidth - 100, 101, Qt::IgnoreAspectRatio}));
+    page->addLayout(
+        CreateHeader(m_pLayout1Widget, {stripWidth, stripWidth - 100, 101, Qt::IgnoreAspectRatio}));
     page->addStretch();
-    page->addLayout(rows);
+    page->addLayout(rows, 3); // more than the stretches around them take: the entries stand apart
     page->addStretch();
     page->addWidget(CreateFooter(m_pLayout1Widget, stripWidth, 11));
     m_pLayout1Widget->setLayout(page);
@@ -83,7 +86,8 @@ void DRUI::btnHelpSlot()
     QDesktopServices::openUrl(HelpPage("help.html"));
 }
 
-void DRUI::btnOpenUrl(QString url) // NOLINT(performance-unnecessary-value-param): the slot's signature
+void DRUI::btnOpenUrl(
+    QString url) // NOLINT(performance-unnecessary-value-param): the slot's signature
 {
     QDesktopServices::openUrl(QUrl(url));
 }

@@ -16,8 +16,8 @@ QLabel* CreateTitleStrip(QWidget* parent, const TitleStripShape& shape)
     title->setAlignment(Qt::AlignLeft);
     SetTextColor(title, Qt::white);
 
-    QLabel* version =
-        CreateText(strip, {shape.versionLeft, 0, shape.versionWidth, 30}, kVersionText, CalibriFont(10));
+    QLabel* version = CreateText(strip, {shape.versionLeft, 0, shape.versionWidth, 30},
+                                 kVersionText, CalibriFont(10));
     SetTextColor(version, Qt::white);
     return strip;
 }
@@ -35,12 +35,14 @@ QLabel* CreateFooter(QWidget* parent, int width, int noticePoints)
     auto* footer = new QLabel(parent);
     footer->setStyleSheet(window_style);
     footer->setMinimumSize(width, 40);
+    const int windowWidth = parent->window()->width();
     if (noticePoints > 0) {
-        QLabel* notice = CreateText(footer, {10, 10, width, 30}, kMakerNotice, CalibriFont(noticePoints));
+        QLabel* notice =
+            CreateText(footer, {10, 10, windowWidth, 30}, kMakerNotice, CalibriFont(noticePoints));
         notice->setAlignment(Qt::AlignHCenter);
         SetTextColor(notice, Qt::white);
     }
-    CreateSeparator(footer, width)->move(0, 0);
+    CreateSeparator(footer, windowWidth)->move(0, 0);
     return footer;
 }
 

@@ -1,6 +1,5 @@
 #include "jobs/duration.h"
 #include "jobs/tool_runner.h"
-
 #include "ui/drui.h"
 
 std::string DRUI::GetVedioTimeSeconds(wchar_t* path)

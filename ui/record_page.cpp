@@ -2,11 +2,9 @@
 #include "jobs/free_space.h"
 #include "jobs/settings.h"
 #include "jobs/text_codec.h"
-
 #include "ui/drui.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
-
 #include "util/format.h"
 
 #include <QComboBox>
@@ -29,7 +27,8 @@ void DRUI::InitLayout2Widget()
 
     auto* page = new QVBoxLayout;
     page->setContentsMargins(0, 0, 0, 0);
-    page->addLayout(CreateHeader(m_pLayout2Widget, {width(), width() - 100, 101, Qt::KeepAspectRatio}));
+    page->addLayout(
+        CreateHeader(m_pLayout2Widget, {width(), width() - 100, 101, Qt::KeepAspectRatio}));
     page->addStretch(3);
     page->addLayout(center);
     page->addStretch(3);

@@ -3,11 +3,9 @@
 #include "jobs/record_command.h"
 #include "jobs/recording_status.h"
 #include "jobs/tool_runner.h"
-
 #include "ui/cmessagebox.h"
 #include "ui/drui.h"
 #include "ui/tray_stand_in.h"
-
 #include "util/tick.h"
 
 #include <QAction>
@@ -56,7 +54,8 @@ void DRUI::btnSlotRecord()
     m_bIsStart = false;
     EnterIdle();
     if (m_nRecorderRet != 0) {
-        QMessageBox::information(this, "Recorder", RecordingFailure(m_nRecorderRet), QMessageBox::Ok);
+        QMessageBox::information(this, "Recorder", RecordingFailure(m_nRecorderRet),
+                                 QMessageBox::Ok);
         m_nRecorderRet = 0;
     }
     ReportStartError();
@@ -114,8 +113,8 @@ int DRUI::StartQProcessRecord()
     QDir().mkdir(directory + '/');
     m_strRecFile = FreePath(RecordPath(directory, QDateTime::currentDateTime()));
 
-    // A run that is still going refuses the start. One that finishes its file makes this a recording
-    // that never begins; one that goes on (after a pause) is this recording.
+    // A run that is still going refuses the start. One that finishes its file makes this a
+    // recording that never begins; one that goes on (after a pause) is this recording.
     const bool finishing = m_bQuitSent && m_pRecProcess->state() != QProcess::NotRunning;
     m_bQuitSent = finishing;
     m_strStartError.clear();
@@ -154,8 +153,9 @@ void DRUI::ReadRecordInfo()
     }
 }
 
-// Pauses the display only: the tool records on into the same file. Resuming asks for a second start,
-// which the process refuses, so the size shown is that of a file that is never made; this is meant.
+// Pauses the display only: the tool records on into the same file. Resuming asks for a second
+// start, which the process refuses, so the size shown is that of a file that is never made; this is
+// meant.
 void DRUI::btnSlotMenuPause()
 {
     if (!m_bIsPause) {
@@ -179,7 +179,8 @@ void DRUI::ReportStartError()
     }
     CMessageBox box(nullptr, {});
     box.setGeometry(x() + width() / 8, y() + height() / 8, 400, 150);
-    box.InitInfoDialog("The recording could not be started: " + std::exchange(m_strStartError, QString()));
+    box.InitInfoDialog("The recording could not be started: " +
+                       std::exchange(m_strStartError, QString()));
     box.exec();
 }
 

@@ -18,7 +18,9 @@ Place LookUp(const std::wstring& path)
 {
     try {
         std::error_code error;
-        const auto type = std::filesystem::symlink_status(path, error).type();
+        // As UTF-32: wide text would be converted by the locale, which may know ASCII alone.
+        const std::filesystem::path utf32(std::u32string(path.begin(), path.end()));
+        const auto type = std::filesystem::symlink_status(utf32, error).type();
         if (type == std::filesystem::file_type::not_found) {
             return Place::Free;
         }

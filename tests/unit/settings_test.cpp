@@ -60,7 +60,6 @@ private Q_SLOTS:
         QTest::newRow("empty") << QByteArray();
         QTest::newRow("binary") << QByteArray("\x00\xff\xfe[=]\n\x01", 8);
         QTest::newRow("another group") << QByteArray("[other]\nsave_path=/x\n");
-        QTest::newRow("open bracket") << QByteArray("[screen_record\nsave_path=/x\n");
         QTest::newRow("a megabyte of nothing") << QByteArray(1 << 20, 'x');
     }
 

@@ -82,7 +82,8 @@ private Q_SLOTS:
     {
         QFETCH(QString, button);
         m_box->InitQuestionDialog("Sure?");
-        QTimer::singleShot(0, m_box.get(), [&] { QTest::mouseClick(Button(button), Qt::LeftButton); });
+        QTimer::singleShot(0, m_box.get(),
+                           [&] { QTest::mouseClick(Button(button), Qt::LeftButton); });
         m_box->exec();
         QTEST(m_box->GetMessageBoxRet(), "answer");
     }
@@ -90,7 +91,8 @@ private Q_SLOTS:
     void aRightClickDismissesWithTheAnswerNo()
     {
         m_box->InitQuestionDialog("Sure?");
-        QTimer::singleShot(0, m_box.get(), [&] { QTest::mouseClick(m_box.get(), Qt::RightButton); });
+        QTimer::singleShot(0, m_box.get(),
+                           [&] { QTest::mouseClick(m_box.get(), Qt::RightButton); });
         m_box->exec();
         QCOMPARE(m_box->GetMessageBoxRet(), 0);
         QVERIFY(!m_box->isVisible());
@@ -98,7 +100,8 @@ private Q_SLOTS:
 
     void theInformationsCloseButtonDoesNothing()
     {
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("No such slot CMessageBox::btnSlotClose"));
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression("No such slot CMessageBox::btnSlotClose"));
         m_box->InitInfoDialog("x");
         m_box->show();
         auto* close = m_box->findChild<QPushButton*>();
@@ -137,7 +140,8 @@ private Q_SLOTS:
 private:
     void MoveWith(Qt::MouseButtons buttons, const QPoint& place)
     {
-        QMouseEvent move(QEvent::MouseMove, place, m_box->mapToGlobal(place), Qt::NoButton, buttons, {});
+        QMouseEvent move(QEvent::MouseMove, place, m_box->mapToGlobal(place), Qt::NoButton, buttons,
+                         {});
         QCoreApplication::sendEvent(m_box.get(), &move);
     }
 

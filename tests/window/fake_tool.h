@@ -23,7 +23,8 @@ inline QString BesideProgram(const QString& name)
 inline void WriteFile(const QString& path, const QByteArray& content)
 {
     QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly | QIODevice::Truncate), qPrintable("cannot write " + path));
+    QVERIFY2(file.open(QIODevice::WriteOnly | QIODevice::Truncate),
+             qPrintable("cannot write " + path));
     file.write(content);
 }
 
@@ -37,7 +38,8 @@ inline void InstallTool(const QByteArray& script)
 {
     QFile::remove(BesideProgram("tool"));
     WriteFile(BesideProgram("tool"), script);
-    QFile::setPermissions(BesideProgram("tool"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    QFile::setPermissions(BesideProgram("tool"),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
 // Lists what stands in "listing"; else "records" into its last argument: a line of progress every
@@ -130,7 +132,8 @@ protected:
 
     QStringList ToolArguments()
     {
-        return QString::fromUtf8(ReadFile(BesideProgram("arguments"))).split('\n', Qt::SkipEmptyParts);
+        return QString::fromUtf8(ReadFile(BesideProgram("arguments")))
+            .split('\n', Qt::SkipEmptyParts);
     }
 
 private:

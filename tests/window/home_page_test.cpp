@@ -27,9 +27,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("page");
-        QTest::newRow("record") << "The easiest screen recorder to capture any video or audio\n on your computer "
-                                   "and save them in high quality"
-                                << 1;
+        QTest::newRow("record")
+            << "The easiest screen recorder to capture any video or audio\n on your computer "
+               "and save them in high quality"
+            << 1;
         QTest::newRow("merge") << "Merge your several capturing screen videos into one file" << 3;
         QTest::newRow("trim")
             << "Trim your capturing screen video by setting the start time\nand end time" << 2;
@@ -54,11 +55,13 @@ private Q_SLOTS:
             }
             ++entries;
             const QRect place(entry->mapTo(Home(), QPoint()), entry->size());
-            QVERIFY2(place.top() > bottom, qPrintable("overlaps what stands above: " + entry->text()));
+            QVERIFY2(place.top() > bottom,
+                     qPrintable("overlaps what stands above: " + entry->text()));
             bottom = place.bottom();
             QCOMPARE(place.left(), 100);
             QCOMPARE(place.width(), 800);
-            QVERIFY2(entry->height() >= entry->sizeHint().height(), qPrintable("cut off: " + entry->text()));
+            QVERIFY2(entry->height() >= entry->sizeHint().height(),
+                     qPrintable("cut off: " + entry->text()));
             QVERIFY(entry->isFlat());
             QCOMPARE(entry->cursor().shape(), Qt::PointingHandCursor);
             QCOMPARE(entry->palette().color(QPalette::ButtonText), QColor(54, 75, 75));
@@ -73,12 +76,14 @@ private Q_SLOTS:
     {
         OpenWindow();
         const QString gap = "\t\t\t\t\t\t\t  ";
-        QCOMPARE(Entry()->styleSheet(),
-                 "QPushButton{background-color:rgb(191, 191, 191);" + gap +
-                     "border-radius: 10px; border: 2px groove white;" + gap +
-                     "border-style: outset;}QPushButton:hover{background-color:rgb(156, 156, 156); }"
-                     "QPushButton:pressed{background-color:rgb(156, 156, 156);border: 2px groove white;" +
-                     gap + "border-style: inset; }");
+        QCOMPARE(
+            Entry()->styleSheet(),
+            "QPushButton{background-color:rgb(191, 191, 191);" + gap +
+                "border-radius: 10px; border: 2px groove white;" + gap +
+                "border-style: outset;}QPushButton:hover{background-color:rgb(156, 156, 156); }"
+                "QPushButton:pressed{background-color:rgb(156, 156, 156);border: 2px groove "
+                "white;" +
+                gap + "border-style: inset; }");
     }
 
     void theHeaderButtonsStandAtTheirPlacesAndOpenTheHelpPages()
@@ -91,7 +96,8 @@ private Q_SLOTS:
             QVERIFY2(button != nullptr, qPrintable(names.at(i)));
             QCOMPARE(button->pos(), QPoint(970 - 30 * i, 40));
             const QSize picture = QPixmap(":/image/" + names.at(i).toLower() + ".png").size();
-            QCOMPARE(button->size(), QSize(int(picture.width() / 2.5), int(picture.height() / 2.5)));
+            QCOMPARE(button->size(),
+                     QSize(int(picture.width() / 2.5), int(picture.height() / 2.5)));
             QCOMPARE(button->iconSize(), button->size());
             QTest::mouseClick(button, Qt::LeftButton);
             QCOMPARE(m_opened.size(), i + 1);
@@ -103,7 +109,8 @@ private Q_SLOTS:
     void anyAddressCanBeOpened()
     {
         DRUI& window = OpenWindow();
-        QVERIFY(QMetaObject::invokeMethod(&window, "btnOpenUrl", Q_ARG(QString, "https://example.org/a?b=c")));
+        QVERIFY(QMetaObject::invokeMethod(&window, "btnOpenUrl",
+                                          Q_ARG(QString, "https://example.org/a?b=c")));
         QCOMPARE(m_opened, QList<QUrl>{QUrl("https://example.org/a?b=c")});
     }
 
@@ -114,7 +121,8 @@ private Q_SLOTS:
         QTest::addColumn<int>("points");
         QTest::newRow("name") << "Lumenfold Screen Recorder" << QRect(65, 12, 300, 30) << 13;
         QTest::newRow("version") << "Version 6.8.8.8" << QRect(899, 0, 101, 30) << 10;
-        QTest::newRow("notice") << "Lumenfold Screen Recorder by Tarvessa" << QRect(10, 10, 1000, 30) << 11;
+        QTest::newRow("notice") << "Lumenfold Screen Recorder by Tarvessa"
+                                << QRect(10, 10, 1000, 30) << 11;
     }
 
     void stripAndFooterShowTheirTexts()

@@ -1,5 +1,4 @@
 #include "app/launcher.h"
-
 #include "jobs/text_codec.h"
 
 #include <QStringList>
@@ -23,8 +22,9 @@ AuthorizationRef Reference()
 
 } // namespace
 
-OSStatus AuthorizationCreate(const AuthorizationRights* rights, const AuthorizationEnvironment* environment,
-                             AuthorizationFlags flags, AuthorizationRef* authorization)
+OSStatus AuthorizationCreate(const AuthorizationRights* rights,
+                             const AuthorizationEnvironment* environment, AuthorizationFlags flags,
+                             AuthorizationRef* authorization)
 {
     g_calls << QString("create rights=%1 environment=%2 flags=%3")
                    .arg(rights != nullptr)
@@ -35,11 +35,12 @@ OSStatus AuthorizationCreate(const AuthorizationRights* rights, const Authorizat
 }
 
 OSStatus AuthorizationCopyRights(AuthorizationRef authorization, const AuthorizationRights* rights,
-                                 const AuthorizationEnvironment* environment, AuthorizationFlags flags,
-                                 AuthorizationRights** authorizedRights)
+                                 const AuthorizationEnvironment* environment,
+                                 AuthorizationFlags flags, AuthorizationRights** authorizedRights)
 {
     const AuthorizationItem& item = rights->items[0];
-    g_calls << QString("copy ours=%1 count=%2 right=%3 value=%4/%5 itemFlags=%6 environment=%7 flags=%8 out=%9")
+    g_calls << QString("copy ours=%1 count=%2 right=%3 value=%4/%5 itemFlags=%6 environment=%7 "
+                       "flags=%8 out=%9")
                    .arg(authorization == Reference())
                    .arg(rights->count)
                    .arg(item.name)
@@ -116,9 +117,11 @@ private Q_SLOTS:
 
 private:
     const QString kCreate = "create rights=0 environment=0 flags=0";
-    const QString kCopy = "copy ours=1 count=1 right=system.privilege.admin value=0/0 itemFlags=0 environment=0 "
-                          "flags=13 out=0";
-    const QString kExecute = "execute ours=1 path=2f612fd6d0 options=0 arguments=start pipe=0"; // in GB2312
+    const QString kCopy =
+        "copy ours=1 count=1 right=system.privilege.admin value=0/0 itemFlags=0 environment=0 "
+        "flags=13 out=0";
+    const QString kExecute =
+        "execute ours=1 path=2f612fd6d0 options=0 arguments=start pipe=0"; // in GB2312
     const QString kFree = "free ours=1 flags=8";
 };
 

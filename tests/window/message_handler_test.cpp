@@ -1,7 +1,5 @@
 #include "app/message_handler.h"
-
 #include "jobs/text_codec.h"
-
 #include "tests/window/fake_tool.h"
 
 #include <QTemporaryDir>

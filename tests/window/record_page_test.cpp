@@ -1,7 +1,5 @@
 #include "jobs/free_space.h"
-
 #include "tests/window/fake_tool.h"
-
 #include "util/format.h"
 
 #include <QComboBox>
@@ -22,7 +20,9 @@ private Q_SLOTS:
     void theAudioChoicesAreThoseOfTheListingAndNone()
     {
         OpenWindow();
-        QCOMPARE(Choices(), QString("Computer sounds and Microphone=-1; Computer sounds=2; Microphone=0; None=-2"));
+        QCOMPARE(
+            Choices(),
+            QString("Computer sounds and Microphone=-1; Computer sounds=2; Microphone=0; None=-2"));
         QCOMPARE(DRUI::m_pAudioComBox->currentIndex(), 0);
         QCOMPARE(DRUI::m_pAudioComBox->itemData(3), QVariant(4294967294U));
     }
@@ -31,7 +31,8 @@ private Q_SLOTS:
     {
         InstallTool("#!/bin/sh\nprintf '%s\\n' \"$@\" >\"$(dirname \"$0\")/arguments\"\n");
         OpenWindow();
-        QCOMPARE(ToolArguments(), QStringList({"-f", "avfoundation", "-list_devices", "true", "-i", " "}));
+        QCOMPARE(ToolArguments(),
+                 QStringList({"-f", "avfoundation", "-list_devices", "true", "-i", " "}));
     }
 
     void withoutASoundDeviceNoneIsTheOnlyChoice_data()
@@ -41,8 +42,10 @@ private Q_SLOTS:
             << QByteArray("#!/bin/sh\necho 'x video devices:'; echo 'x [0] Capture screen 0'\n");
         QTest::newRow("a tool that prints nothing") << QByteArray("#!/bin/sh\n");
         QTest::newRow("a tool that dies at once") << QByteArray("#!/bin/sh\nkill -9 $$\n");
-        QTest::newRow("a tool that prints zero bytes") << QByteArray("#!/bin/sh\nhead -c 100000 /dev/zero\n");
-        QTest::newRow("a tool that is no program") << QByteArray("\x7f" "ELF garbage");
+        QTest::newRow("a tool that prints zero bytes")
+            << QByteArray("#!/bin/sh\nhead -c 100000 /dev/zero\n");
+        QTest::newRow("a tool that is no program") << QByteArray("\x7f"
+                                                                 "ELF garbage");
     }
 
     void withoutASoundDeviceNoneIsTheOnlyChoice()
@@ -70,9 +73,12 @@ private Q_SLOTS:
 
     void aListingThatFloodsTheWindowIsCutOff()
     {
-        InstallTool("#!/bin/sh\ncat \"$(dirname \"$0\")/listing\"; yes 'noise without end' | head -c 200000000\n");
+        InstallTool("#!/bin/sh\ncat \"$(dirname \"$0\")/listing\"; yes 'noise without end' | head "
+                    "-c 200000000\n");
         OpenWindow();
-        QCOMPARE(Choices(), QString("Computer sounds and Microphone=-1; Computer sounds=2; Microphone=0; None=-2"));
+        QCOMPARE(
+            Choices(),
+            QString("Computer sounds and Microphone=-1; Computer sounds=2; Microphone=0; None=-2"));
     }
 
     void choosingASoundStoresItsData()
@@ -108,12 +114,14 @@ private Q_SLOTS:
     {
         OpenWindow();
         const QString gap = "\t\t\t\t\t\t\t\t   ";
-        QCOMPARE(Child<QPushButton>("m_pRecordBtn")->styleSheet(),
-                 "QPushButton{background-color:rgb(191, 191, 191);" + gap +
-                     "border-radius: 10px; border: 2px groove white;" + gap +
-                     "border-style: outset;}QPushButton:hover{background-color:rgb(156, 156, 156); }"
-                     "QPushButton:pressed{background-color:rgb(156, 156, 156);border: 2px groove white;" +
-                     gap + "border-style: inset; }");
+        QCOMPARE(
+            Child<QPushButton>("m_pRecordBtn")->styleSheet(),
+            "QPushButton{background-color:rgb(191, 191, 191);" + gap +
+                "border-radius: 10px; border: 2px groove white;" + gap +
+                "border-style: outset;}QPushButton:hover{background-color:rgb(156, 156, 156); }"
+                "QPushButton:pressed{background-color:rgb(156, 156, 156);border: 2px groove "
+                "white;" +
+                gap + "border-style: inset; }");
     }
 
     void theFirstStartShowsTheHomeDirectoryAndMakesNoSettingsFile()
@@ -130,7 +138,8 @@ private Q_SLOTS:
     {
         OpenWindow();
         const QString shown = Child<QLabel>("m_pFreeSpaceLabel")->text();
-        QVERIFY2(shown.contains(QRegularExpression("^[0-9]+\\.[0-9]{2} [KMGT]B$")), qPrintable(shown));
+        QVERIFY2(shown.contains(QRegularExpression("^[0-9]+\\.[0-9]{2} [KMGT]B$")),
+                 qPrintable(shown));
     }
 
     void anEmptySaveDirectoryLeavesTheFreeSpaceUnknown()
@@ -173,7 +182,8 @@ private:
         return choices.join("; ");
     }
 
-    // Presses the folder button and answers the dialog: with `path`, or with Cancel when it is null.
+    // Presses the folder button and answers the dialog: with `path`, or with Cancel when it is
+    // null.
     void ChooseDirectory(const QString& path)
     {
         bool answered = false;

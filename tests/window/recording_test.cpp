@@ -28,7 +28,8 @@ private Q_SLOTS:
         QCOMPARE(Entry(1)->text(), QString("Stop"));
         QCOMPARE(Child<QTimer>("m_pRecTimer")->interval(), 200);
         QTRY_VERIFY(DRUI::m_pStereoMix->text().startsWith("Recording... \n\n00:00:0"));
-        QTRY_VERIFY2(!DRUI::m_pStereoMix->text().endsWith("\n0 Bytes"), "the file's size is not shown");
+        QTRY_VERIFY2(!DRUI::m_pStereoMix->text().endsWith("\n0 Bytes"),
+                     "the file's size is not shown");
         QVERIFY(!DRUI::m_pStereoMix->isHidden());
     }
 
@@ -52,9 +53,11 @@ private Q_SLOTS:
         DRUI::m_pAudioComBox->setCurrentText(choice);
         Press("Record");
         QTRY_COMPARE(Recordings().size(), 1);
-        const QStringList fixed{"-ar",    "44100", "-r",       "29.97",   "-preset", "ultrafast", "-max_muxing_queue_size",
-                                "9999",   "-async", "1",       "-pix_fmt", "yuv420p"};
-        QCOMPARE(ToolArguments(), inputs + fixed + QStringList{SaveDirectory() + '/' + Recordings().first()});
+        const QStringList fixed{
+            "-ar",  "44100",  "-r", "29.97",    "-preset", "ultrafast", "-max_muxing_queue_size",
+            "9999", "-async", "1",  "-pix_fmt", "yuv420p"};
+        QCOMPARE(ToolArguments(),
+                 inputs + fixed + QStringList{SaveDirectory() + '/' + Recordings().first()});
     }
 
     void theFileIsNamedByItsStart()
@@ -116,15 +119,17 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(SaveDirectory()));
         const QDateTime now = QDateTime::currentDateTime();
         for (int i = 0; i < 30; ++i) { // every second that the test may need
-            WriteFile(SaveDirectory() + now.addSecs(i).toString("/yyyy-MM-dd hh-mm-ss'.mp4'"), "mine");
+            WriteFile(SaveDirectory() + now.addSecs(i).toString("/yyyy-MM-dd hh-mm-ss'.mp4'"),
+                      "mine");
         }
         EnterRecordPage();
         Press("Record");
         QTRY_COMPARE(Recordings().size(), 31);
         QVERIFY2(ToolArguments().last().endsWith(" (1).mp4"), qPrintable(ToolArguments().last()));
         for (int i = 0; i < 30; ++i) {
-            QCOMPARE(ReadFile(SaveDirectory() + now.addSecs(i).toString("/yyyy-MM-dd hh-mm-ss'.mp4'")),
-                     QByteArray("mine"));
+            QCOMPARE(
+                ReadFile(SaveDirectory() + now.addSecs(i).toString("/yyyy-MM-dd hh-mm-ss'.mp4'")),
+                QByteArray("mine"));
         }
     }
 
@@ -163,7 +168,8 @@ private Q_SLOTS:
         for (int tick = 1; tick <= 32; ++tick) {
             Call("doTimerRec");
             const QImage shown = icon->icon().pixmap(22, 22).toImage();
-            QVERIFY2(shown == (tick <= 16 ? first : second), qPrintable(QString("tick %1").arg(tick)));
+            QVERIFY2(shown == (tick <= 16 ? first : second),
+                     qPrintable(QString("tick %1").arg(tick)));
         }
     }
 
@@ -183,7 +189,8 @@ private Q_SLOTS:
         EnterRecordPage();
         Press("Record");
         DRUI::m_nRecorderRet = 1;
-        QCOMPARE(MessageAfter("btnSlotRecord"), QString("Recorder: Record failed. Create mp4 file failed."));
+        QCOMPARE(MessageAfter("btnSlotRecord"),
+                 QString("Recorder: Record failed. Create mp4 file failed."));
         QCOMPARE(DRUI::m_nRecorderRet, 0);
     }
 
@@ -202,7 +209,8 @@ private Q_SLOTS:
         WriteFile(BesideProgram("ScreenRecord.ini"), "[screen_record]\nsave_path=relative\n");
         EnterRecordPage();
         Press("Record");
-        QCOMPARE(MessageAfter("doTimerRec"), QString("Recorder: Not enough space, recording stopped."));
+        QCOMPARE(MessageAfter("doTimerRec"),
+                 QString("Recorder: Not enough space, recording stopped."));
         QVERIFY(!DRUI::m_bIsStart);
         QVERIFY(Window().isVisible());
     }
@@ -215,7 +223,8 @@ private Q_SLOTS:
         QVERIFY(DRUI::m_bIsStart);
         QTRY_VERIFY(DRUI::m_pStereoMix->text().endsWith("\n\n0 Bytes"));
         const QString message = MessageAfter("btnSlotRecord");
-        QVERIFY2(message.startsWith("Tarvessa Data Tool: The recording could not be started: "), qPrintable(message));
+        QVERIFY2(message.startsWith("Tarvessa Data Tool: The recording could not be started: "),
+                 qPrintable(message));
     }
 
     void theCountersThatNothingReadsAreZero()
@@ -223,7 +232,8 @@ private Q_SLOTS:
         DRUI::m_n64AudioFrames = 5;
         EnterRecordPage();
         QCOMPARE(DRUI::m_n64AudioFrames, 0);
-        for (const char* slot : {"btnSlotRecord", "btnSlotRecord", "btnSlotMenuStop", "btnSlotMenuStop"}) {
+        for (const char* slot :
+             {"btnSlotRecord", "btnSlotRecord", "btnSlotMenuStop", "btnSlotMenuStop"}) {
             DRUI::m_n64AudioFrames = 5;
             AnswerBoxes();
             Call(slot);
@@ -237,7 +247,8 @@ private:
 
     QAction* Entry(int position)
     {
-        return Window().findChildren<QSystemTrayIcon*>().last()->contextMenu()->actions().at(position);
+        return Window().findChildren<QSystemTrayIcon*>().last()->contextMenu()->actions().at(
+            position);
     }
 
     static QImage Picture(const QString& name) { return QIcon(name).pixmap(22, 22).toImage(); }
@@ -254,7 +265,8 @@ private:
             }
             auto* text = box->findChild<QLabel*>("m_pMessageLabel");
             auto* standard = qobject_cast<QMessageBox*>(box);
-            m_message = box->windowTitle() + ": " + (standard != nullptr ? standard->text() : text->text());
+            m_message =
+                box->windowTitle() + ": " + (standard != nullptr ? standard->text() : text->text());
             box->close();
         });
         m_answer.start(10);

@@ -16,7 +16,8 @@ private Q_SLOTS:
         m_directory = std::make_unique<QTemporaryDir>();
         m_work = m_directory->filePath("work");
         QVERIFY(QDir().mkdir(m_work));
-        QVERIFY(QFile::copy(QString(LUMENFOLD_BIN_DIR) + "/lumenfold-recorder", m_directory->filePath("recorder")));
+        QVERIFY(QFile::copy(QString(LUMENFOLD_BIN_DIR) + "/lumenfold-recorder",
+                            m_directory->filePath("recorder")));
         InstallBeside("tool", "#!/bin/sh\nexit 1\n");
         QFile(m_directory->path()).setPermissions(QFile::Permissions(0x7755));
         QFile(m_work).setPermissions(QFile::Permissions(0x7777));
@@ -81,7 +82,8 @@ private Q_SLOTS:
     {
         QVERIFY(QDir().mkdir(m_work + "/Out.txt"));
         Start({"start"});
-        QTRY_VERIFY(m_program->readAllStandardError().contains("-list_devices true"));
+        QByteArray messages;
+        QTRY_VERIFY((messages += m_program->readAllStandardError()).contains("-list_devices true"));
         QCOMPARE(m_program->state(), QProcess::Running);
     }
 
@@ -104,12 +106,14 @@ private Q_SLOTS:
     void withoutRightsTheLauncherAsksThroughPkexec()
     {
         InstallBeside("pkexec", "#!/bin/sh\n{ echo \"$@\"; echo cwd=$PWD; } >>asked\n");
-        const QString expected = "env DISPLAY=:7 XDG_RUNTIME_DIR=/run/x PULSE_SERVER=unix:/p " +
-                                 m_directory->filePath("recorder") + " start\n";
+        const QString expected = "env DISPLAY=:7 XDG_RUNTIME_DIR=" + m_directory->filePath("run") +
+                                 " PULSE_SERVER=unix:/p " + m_directory->filePath("recorder") +
+                                 " start\n";
         StartWithoutRights();
         QVERIFY2(m_program->waitForFinished(20000), "the launcher did not end");
         QCOMPARE(m_program->exitCode(), 0);
-        QVERIFY2(ReadFile(m_work + "/asked").startsWith(expected.toUtf8()), ReadFile(m_work + "/asked"));
+        QVERIFY2(ReadFile(m_work + "/asked").startsWith(expected.toUtf8()),
+                 ReadFile(m_work + "/asked"));
         QVERIFY2(!QFile::exists(m_work + "/Out.txt"), "the launcher showed a window");
     }
 
@@ -119,7 +123,8 @@ private Q_SLOTS:
         StartWithoutRights();
         QVERIFY(m_program->waitForFinished(20000));
         QCOMPARE(m_program->exitCode(), 0);
-        QCOMPARE(m_program->readAllStandardOutput() + m_program->readAllStandardError(), QByteArray());
+        QCOMPARE(m_program->readAllStandardOutput() + m_program->readAllStandardError(),
+                 QByteArray());
     }
 
 private:
@@ -142,13 +147,17 @@ private:
         environment.insert("PATH", m_directory->path() + ":/usr/bin:/bin:/usr/sbin:/sbin");
         environment.insert("QT_QPA_PLATFORM", "offscreen");
         environment.insert("DISPLAY", ":7");
-        environment.insert("XDG_RUNTIME_DIR", "/run/x");
+        environment.insert("XDG_RUNTIME_DIR", m_directory->filePath("run"));
         environment.insert("PULSE_SERVER", "unix:/p");
         environment.insert("UNRELATED", "1");
         m_program->setProcessEnvironment(environment);
+        const QString run = m_directory->filePath("run");
+        QVERIFY(QDir().mkdir(run) && QFile::setPermissions(run, QFile::Permissions(0x7700)));
         const QString recorder = m_directory->filePath("recorder");
         if (geteuid() == 0) {
-            m_program->start("setpriv", {"--reuid=65534", "--regid=65534", "--clear-groups", recorder});
+            QCOMPARE(chown(qPrintable(run), 65534, 65534), 0);
+            m_program->start("setpriv",
+                             {"--reuid=65534", "--regid=65534", "--clear-groups", recorder});
         } else {
             m_program->start(recorder, {});
         }
@@ -159,11 +168,14 @@ private:
     void LaunchAndExpect(const QStringList& arguments)
     {
         // In place of the real executable's second run: the launcher starts its own path.
-        InstallBeside("tool", "#!/bin/sh\necho $PPID >pid\ntr '\\0' '\\n' </proc/$PPID/cmdline >copy\nexit 1\n");
+        InstallBeside(
+            "tool",
+            "#!/bin/sh\necho $PPID >pid\ntr '\\0' '\\n' </proc/$PPID/cmdline >copy\nexit 1\n");
         Start(arguments);
         QVERIFY2(m_program->waitForFinished(20000), "the launcher did not end");
         QCOMPARE(m_program->exitCode(), 0);
-        QTRY_VERIFY2_WITH_TIMEOUT(ReadFile(m_work + "/copy").size() > 0, "no second copy ran", 20000);
+        QTRY_VERIFY2_WITH_TIMEOUT(ReadFile(m_work + "/copy").size() > 0, "no second copy ran",
+                                  20000);
         const auto pid = static_cast<pid_t>(ReadFile(m_work + "/pid").trimmed().toInt());
         const QByteArray copy = ReadFile(m_work + "/copy");
         QVERIFY(pid > 1);

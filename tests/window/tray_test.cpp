@@ -1,5 +1,4 @@
 #include "tests/window/fake_tool.h"
-
 #include "ui/tray_stand_in.h"
 
 #include <QAction>
