@@ -46,9 +46,9 @@ void DRUI::InitLayout1Widget()
     auto* page = BareLayout<QVBoxLayout>();
     page->addLayout(
         CreateHeader(m_pLayout1Widget, {stripWidth, stripWidth - 100, 101, Qt::IgnoreAspectRatio}));
-    page->addStretch();
-    page->addLayout(rows, 3); // more than the stretches around them take: the entries stand apart
-    page->addStretch();
+    page->addStretch(1);
+    page->addLayout(rows, 10); // the stretches around would take all the room between the entries
+    page->addStretch(1);
     page->addWidget(CreateFooter(m_pLayout1Widget, stripWidth, 11));
     m_pLayout1Widget->setLayout(page);
 }

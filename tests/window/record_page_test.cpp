@@ -198,7 +198,7 @@ private:
                 dialog->reject();
                 return;
             }
-            dialog->selectFile(path);
+            dialog->findChild<QLineEdit*>("fileNameEdit")->setText(path);
             QMetaObject::invokeMethod(dialog, "accept");
         });
         timer.start(10);
