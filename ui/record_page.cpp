@@ -87,6 +87,9 @@ void DRUI::AddSaveDirectory(QWidget* panel)
     m_pSaveDirEdit->setFont(CalibriFont(12, QFont::Bold));
     m_pSaveDirEdit->setStyleSheet(field_style);
     m_pSaveDirEdit->setEnabled(false);
+    QPalette palette = m_pSaveDirEdit->palette();
+    palette.setColor(QPalette::Disabled, QPalette::Text, Qt::black); // else it is grey on grey
+    m_pSaveDirEdit->setPalette(palette);
     m_pSaveDirEdit->setCursorPosition(1);
     m_pSaveDirEdit->setAccessibleName("Save directory");
 

@@ -150,6 +150,20 @@ private Q_SLOTS:
         QCOMPARE(Child<QLabel>("m_pFreeSpaceLabel")->text(), QString("Unknow"));
     }
 
+    // The field is disabled and its style gives no colour for the text.
+    void theSaveDirectoryIsLegible()
+    {
+        EnterRecordPage();
+        const QImage image = Child<QLineEdit>("m_pSaveDirEdit")->grab().toImage();
+        int dark = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                dark += image.pixelColor(x, y).lightness() < 80 ? 1 : 0;
+            }
+        }
+        QVERIFY2(dark > 100, qPrintable(QString("%1 dark pixels are no text").arg(dark)));
+    }
+
     void cancellingTheChooserChangesNothing()
     {
         EnterRecordPage();
