@@ -4,6 +4,7 @@
 // Exit codes of its own: 1 for a list (as ffmpeg, whose list ends in an error) and for a device
 // that does not exist, 127 when there is no ffmpeg.
 #include "tool/arguments.h"
+#include "tool/early_keys.h"
 #include "tool/ffmpeg_program.h"
 #include "tool/listing.h"
 #include "tool/monitors.h"
@@ -30,6 +31,7 @@ namespace {
 constexpr int failed = 1;
 constexpr int noProgram = 127;
 constexpr std::chrono::milliseconds soundPatience{1500};
+constexpr std::chrono::milliseconds untilFirstPicture{1000}; // measured: 130 ms
 
 std::string Variable(const char* name)
 {
@@ -152,6 +154,7 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     // Should the recorder die, nobody would stop ffmpeg: this signal makes it finish the file. It
     // survives the exec.
     prctl(PR_SET_PDEATHSIG, SIGTERM);
+    tool::HoldEarlyKeys(STDIN_FILENO, untilFirstPicture);
     if (!sources->empty()) {
         const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments)});
         if (pipe < 0) {

@@ -1,6 +1,8 @@
 # `tool` is for Linux only.
 if(TARGET tool)
   lumenfold_test(tool_arguments_test unit SOURCES tool_arguments_test.cpp LIBRARIES lumenfold_tool_core)
+  lumenfold_test(tool_early_keys_test unit SOURCES tool_early_keys_test.cpp LIBRARIES
+                 lumenfold_tool_core)
   lumenfold_test(tool_listing_test unit SOURCES tool_listing_test.cpp LIBRARIES lumenfold_tool_core)
   lumenfold_test(tool_sound_track_test unit SOURCES tool_sound_track_test.cpp LIBRARIES
                  lumenfold_tool_core)
