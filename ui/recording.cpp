@@ -136,6 +136,8 @@ void DRUI::doTimerRec()
     const QFileInfo file(m_strRecFile);
     m_pStereoMix->setText(
         RecordingStatus(ElapsedMs(m_nRecStartTick, TickNow()), file.exists() ? file.size() : 0));
+    // Its place is made for 72 dots to the inch; where letters are larger, it grows downwards.
+    m_pStereoMix->resize(m_pStereoMix->size().expandedTo(m_pStereoMix->sizeHint()));
     if (FreeBytes(m_pSaveDirEdit->text()) < kLeastFreeBytes) {
         m_nRecorderRet = kStoppedForSpace;
         btnSlotRecord();

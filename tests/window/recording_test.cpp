@@ -31,6 +31,8 @@ private Q_SLOTS:
         QTRY_VERIFY2(!DRUI::m_pStereoMix->text().endsWith("\n0 Bytes"),
                      "the file's size is not shown");
         QVERIFY(!DRUI::m_pStereoMix->isHidden());
+        QVERIFY2(DRUI::m_pStereoMix->height() >= DRUI::m_pStereoMix->sizeHint().height(),
+                 "the status text is cut off");
     }
 
     void theToolGetsTheCommandOfTheAudioChoice_data()
