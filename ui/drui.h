@@ -1,7 +1,6 @@
 #pragma once
 
 #include "jobs/job_thread.h"
-
 #include "ui_drui.h"
 
 #include <QMainWindow>
@@ -46,11 +45,11 @@ public:
     void Init();
 
     // --- recording: one at a time in the whole program ---
-    static bool m_bIsStart;          // a recording runs
-    static bool m_bIsPause;          // its status display is paused
-    static int m_nRecorderRet;       // 0, -101 stopped for lack of space, else no file could be made
-    static qint64 m_n64AudioFrames;  // 0 at every start and stop; nothing else reads it
-    static QLabel* m_pStereoMix;     // status text on the record page
+    static bool m_bIsStart;         // a recording runs
+    static bool m_bIsPause;         // its status display is paused
+    static int m_nRecorderRet;      // 0, -101 stopped for lack of space, else no file could be made
+    static qint64 m_n64AudioFrames; // 0 at every start and stop; nothing else reads it
+    static QLabel* m_pStereoMix;    // status text on the record page
     static QComboBox* m_pAudioComBox;
     static unsigned int m_nSelectedDeviceID; // the audio choice's data; nothing reads it
 
@@ -179,7 +178,7 @@ private:
     int m_nBlinkCount = 0;
     [[maybe_unused]] qint64 m_n64RecSpare = 0; // set with the blink counter, read by nothing
     QString m_strRecFile;
-    QString m_strStartError; // why the recording that is shown never started
+    QString m_strStartError;  // why the recording that is shown never started
     bool m_bQuitSent = false; // the running tool has been asked to finish
 
     // --- system tray: tray.cpp ---

@@ -16,10 +16,10 @@ inline constexpr auto kMakerNotice = "Lumenfold Screen Recorder by Tarvessa";
 /// Where a page's title strip differs from the others'.
 struct TitleStripShape
 {
-    int width;                   // of strip and separator
-    int versionLeft;             // of the version text
+    int width;       // of strip and separator
+    int versionLeft; // of the version text
     int versionWidth;
-    Qt::AspectRatioMode logo;    // how the logo fills its 30 by 50
+    Qt::AspectRatioMode logo; // how the logo fills its 30 by 50
 };
 
 /// The strip with logo, product name and version; the header buttons are the window's to add.

@@ -120,7 +120,8 @@ int DRUI::StartQProcessRecord()
     m_strStartError.clear();
     const RecordDevices devices{m_cScreenIndex, m_nMicIndex, m_nSoundIndex};
     if (!StartTool(*m_pRecProcess, RecordCommand(ToolPrefix(), devices, audio, m_strRecFile))) {
-        m_strStartError = m_pRecProcess->errorString();
+        // "execvp: No such file or directory" tells the user less than which file.
+        m_strStartError = "tool: " + m_pRecProcess->errorString().section(": ", -1);
     } else if (finishing) {
         m_strStartError = "the recording before it was still being finished";
     }

@@ -11,8 +11,8 @@ TrayStandIn::TrayStandIn()
     setWindowIcon(QIcon(":/image/rec1.png"));
     auto* box = new QVBoxLayout(this);
     box->addWidget(new QLabel(tr("Lumenfold Screen Recorder is recording."), this));
-    // A window without a size of its own would be sized after it was minimised, and mapped again: that
-    // restores it.
+    // A window without a size of its own would be sized after it was minimised, and mapped again:
+    // that restores it.
     setFixedSize(sizeHint());
 }
 
