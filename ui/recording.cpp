@@ -138,7 +138,8 @@ void DRUI::doTimerRec()
     m_pStereoMix->setText(
         RecordingStatus(ElapsedMs(m_nRecStartTick, TickNow()), file.exists() ? file.size() : 0));
     // Its place is made for 72 dots to the inch; where letters are larger, it grows downwards.
-    m_pStereoMix->resize(m_pStereoMix->size().expandedTo(m_pStereoMix->sizeHint()));
+    m_pStereoMix->resize(m_pStereoMix->width(),
+                         qMax(m_pStereoMix->height(), m_pStereoMix->sizeHint().height()));
     if (FreeBytes(m_pSaveDirEdit->text()) < kLeastFreeBytes) {
         m_nRecorderRet = kStoppedForSpace;
         btnSlotRecord();
