@@ -31,7 +31,7 @@ public:
     int Input() const { return m_ends[0]; }
     bool Type(const QByteArray& keys)
     {
-        return write(m_ends[1], keys.data(), keys.size()) == keys.size();
+        return write(m_ends[1], keys.data(), static_cast<size_t>(keys.size())) == keys.size();
     }
     void StopTyping()
     {
