@@ -12,14 +12,14 @@ TrayStandIn::TrayStandIn()
     setWindowIcon(QIcon(":/image/rec1.png"));
     auto* box = new QVBoxLayout(this);
     box->addWidget(new QLabel(tr("Lumenfold Screen Recorder is recording."), this));
-    // A window without a size of its own would be sized after it was minimised, and mapped again:
-    // that restores it.
-    setFixedSize(sizeHint());
 }
 
 void TrayStandIn::ShowWithoutTray()
 {
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
+        // A window without a size of its own would be sized after it was minimised, and mapped
+        // again: that restores it.
+        setFixedSize(sizeHint());
         showMinimized();
     }
 }
