@@ -1,12 +1,14 @@
 // `tool`: the stock ffmpeg behind the capture interface that the recorder speaks. Lists the devices
-// itself; for all else it translates the arguments and becomes ffmpeg.
+// and tells the duration of an undoubtful MP4 itself; for all else it translates the arguments and
+// becomes ffmpeg.
 //
-// Exit codes of its own: 1 for a list (as ffmpeg, whose list ends in an error) and for a device
-// that does not exist, 127 when there is no ffmpeg.
+// Exit codes of its own: 1 for a list or a duration (as ffmpeg, which ends either with an error)
+// and for a device that does not exist, 127 when there is no ffmpeg.
 #include "tool/arguments.h"
 #include "tool/ffmpeg_program.h"
 #include "tool/listing.h"
 #include "tool/monitors.h"
+#include "tool/movie.h"
 #include "tool/remembered_devices.h"
 #include "tool/sound_devices.h"
 #include "tool/sound_feeder.h"
@@ -167,6 +169,12 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
 int main(int count, char** values)
 {
     const tool::Arguments arguments(values + (count > 0 ? 1 : 0), values + count);
+    if (arguments.size() == 2 && arguments.front() == "-i") {
+        if (const auto text = tool::ProbeText(arguments.back())) {
+            std::fwrite(text->data(), 1, text->size(), stderr);
+            return failed;
+        }
+    }
     const tool::Request request = tool::ReadRequest(arguments);
     if (request.kind == tool::RequestKind::ListDevices) {
         return PrintListing();

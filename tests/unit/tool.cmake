@@ -9,5 +9,10 @@ if(TARGET tool)
   lumenfold_test(
     tool_program_test unit SOURCES tool_program_test.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
     TOOL_PROGRAM="$<TARGET_FILE:tool>")
-  add_dependencies(tool_program_test tool)
+  lumenfold_test(
+    tool_probe_test unit SOURCES tool_probe_test.cpp tool_movies.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
+    TOOL_PROGRAM="$<TARGET_FILE:tool>")
+  foreach(test tool_program_test tool_probe_test)
+    add_dependencies(${test} tool)
+  endforeach()
 endif()
