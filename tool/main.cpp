@@ -5,7 +5,9 @@
 // Exit codes of its own: 1 for a list or a duration (as ffmpeg, which ends either with an error)
 // and for a device that does not exist, 127 when there is no ffmpeg.
 #include "tool/arguments.h"
+#include "tool/cut.h"
 #include "tool/ffmpeg_program.h"
+#include "tool/frugal_file.h"
 #include "tool/listing.h"
 #include "tool/monitors.h"
 #include "tool/movie.h"
@@ -164,6 +166,23 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     return Become(ffmpeg, tool::TranslateCapture(arguments, plan));
 }
 
+// A cut from behind the end is left as it is: sought, it would give the last pictures.
+bool BeginsInside(const tool::Cut& cut)
+{
+    constexpr int64_t second = 1000000;
+    tool::FrugalFile file(cut.source, tool::movieAllowance);
+    const auto movie = tool::ReadMovie(file);
+    return !movie || !movie->duration || movie->fragmented ||
+           cut.start < (*movie->duration + second - 1) / second;
+}
+
+tool::Arguments Translate(const tool::Arguments& arguments)
+{
+    const auto cut = tool::ReadCut(arguments);
+    return cut && BeginsInside(*cut) ? tool::TranslateCut(*cut)
+                                     : tool::TranslatePassThrough(arguments);
+}
+
 } // namespace
 
 int main(int count, char** values)
@@ -194,5 +213,5 @@ int main(int count, char** values)
     if (request.kind == tool::RequestKind::Capture) {
         return Record(ffmpeg, arguments, request);
     }
-    return Become(ffmpeg, tool::TranslatePassThrough(arguments));
+    return Become(ffmpeg, Translate(arguments));
 }

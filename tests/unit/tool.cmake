@@ -9,10 +9,11 @@ if(TARGET tool)
   lumenfold_test(
     tool_program_test unit SOURCES tool_program_test.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
     TOOL_PROGRAM="$<TARGET_FILE:tool>")
-  lumenfold_test(
-    tool_probe_test unit SOURCES tool_probe_test.cpp tool_movies.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
-    TOOL_PROGRAM="$<TARGET_FILE:tool>")
-  foreach(test tool_program_test tool_probe_test)
+  add_dependencies(tool_program_test tool)
+  # With the real ffmpeg.
+  foreach(test tool_probe_test tool_cut_test)
+    lumenfold_test(${test} unit SOURCES ${test}.cpp tool_movies.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
+                   TOOL_PROGRAM="$<TARGET_FILE:tool>")
     add_dependencies(${test} tool)
   endforeach()
 endif()

@@ -2,6 +2,8 @@
 
 #include <QProcess>
 
+#include <cstdlib>
+
 Outcome RunProgram(const QString& program, const QStringList& arguments, const QString& directory)
 {
     QProcess process;
@@ -78,4 +80,62 @@ QByteArray DecodingErrors(const QString& path)
         "ffmpeg", {"-v", "error", "-nostdin", "-i", path, "-map", "0", "-f", "null", "-"});
     return outcome.code == 0 ? outcome.error
                              : outcome.error + " (" + QByteArray::number(outcome.code) + ")";
+}
+
+QStringList FlashInput(double seconds, const QString& size, const QString& rate)
+{
+    return {
+        "-f", "lavfi", "-i",
+        QString("color=black:s=%1:r=%2:d=%3,drawbox=c=white:t=fill:enable='lt(mod(t+0.001,1),0.1)'")
+            .arg(size, rate, QString::number(seconds))};
+}
+
+QStringList BeepInput(double seconds, int rate)
+{
+    return {"-f", "lavfi", "-i",
+            QString("aevalsrc='if(lt(mod(t,1),0.1),0.8*sin(3000*t),0)':s=%1:d=%2")
+                .arg(rate)
+                .arg(QString::number(seconds))};
+}
+
+// The places where `values` rises above the threshold after a calm of `calm` values.
+static QList<double> Rises(const QList<int>& values, int threshold, int calm, double perSecond)
+{
+    QList<double> times;
+    int quiet = calm;
+    for (qsizetype i = 0; i < values.size(); ++i) {
+        if (values[i] <= threshold) {
+            ++quiet;
+            continue;
+        }
+        if (quiet >= calm) {
+            times << static_cast<double>(i) / perSecond;
+        }
+        quiet = 0;
+    }
+    return times;
+}
+
+QList<double> FlashTimes(const QString& path)
+{
+    const Outcome outcome = RunProgram(
+        "ffmpeg", {"-v", "error", "-nostdin", "-i", path, "-map", "0:v:0", "-vf",
+                   "fps=100:start_time=0,scale=1:1:flags=area,format=gray", "-f", "rawvideo", "-"});
+    QList<int> values;
+    for (const char value : outcome.output) {
+        values << static_cast<unsigned char>(value);
+    }
+    return Rises(values, 110, 10, 100);
+}
+
+QList<double> BeepTimes(const QString& path)
+{
+    const Outcome outcome = RunProgram("ffmpeg", {"-v", "error", "-nostdin", "-i", path, "-map",
+                                                  "0:a:0", "-af", "aresample=async=1:first_pts=0",
+                                                  "-ac", "1", "-ar", "8000", "-f", "u8", "-"});
+    QList<int> values;
+    for (const char value : outcome.output) {
+        values << std::abs(static_cast<unsigned char>(value) - 128);
+    }
+    return Rises(values, 25, 800, 8000);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QStringList>
 
 // What a program printed and how it ended; the code is -1 when it did not end by itself.
@@ -37,3 +38,12 @@ QStringList PictureDigests(const QString& path, const QStringList& seek = {});
 
 // Decodes all of it; "" or what ffmpeg complained about.
 QByteArray DecodingErrors(const QString& path);
+
+// The input options of a picture that is black but for 0.1 s at the beginning of each second, and
+// of a silence with a tone then.
+QStringList FlashInput(double seconds, const QString& size = "160x120", const QString& rate = "25");
+QStringList BeepInput(double seconds, int rate = 48000);
+
+// When the flashes and the beeps begin as a player shows them, in seconds from the start.
+QList<double> FlashTimes(const QString& path);
+QList<double> BeepTimes(const QString& path);
