@@ -21,6 +21,7 @@ struct MovieTrack
     int64_t hidden = 0;  // microseconds of its beginning that the edit list leaves out
     // When it begins, in microseconds of the movie; nothing when that takes more than the headers.
     std::optional<int64_t> start;
+    std::optional<int64_t> end; // likewise
 };
 
 struct Movie

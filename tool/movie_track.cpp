@@ -287,6 +287,10 @@ void TrackReader::ReadStart()
     if (!usualShifts || m_track.codec.empty() || !BeginsWhole()) {
         m_track.start.reset();
     }
+    const auto length = Microseconds(m_duration, m_scale);
+    if (m_track.start && length) {
+        m_track.end = *m_track.start + *length - m_track.hidden;
+    }
 }
 
 std::optional<MovieTrack> TrackReader::Read(const Box& box)

@@ -125,7 +125,7 @@ QList<double> FlashTimes(const QString& path)
     for (const char value : outcome.output) {
         values << static_cast<unsigned char>(value);
     }
-    return Rises(values, 110, 10, 100);
+    return Rises(values, 60, 10, 100);
 }
 
 QList<double> BeepTimes(const QString& path)
