@@ -23,10 +23,10 @@ constexpr const char* usualRate = "30";
 constexpr const char* soundInTime =
     ",noise=drop='if(lt(pts\\,ld(0)-d/2)\\,1\\,0*st(0\\,if(gt(pts\\,ld(0)+5*d)\\,pts\\,ld(0))+d))'";
 
-bool Exists(const std::string& path)
+bool IsFile(const std::string& path)
 {
     std::error_code error;
-    return std::filesystem::exists(path, error);
+    return std::filesystem::is_regular_file(path, error);
 }
 
 std::vector<std::string> SplitAtBars(const std::string& list)
@@ -45,12 +45,12 @@ size_t PiecesOfName(const std::vector<std::string>& pieces, size_t at, std::stri
 {
     name = pieces[at];
     std::string longer = name;
-    for (size_t next = at + 1; !Exists(longer); ++next) {
+    for (size_t next = at + 1; !IsFile(longer); ++next) {
         if (next == pieces.size()) {
             return 1;
         }
         longer.append("|").append(pieces[next]);
-        if (Exists(longer)) {
+        if (IsFile(longer)) {
             name = longer;
             return next - at + 1;
         }

@@ -11,7 +11,7 @@ if(TARGET tool)
     TOOL_PROGRAM="$<TARGET_FILE:tool>")
   add_dependencies(tool_program_test tool)
   # With the real ffmpeg.
-  foreach(test tool_probe_test tool_cut_test tool_merge_test)
+  foreach(test tool_probe_test tool_cut_test tool_merge_test tool_join_test)
     lumenfold_test(${test} unit SOURCES ${test}.cpp tool_movies.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
                    TOOL_PROGRAM="$<TARGET_FILE:tool>")
     add_dependencies(${test} tool)

@@ -218,7 +218,6 @@ void ToolMergeTest::twentyFilesEndInStep_data()
     QTest::newRow("copied") << QStringList{"plain.mp4", "longer.mp4"};
     QTest::newRow("copied, with b frames") << QStringList{"b frames.mp4"};
     QTest::newRow("copied, uneven") << QStringList{"uneven.mp4"};
-    QTest::newRow("copied, in pieces") << QStringList{"in pieces.mp4"};
     QTest::newRow("late sound") << QStringList{"late sound.mp4"};
     QTest::newRow("encoded") << QStringList{"ntsc.mp4", "plain.mp4", "44100.mp4", "mute.mp4",
                                             "b frames.mp4"};
