@@ -8,7 +8,11 @@ namespace {
 
 // What nobody notices at a join, in microseconds.
 constexpr int64_t hardlyHidden = 100000;
-constexpr int64_t hardlyApart = 200000;
+
+// Joined as they are, the next movie begins where this one's picture ends. Sound that ends before
+// leaves a pause, as the end of a recording does; sound beyond it is lost.
+constexpr int64_t longestPause = 1000000;
+constexpr int64_t longestLoss = 200000;
 
 bool IsOneOf(const std::string& codec, std::initializer_list<const char*> codecs)
 {
@@ -16,18 +20,18 @@ bool IsOneOf(const std::string& codec, std::initializer_list<const char*> codecs
                        [&](const char* each) { return codec == each; });
 }
 
-// Joined as they are, sound and picture of the next movie begin where the picture of this one ends.
 bool EndTogether(const Movie& movie)
 {
-    std::optional<int64_t> earliest;
-    std::optional<int64_t> latest;
+    std::optional<int64_t> picture;
+    std::optional<int64_t> sound;
     for (const MovieTrack& track : movie.tracks) {
         if (track.end) {
-            earliest = std::min(earliest.value_or(*track.end), *track.end);
-            latest = std::max(latest.value_or(*track.end), *track.end);
+            auto& end = track.kind == TrackKind::Picture ? picture : sound;
+            end = std::max(end.value_or(*track.end), *track.end);
         }
     }
-    return !earliest || *latest - *earliest <= hardlyApart;
+    return !picture || !sound ||
+           (*sound - *picture <= longestLoss && *picture - *sound <= longestPause);
 }
 
 } // namespace

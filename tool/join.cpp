@@ -21,7 +21,7 @@ constexpr const char* usualRate = "30";
 // Register 0 holds when the sound kept so far ends. A packet that should have begun more than half
 // its length before is dropped; after a pause of several packets the count begins anew.
 constexpr const char* soundInTime =
-    ",noise=drop='if(lt(pts\\,ld(0)-d/2)\\,1\\,0*st(0\\,if(gt(pts\\,ld(0)+5*d)\\,pts\\,ld(0))+d))'";
+    ",noise=drop='if(lt(pts\\,ld(0)-d/2)\\,1\\,0*st(0\\,if(gt(pts\\,ld(0)+2*d)\\,pts\\,ld(0))+d))'";
 
 bool IsFile(const std::string& path)
 {

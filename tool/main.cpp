@@ -17,7 +17,6 @@
 #include "tool/sound_devices.h"
 #include "tool/sound_feeder.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -193,13 +192,15 @@ int JoinParts(const std::string& ffmpeg, const tool::Arguments& arguments, const
     }
     const tool::Answer answer = tool::Ask(ffmpeg, question);
     const auto parts = tool::ParseDescriptions(answer.text);
-    const bool readable = std::all_of(parts.begin(), parts.end(), [](const auto& part) {
-        return part.HasPicture() || part.HasSound();
-    });
-    if (parts.size() != join.parts.size() || !readable) {
+    if (parts.size() != join.parts.size()) {
         // It says itself which part it cannot read.
         std::fwrite(answer.text.data(), 1, answer.text.size(), stderr);
-        return answer.code;
+        return failed;
+    }
+    for (size_t i = 0; i < parts.size(); ++i) {
+        if (!parts[i].HasPicture() && !parts[i].HasSound()) {
+            return Complain(join.parts[i] + ": Invalid data: neither picture nor sound", failed);
+        }
     }
     return Become(ffmpeg, tool::EncodingJoin(join, parts));
 }

@@ -48,7 +48,7 @@ void ToolCutTest::Make(const QString& name, const QStringList& inputs, const QSt
 
 QString ToolCutTest::Cut(const QString& source, int start, int length)
 {
-    const QString result = Path(QString("Cut_%1.mp4").arg(++m_cuts));
+    QString result = Path(QString("Cut_%1.mp4").arg(++m_cuts));
     const Outcome outcome =
         RunProgram(TOOL_PROGRAM, {"-i", Path(source), "-ss", QString::number(start), "-t",
                                   QString::number(length), "-codec", "copy", result});

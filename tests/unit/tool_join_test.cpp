@@ -133,7 +133,9 @@ void ToolJoinTest::intermediateSuitsTheMovie_data()
     row(
         "encoder's delay", [](auto&, auto& s) { s.hidden = 21333; }, Intermediate::AsAsked);
     row(
-        "short sound", [](auto&, auto& s) { s.end = 4000000; }, Intermediate::Movie);
+        "short sound", [](auto&, auto& s) { s.end = 3500000; }, Intermediate::Movie);
+    row(
+        "recorded sound", [](auto&, auto& s) { s.end = 4800000; }, Intermediate::AsAsked);
     row(
         "long sound", [](auto&, auto& s) { s.end = 6000000; }, Intermediate::Movie);
     row(

@@ -56,7 +56,7 @@ void ToolMergeTest::Make(const QString& name, const QStringList& inputs, const Q
 
 QString ToolMergeTest::Convert(const QString& source, const QString& folder, int number)
 {
-    const QString part = Path(folder) + QString("/%1.ts").arg(number);
+    QString part = Path(folder) + QString("/%1.ts").arg(number);
     QFile::remove(part);
     const Outcome outcome =
         RunProgram(TOOL_PROGRAM, {"-i", Path(source), "-vcodec", "copy", "-acodec", "copy", "-vbsf",
@@ -151,6 +151,7 @@ void ToolMergeTest::initTestCase()
     Make("turned.mp4", {"-i", Path("plain.mp4")}, {"-c", "copy", "-metadata:s:v", "rotate=90"});
     Make("short sound.mp4", FlashInput(3) + BeepInput(1.2), stereo);
     Make("long sound.mp4", FlashInput(1.2) + BeepInput(3), stereo);
+    Make("as recorded.mp4", FlashInput(2.5) + BeepInput(2.38), stereo);
     Make("late sound.mp4", FlashInput(3) + QStringList{"-itsoffset", "1"} + BeepInput(2), stereo);
     Make("uneven.mp4", both,
          stereo + QStringList{"-vf", "select='gt(random(0),0.2)'", "-fps_mode", "vfr"});
@@ -218,6 +219,7 @@ void ToolMergeTest::twentyFilesEndInStep_data()
     QTest::newRow("copied") << QStringList{"plain.mp4", "longer.mp4"};
     QTest::newRow("copied, with b frames") << QStringList{"b frames.mp4"};
     QTest::newRow("copied, uneven") << QStringList{"uneven.mp4"};
+    QTest::newRow("copied, sound ends early") << QStringList{"as recorded.mp4"};
     QTest::newRow("late sound") << QStringList{"late sound.mp4"};
     QTest::newRow("encoded") << QStringList{"ntsc.mp4", "plain.mp4", "44100.mp4", "mute.mp4",
                                             "b frames.mp4"};
