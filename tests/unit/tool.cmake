@@ -12,4 +12,12 @@ if(TARGET tool)
     tool_program_test unit SOURCES tool_program_test.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
     TOOL_PROGRAM="$<TARGET_FILE:tool>")
   add_dependencies(tool_program_test tool)
+  # With the real ffmpeg.
+  foreach(test tool_probe_test tool_join_test tool_cut_test tool_merge_test)
+    lumenfold_test(${test} unit SOURCES ${test}.cpp tool_movies.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
+                   TOOL_PROGRAM="$<TARGET_FILE:tool>")
+    add_dependencies(${test} tool)
+  endforeach()
+  # A minute or two of encoding, nothing that sanitizers would see: it all happens in ffmpeg.
+  set_tests_properties(tool_cut_test tool_merge_test PROPERTIES LABELS media TIMEOUT 900)
 endif()
