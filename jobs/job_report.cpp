@@ -2,8 +2,6 @@
 
 namespace {
 
-constexpr int kCutSteps = 20;
-
 QString ThroughLatin1(const QString& text)
 {
     return QString::fromLatin1(text.toLatin1());
@@ -13,7 +11,7 @@ QString ThroughLatin1(const QString& text)
 
 int CutPercent(int step)
 {
-    return step * 100 / kCutSteps;
+    return step * 100 / kTicksPerStep;
 }
 
 QString ProgressText(int operation, int percent, const QString& current, const QString& destination)

@@ -19,6 +19,9 @@ constexpr int kJobCancelled = 2;
 constexpr int kMergeOperation = 1;
 constexpr int kCutOperation = 2;
 
+/// The chunks of progress that one run of the tool is taken to print; more do not count.
+constexpr int kTicksPerStep = 20;
+
 /// Percent of a cut that has printed `step` chunks of progress, 0 to 20.
 int CutPercent(int step);
 

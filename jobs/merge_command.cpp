@@ -1,5 +1,6 @@
 #include "jobs/merge_command.h"
 
+#include "jobs/job_report.h"
 #include "jobs/record_command.h"
 
 QString MergeDestination(const QString& directory, const QDateTime& time)

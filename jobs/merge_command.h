@@ -20,7 +20,6 @@ QString ChangeToTSCommand(const QString& tool, const QString& input, const QStri
 QString ConcatCommand(const QString& tool, const QString& list, const QString& output);
 
 /// The chunks of progress that a merge of `files` is taken to print.
-constexpr int kTicksPerStep = 20;
 qint64 MergeTicks(qsizetype files);
 
 /// Percent that `position` ticks are of `total`, which is above 0; whole numbers, never rounded up.

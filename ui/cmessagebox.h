@@ -6,9 +6,9 @@
 
 class QLabel;
 
-// The program's own modal message: a frameless information dialog with OK, or a question with NO and
-// OK. The left mouse button drags it, a right click dismisses it. One object serves one message:
-// construct, place, initialise once, exec(), read.
+// The program's own modal message: a frameless information dialog with OK, or a question with NO
+// and OK. The left mouse button drags it, a right click dismisses it. One object serves one
+// message: construct, place, initialise once, exec(), read.
 class CMessageBox : public QDialog
 {
     Q_OBJECT

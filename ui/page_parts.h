@@ -16,10 +16,21 @@ inline constexpr auto kMakerNotice = "Lumenfold Screen Recorder by Tarvessa";
 /// Where a page's title strip differs from the others'.
 struct TitleStripShape
 {
-    int width;                   // of strip and separator
-    int versionLeft;             // of the version text
+    int width;       // of strip and separator
+    int versionLeft; // of the version text
     int versionWidth;
-    Qt::AspectRatioMode logo;    // how the logo fills its 30 by 50
+    Qt::AspectRatioMode logo; // how the logo fills its 30 by 50
+};
+
+/// Where the row with a page's video folder differs from another's. The places lie in the row.
+struct FolderRowShape
+{
+    const char* fieldName; // object name of the field
+    int points;            // of the fonts
+    QRect label;
+    QRect field;
+    QRect button;
+    int gap; // to the right of the row
 };
 
 /// The strip with logo, product name and version; the header buttons are the window's to add.
