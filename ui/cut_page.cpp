@@ -5,20 +5,21 @@
 #include "jobs/tool_runner.h"
 #include "ui/drui.h"
 #include "ui/page_parts.h"
+#include "ui/position_slider.h"
 #include "ui/styles.h"
 #include "util/format.h"
 
 #include <QDebug>
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QSlider>
 #include <QTableWidget>
 
 namespace {
 
 constexpr FolderRowShape kFolderRow{"m_pLayout3DirEdit", 12, {10, 0, 125, 25}, {135, 0, 420, 25},
-                                    {565, 0, 30, 25},    0};
+                                    {565, 0, 30, 25},    645};
 
+constexpr int kPanelLeft = 280; // the rest of the window's width is the help text's
 constexpr auto kHelpText = "\n\n\n\n\n\t\t1.Select the video in the list on the left"
                            "\n\n\t\t2.Move the slider to set \"Start\" and \"End\""
                            "\n\n\t\t3.Select \"Cut\" to save the cut video.";
@@ -53,7 +54,7 @@ void DRUI::InitLayout3Widget()
     auto* page = BareLayout<QVBoxLayout>();
     page->addLayout(
         CreateHeader(m_pLayout3Widget, {width(), width() - 100, 101, Qt::KeepAspectRatio}));
-    page->addSpacing(8);
+    page->addSpacing(6);
     page->addLayout(CreateFolderRow(m_pLayout3Widget, kFolderRow, SLOT(btnSlotLayout3Dir())));
     page->addSpacing(8);
     m_pLayout3DirEdit = m_pLayout3Widget->findChild<QLineEdit*>(kFolderRow.fieldName);
@@ -65,11 +66,7 @@ void DRUI::InitLayout3Widget()
     middle->addWidget(CreateCutPanel());
     page->addLayout(middle, 1);
 
-    auto* bar = new QLabel(m_pLayout3Widget);
-    bar->setMinimumSize(width(), 44);
-    connect(CreateBarButton(bar, {20, 4, 100, 35}, "Back"), SIGNAL(clicked()), this,
-            SLOT(btnSlotBack()));
-    page->addWidget(bar);
+    page->addLayout(CreateCutBar());
     page->addWidget(CreateFooter(m_pLayout3Widget, width(), 11));
     m_pLayout3Widget->setLayout(page);
     // Else the folder field has the cursor, and reads its folder again at the first click
@@ -91,10 +88,11 @@ QTableWidget* DRUI::CreateCutVideoTable()
     return table;
 }
 
-// Right of the table: what to do, and below it the slider and the buttons to do it with.
+// Right of the table: what to do, and below it the slider.
 QWidget* DRUI::CreateCutPanel()
 {
-    auto* panel = new QLabel(m_pLayout3Widget);
+    auto* panel = new QWidget(m_pLayout3Widget);
+    panel->setAttribute(Qt::WA_StyledBackground);
     panel->setStyleSheet(panel_style);
     auto* help = new QLabel(kHelpText, panel);
     help->setObjectName("m_pCutHelp");
@@ -106,19 +104,17 @@ QWidget* DRUI::CreateCutPanel()
         CreateText(panel, {}, TimeText(0) + '/' + TimeText(0), CalibriFont(12, QFont::Bold));
     m_pCutPosLabel->setObjectName("m_pCutPosLabel");
     m_pCutPosLabel->setAlignment(Qt::AlignRight);
-    m_pCutSlider = new QSlider(Qt::Horizontal, panel);
+    m_pCutSlider = new PositionSlider(panel);
     m_pCutSlider->setObjectName("m_pCutSlider");
     m_pCutSlider->setStyleSheet(slider_style);
     m_pCutSlider->setAccessibleName("Position");
     connect(m_pCutSlider, SIGNAL(sliderMoved(int)), this, SLOT(current(int)));
 
     auto* lower = BareLayout<QVBoxLayout>();
-    lower->setContentsMargins(20, 0, 20, 10);
+    lower->setContentsMargins(20, 0, 20, 14);
     lower->addWidget(m_pCutPosLabel);
-    lower->addSpacing(2);
+    lower->addSpacing(4);
     lower->addWidget(m_pCutSlider);
-    lower->addSpacing(8);
-    lower->addLayout(CreateCutButtons(panel));
     auto* box = BareLayout<QVBoxLayout>();
     box->addWidget(help);
     box->addStretch();
@@ -127,44 +123,51 @@ QWidget* DRUI::CreateCutPanel()
     return panel;
 }
 
-QHBoxLayout* DRUI::CreateCutButtons(QWidget* panel)
+// Below table and panel: Back, and under the slider what is done with its position.
+QHBoxLayout* DRUI::CreateCutBar()
 {
-    const auto button = [this, panel](const QString& text, const char* slot) {
-        QPushButton* made = CreateBarButton(panel, {}, text);
+    const auto button = [this](const QString& text, const char* slot) {
+        QPushButton* made = CreateBarButton(m_pLayout3Widget, {}, text);
         made->setFixedSize(100, 35);
         connect(made, SIGNAL(clicked()), this, slot);
         return made;
     };
-    const auto mark = [panel](const char* name) {
-        QLabel* made = CreateText(panel, {}, kNoMark, CalibriFont(12, QFont::Bold));
+    const auto mark = [this](const char* name) {
+        QLabel* made = CreateText(m_pLayout3Widget, {}, kNoMark, CalibriFont(12, QFont::Bold));
         made->setObjectName(name);
         made->setFixedWidth(80);
+        SetTextColor(made, Qt::white);
         return made;
     };
+    QPushButton* back = button("Back", SLOT(btnSlotBack()));
     m_pBtnPlay = button("Play", SLOT(btnLayout3Play()));
     m_pBtnPlay->setIcon(QIcon(":/image/play.png"));
     m_pBtnHead = button("Start", SLOT(btnSetHead()));
+    m_pHeadLabel = mark("m_pHeadLabel");
     m_pBtnTail = button("End", SLOT(btnSetTail()));
+    m_pTailLabel = mark("m_pTailLabel");
     m_pBtnCut = button("Cut", SLOT(btnSlotLayout3Cut()));
     m_pBtnCut->setIcon(QIcon(":/image/cut.png"));
-    m_pHeadLabel = mark("m_pHeadLabel");
-    m_pTailLabel = mark("m_pTailLabel");
     // Cut stays enabled until a video is selected, and is meant to.
     for (QPushButton* disabled : {m_pBtnPlay, m_pBtnHead, m_pBtnTail}) {
         disabled->setEnabled(false);
     }
 
-    auto* row = BareLayout<QHBoxLayout>();
-    row->setSpacing(10);
-    row->addWidget(m_pBtnPlay);
-    row->addSpacing(20);
-    row->addWidget(m_pBtnHead);
-    row->addWidget(m_pHeadLabel);
-    row->addWidget(m_pBtnTail);
-    row->addWidget(m_pTailLabel);
-    row->addStretch();
-    row->addWidget(m_pBtnCut);
-    return row;
+    auto* bar = BareLayout<QHBoxLayout>();
+    bar->setContentsMargins(20, 6, 20, 6);
+    bar->setSpacing(10);
+    bar->addWidget(back);
+    bar->addSpacing(kPanelLeft - 20 - 100 - 10);
+    bar->addWidget(m_pBtnPlay);
+    bar->addStretch(1);
+    bar->addWidget(m_pBtnHead);
+    bar->addWidget(m_pHeadLabel);
+    bar->addSpacing(10);
+    bar->addWidget(m_pBtnTail);
+    bar->addWidget(m_pTailLabel);
+    bar->addStretch(1);
+    bar->addWidget(m_pBtnCut);
+    return bar;
 }
 
 // Every file is asked for its duration, which nothing shows.

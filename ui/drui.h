@@ -208,7 +208,7 @@ private:
     void InitLayout3Widget();
     QTableWidget* CreateCutVideoTable();
     QWidget* CreateCutPanel();
-    QHBoxLayout* CreateCutButtons(QWidget* panel);
+    QHBoxLayout* CreateCutBar();
     void AppendCutRow(const QString& name);
     void FillCutTable(const QString& folder);
     void SetCutRange();

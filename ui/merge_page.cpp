@@ -49,9 +49,7 @@ void DRUI::InitLayout4Widget()
     page->addLayout(
         CreateHeader(m_pLayout4Widget, {width(), width() - 100, 100, Qt::KeepAspectRatio}));
     page->addSpacing(3);
-    FolderRowShape shape = kFolderRow;
-    shape.gap = width() - kFolderRow.gap;
-    page->addLayout(CreateFolderRow(m_pLayout4Widget, shape, SLOT(btnSlotLayout4Dir())));
+    page->addLayout(CreateFolderRow(m_pLayout4Widget, kFolderRow, SLOT(btnSlotLayout4Dir())));
     m_pLayout4DirEdit = m_pLayout4Widget->findChild<QLineEdit*>(kFolderRow.fieldName);
     page->addSpacing(2);
     page->addLayout(CreateMergeTables());
@@ -74,6 +72,7 @@ QHBoxLayout* DRUI::CreateMergeTables()
         made->setMinimumSize(60, 25);
         made->setFont(CalibriFont(11, QFont::Bold));
         made->setCursor(Qt::PointingHandCursor);
+        ShowDisabledText(made);
         made->setEnabled(false);
         connect(made, SIGNAL(clicked()), this, slot);
         return made;

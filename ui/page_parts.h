@@ -30,7 +30,7 @@ struct FolderRowShape
     QRect label;
     QRect field;
     QRect button;
-    int gap; // to the right of the row
+    int widthLeft; // of the window's width, for the row and the page's margins
 };
 
 /// The strip with logo, product name and version; the header buttons are the window's to add.
@@ -53,6 +53,9 @@ QPushButton* CreateFolderButton(QWidget* parent, const QRect& place);
 
 /// The colour of a widget's own text. (A style sheet would reach its children too.)
 void SetTextColor(QWidget* widget, const QColor& color);
+
+/// Gives a grey button's text a colour that can be read while it is disabled.
+void ShowDisabledText(QPushButton* button);
 
 /// A picture's size in the geometry's units, whatever the screen's scale.
 QSize PictureSize(const QPixmap& picture);

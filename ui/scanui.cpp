@@ -100,6 +100,7 @@ QVBoxLayout* SCANUI::CreateBody()
     m_labelInfo->setObjectName("m_labelInfo");
     m_labelInfo->setTextFormat(Qt::PlainText); // a file's name is no markup
     m_labelInfo->setFont(CalibriFont(12));
+    m_labelInfo->setMinimumHeight(3 * m_labelInfo->fontMetrics().lineSpacing());
     SetTextColor(m_labelInfo, Qt::black);
 
     auto* holder = new QLabel(this);

@@ -30,7 +30,7 @@ QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, c
     auto* row = new QHBoxLayout;
     row->setContentsMargins(20, 0, 20, 0);
     row->addWidget(holder);
-    row->addSpacing(shape.gap);
+    row->addSpacing(width() - shape.widthLeft);
     return row;
 }
 
@@ -38,6 +38,8 @@ QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, c
 QTableWidget* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
 {
     auto* table = new QTableWidget(0, static_cast<int>(labels.size()), page);
+    table->setFont(CalibriFont(11));
+    table->horizontalHeader()->setFont(CalibriFont(11));
     table->setHorizontalHeaderLabels(labels);
     table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft);
     table->horizontalHeader()->setStretchLastSection(true);
