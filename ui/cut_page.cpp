@@ -53,7 +53,7 @@ void DRUI::InitLayout3Widget()
 
     auto* page = BareLayout<QVBoxLayout>();
     page->addLayout(
-        CreateHeader(m_pLayout3Widget, {width(), width() - 100, 101, Qt::KeepAspectRatio}));
+        CreateHeader(m_pLayout3Widget, {width(), width() - 100, 100, Qt::KeepAspectRatio}));
     page->addSpacing(6);
     page->addLayout(CreateFolderRow(m_pLayout3Widget, kFolderRow, SLOT(btnSlotLayout3Dir())));
     page->addSpacing(8);
@@ -69,9 +69,6 @@ void DRUI::InitLayout3Widget()
     page->addLayout(CreateCutBar());
     page->addWidget(CreateFooter(m_pLayout3Widget, width(), 11));
     m_pLayout3Widget->setLayout(page);
-    // Else the folder field has the cursor, and reads its folder again at the first click
-    // elsewhere.
-    m_pCutTable->setFocus();
 }
 
 QTableWidget* DRUI::CreateCutVideoTable()

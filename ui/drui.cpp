@@ -13,6 +13,7 @@
 #include <QScreen>
 #include <QSlider>
 #include <QStackedLayout>
+#include <QTableWidget>
 #include <QTimer>
 
 namespace {
@@ -175,9 +176,12 @@ void DRUI::btnSlot()
     m_pStack->setCurrentWidget(m_pLayout2Widget);
 }
 
+// The table gets the cursor: in the folder field it would have the folder read once more with the
+// first click elsewhere.
 void DRUI::btnEditSlot()
 {
     FillSourceTable(m_pLayout4DirEdit->text());
+    m_pSourceVideoTable->setFocus();
     m_pStack->setCurrentWidget(m_pLayout4Widget);
 }
 
@@ -185,6 +189,7 @@ void DRUI::btnEditSlot()
 void DRUI::btnMontageSlot()
 {
     FillCutTable(m_pLayout4DirEdit->text());
+    m_pCutTable->setFocus();
     m_pStack->setCurrentWidget(m_pLayout3Widget);
 }
 

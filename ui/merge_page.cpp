@@ -59,9 +59,6 @@ void DRUI::InitLayout4Widget()
     bottom->addWidget(CreateFooter(m_pLayout4Widget, width(), 11));
     page->addLayout(bottom);
     m_pLayout4Widget->setLayout(page);
-    // Else the folder field has the cursor, and reads its folder again at the first click
-    // elsewhere.
-    m_pSourceVideoTable->setFocus();
 }
 
 QHBoxLayout* DRUI::CreateMergeTables()
