@@ -31,6 +31,9 @@ void AskToolToQuit(QProcess& process)
 
 QString ReadToolText(QProcess& process)
 {
+    if (!process.isOpen()) { // it never ran: the cut asks a process that is not its own
+        return {};
+    }
     // The pointer form stops at a zero byte; the QByteArray form would not.
     return QString::fromLatin1(process.readAllStandardOutput().constData());
 }

@@ -13,6 +13,7 @@
 #include <QScreen>
 #include <QSlider>
 #include <QStackedLayout>
+#include <QTableWidget>
 #include <QTimer>
 
 namespace {
@@ -66,8 +67,7 @@ void DRUI::Init()
     m_pRecTimer->setObjectName("m_pRecTimer");
     connect(m_pRecTimer, SIGNAL(timeout()), this, SLOT(doTimerRec()));
 
-    m_pLayout3DirEdit->installEventFilter(this);
-    m_pLayout4DirEdit->installEventFilter(this);
+    WatchFolderFields(true);
 }
 
 // A running recording is asked to finish its file and waited for; every other run of the tool ends
@@ -78,6 +78,7 @@ DRUI::~DRUI()
     if (m_pRecProcess == nullptr) {
         return; // Init() was never called
     }
+    WatchFolderFields(false); // they lose the focus with the window; nothing is to be read then
     AskToolToQuit(*m_pRecProcess);
     m_pRecProcess->waitForFinished(kToolWaitMs);
     m_pRecTimer->stop();
@@ -169,55 +170,26 @@ QVBoxLayout* DRUI::CreateHeader(QWidget* page, const TitleStripShape& shape)
     return header;
 }
 
-// What the cut and the merge page share: header, folder field, button bar with Back, footer.
-QLineEdit* DRUI::CreateFolderPage(QWidget* page, int versionWidth)
-{
-    const QFont font = CalibriFont(11, QFont::Bold);
-    auto* folder = new QLabel(page);
-    folder->setStyleSheet(panel_style);
-    folder->setMinimumSize(300, 25);
-    CreateText(folder, {10, 0, 100, 25}, "Video directory: ", font);
-    auto* field = new QLineEdit(m_pSaveDirEdit->text(), folder);
-    field->setGeometry(120, 0, 240, 25);
-    field->setStyleSheet(field_style);
-    field->setFont(font);
-    field->setCursorPosition(1);
-    field->setAccessibleName("Video directory");
-    auto* folderRow = new QHBoxLayout;
-    folderRow->setContentsMargins(20, 0, 20, 0);
-    folderRow->addWidget(folder);
-    folderRow->addSpacing(width() - 450);
-
-    auto* bar = new QLabel(page);
-    bar->setMinimumSize(width(), 40);
-    connect(CreateBarButton(bar, {20, 2, 100, 35}, "Back"), SIGNAL(clicked()), this,
-            SLOT(btnSlotBack()));
-
-    auto* layout = BareLayout<QVBoxLayout>();
-    layout->addLayout(
-        CreateHeader(page, {width(), width() - 100, versionWidth, Qt::KeepAspectRatio}));
-    layout->addSpacing(3);
-    layout->addLayout(folderRow);
-    layout->addStretch();
-    layout->addWidget(bar);
-    layout->addWidget(CreateFooter(page, width(), 11));
-    page->setLayout(layout);
-    return field;
-}
-
 void DRUI::btnSlot()
 {
     CreateSystemTray();
     m_pStack->setCurrentWidget(m_pLayout2Widget);
 }
 
+// The table gets the cursor: in the folder field it would have the folder read once more with the
+// first click elsewhere.
 void DRUI::btnEditSlot()
 {
+    FillSourceTable(m_pLayout4DirEdit->text());
+    m_pSourceVideoTable->setFocus();
     m_pStack->setCurrentWidget(m_pLayout4Widget);
 }
 
+// Reads the merge page's folder, not the cut page's own; this is meant.
 void DRUI::btnMontageSlot()
 {
+    FillCutTable(m_pLayout4DirEdit->text());
+    m_pCutTable->setFocus();
     m_pStack->setCurrentWidget(m_pLayout3Widget);
 }
 
@@ -228,9 +200,7 @@ void DRUI::btnSlotBack()
         AskToolToQuit(*m_pPlayerProcess);
         m_pPlayerProcess->kill();
         m_strPreviewFile.clear();
-        if (m_pCutSlider != nullptr) {
-            m_pCutSlider->setValue(0);
-        }
+        m_pCutSlider->setValue(0);
     }
     m_pStack->setCurrentWidget(m_pLayout1Widget);
 }
@@ -241,14 +211,11 @@ void DRUI::btnMinSlot()
     showMinimized();
 }
 
+// Pages have no maximise button whose picture would change.
 void DRUI::btnMaxSlot()
 {
-    const int page = m_pStack->currentIndex();
     FixSize(m_bIsMaximized ? kWindowSize : DesktopSize());
-    BuildPages();
-    m_pLayout3DirEdit->installEventFilter(this);
-    m_pLayout4DirEdit->installEventFilter(this);
-    m_pStack->setCurrentIndex(page);
+    RebuildPages();
     m_bIsMaximized = !m_bIsMaximized;
 }
 
@@ -266,11 +233,6 @@ void DRUI::keyPressEvent(QKeyEvent* event)
     if (event->key() != Qt::Key_Escape) { // Escape is swallowed
         QMainWindow::keyPressEvent(event);
     }
-}
-
-bool DRUI::eventFilter(QObject* watched, QEvent* event)
-{
-    return QMainWindow::eventFilter(watched, event);
 }
 
 void DRUI::paintEvent(QPaintEvent* /*event*/) {}

@@ -1,27 +1,32 @@
 #pragma once
 
+#include "jobs/file_records.h"
 #include "jobs/job_thread.h"
 #include "ui_drui.h"
 
 #include <QMainWindow>
 #include <QProcess>
 #include <QSystemTrayIcon>
+#include <QVector>
 
 #include <memory>
 #include <string>
 
 class QAction;
 class QComboBox;
+class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSlider;
 class QStackedLayout;
+class QTableWidget;
 class QTableWidgetItem;
 class QTimer;
 class QTreeWidgetItem;
 class QVBoxLayout;
 class TrayStandIn;
+struct FolderRowShape;
 struct TitleStripShape;
 
 // Spelled as they stand in a slot's signature.
@@ -30,7 +35,7 @@ using HRESULT = int;
 
 // The main window: four pages in a stack, the six processes that run the tool, and the recording.
 // Its code stands in one file a topic: drui (frame and navigation), home_page, record_page,
-// device_list, probe, recording, tray, cut_page, merge_page.
+// device_list, probe, recording, tray, video_pages, cut_page, cut, merge_page, merge, rebuild.
 class DRUI : public QMainWindow
 {
     Q_OBJECT
@@ -59,9 +64,13 @@ public:
     /// The duration of the video at `path` as hh:mm:ss, or nothing. Text, in spite of its name.
     std::string GetVedioTimeSeconds(wchar_t* path);
 
-    // --- job entries that do nothing; a recording runs in the slots below ---
+    // --- job entries for the job thread, which is never started: the jobs run in the slots below
+    // ---
     int StartRecord() { return 0; }
+    int MakeAddVedio(wchar_t* path, int& result);
     static void _RecordProcess(void* param, int& result);
+    static void _CutProcess(void* param, int& result);
+    static void _AddProcess(void* param, int& result);
 
 protected:
     Q_SIGNAL void AddProcessCallBack(int percent, QString current, QString destination, int error);
@@ -128,7 +137,6 @@ private:
     QPushButton* CreateButton(int kind, int x, QWidget* parent);
     void CreateFrameTitle(const QString& title);
     QVBoxLayout* CreateHeader(QWidget* page, const TitleStripShape& shape);
-    QLineEdit* CreateFolderPage(QWidget* page, int versionWidth);
 
     Ui_DRUIClass ui;
     CMyThread m_thread;
@@ -189,15 +197,83 @@ private:
     QSystemTrayIcon* m_pTrayIcon = nullptr;
     std::unique_ptr<TrayStandIn> m_pTrayStandIn;
 
+    // --- the cut and the merge page: video_pages.cpp, rebuild.cpp ---
+    QHBoxLayout* CreateFolderRow(QWidget* page, const FolderRowShape& shape, const char* slot);
+    static QTableWidget* CreateVideoTable(QWidget* page, const QStringList& labels);
+    std::string DurationOf(const QString& folder, const _FILE_INFO_& file);
+    void WatchFolderFields(bool watch);
+    void RebuildPages();
+
     // --- cut page: cut_page.cpp ---
     void InitLayout3Widget();
+    QTableWidget* CreateCutVideoTable();
+    QWidget* CreateCutPanel();
+    QHBoxLayout* CreateCutBar();
+    void AppendCutRow(const QString& name);
+    void FillCutTable(const QString& folder);
+    void SetCutRange();
+    void Layout3Play() {} // these two do nothing, and are meant to: no preview is shown
+    void FreeAviHandle() {}
     QWidget* m_pLayout3Widget = nullptr;
     QLineEdit* m_pLayout3DirEdit = nullptr;
+    QTableWidget* m_pCutTable = nullptr;
+    QLabel* m_pCutPosLabel = nullptr;
     QSlider* m_pCutSlider = nullptr;
+    QPushButton* m_pBtnPlay = nullptr;
+    QPushButton* m_pBtnHead = nullptr;
+    QPushButton* m_pBtnTail = nullptr;
+    QPushButton* m_pBtnCut = nullptr;
+    QLabel* m_pHeadLabel = nullptr;
+    QLabel* m_pTailLabel = nullptr;
     QString m_strPreviewFile;
+    QString m_strCurPos;                    // seconds the slider was last moved to; empty at first
+    [[maybe_unused]] float m_fDuration = 0; // of the selected video; read by nothing
+    qint64 m_nCutDuration = 0;              // the same, in whole seconds
+
+    // --- cut job: cut.cpp ---
+    int StartQProcessCut();
+    QString m_strCutFile;     // the source
+    QString m_strCutSaveDir;  // chosen last
+    QString m_strCutDestFile; // of the last cut
+    qint64 m_nCutStart = 0;   // seconds
+    qint64 m_nCutEnd = 0;
+    int m_nCutState = 0; // 0 no error seen, 1 invalid data, 2 cancelled
+    int m_nCutStep = 0;  // chunks of progress, 0 to 20
 
     // --- merge page: merge_page.cpp ---
     void InitLayout4Widget();
+    QHBoxLayout* CreateMergeTables();
+    QTableWidget* CreateMergeTable(const char* name, int nameWidth);
+    QTableWidget* CreateSourceVideoTable();
+    QTableWidget* CreateTargetVideoTable();
+    QWidget* CreateMergeBar();
+    QStringList SourceTexts(const QString& folder, const _FILE_INFO_& file);
+    void FillSourceTable(const QString& folder);
+    void AppendSourceRow(const QStringList& texts);
+    void AppendTargetRow(const QStringList& texts);
+    void EnableMerge();
     QWidget* m_pLayout4Widget = nullptr;
     QLineEdit* m_pLayout4DirEdit = nullptr;
+    QTableWidget* m_pSourceVideoTable = nullptr;
+    QTableWidget* m_pTargetVideoTable = nullptr;
+    QPushButton* m_pBtnAdd = nullptr;
+    QPushButton* m_pBtnUp = nullptr;
+    QPushButton* m_pBtnDown = nullptr;
+    QPushButton* m_pBtnDel = nullptr;
+    QPushButton* m_pBtnMerge = nullptr;
+
+    // --- merge job: merge.cpp ---
+    int StartQProcessMerge();
+    int ConvertAll(const QString& output, QStringList& streams);
+    void JoinStreams(const QStringList& streams, const QString& output);
+    int ChangeToTS(wchar_t* tsPath, wchar_t* inputPath, wchar_t* targetPath);
+    void CountMergeTick(const QString& current);
+    QString m_strMergeSaveDir;        // chosen last; the streams are written there too
+    QVector<QString> m_vecMergeFiles; // names of the running merge
+    QString m_strCurMergeName;        // being converted
+    QString m_strTargetName;          // the result
+    qint64 m_nMergeProcessPos = 0;    // ticks counted
+    qint64 m_nMergeProcessTotal = 0;  // ticks expected
+    int m_nChangeTSRet = 0;           // 0, or 2 cancelled in this conversion
+    int m_nMergeRet = 0;              // 0 good, 1 bad input, 2 cancelled in the join
 };

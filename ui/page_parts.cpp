@@ -62,6 +62,7 @@ QPushButton* CreateBarButton(QWidget* parent, const QRect& place, const QString&
     button->setGeometry(place);
     button->setFont(CalibriFont(12, QFont::Bold));
     button->setCursor(Qt::PointingHandCursor);
+    ShowDisabledText(button);
     return button;
 }
 
@@ -79,6 +80,13 @@ void SetTextColor(QWidget* widget, const QColor& color)
     QPalette palette = widget->palette();
     palette.setColor(QPalette::WindowText, color);
     widget->setPalette(palette);
+}
+
+void ShowDisabledText(QPushButton* button)
+{
+    QPalette palette = button->palette();
+    palette.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(120, 120, 120));
+    button->setPalette(palette);
 }
 
 QSize PictureSize(const QPixmap& picture)

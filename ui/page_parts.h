@@ -22,6 +22,17 @@ struct TitleStripShape
     Qt::AspectRatioMode logo; // how the logo fills its 30 by 50
 };
 
+/// Where the row with a page's video folder differs from another's. The places lie in the row.
+struct FolderRowShape
+{
+    const char* fieldName; // object name of the field
+    int points;            // of the fonts
+    QRect label;
+    QRect field;
+    QRect button;
+    int widthLeft; // of the window's width, for the row and the page's margins
+};
+
 /// The strip with logo, product name and version; the header buttons are the window's to add.
 QLabel* CreateTitleStrip(QWidget* parent, const TitleStripShape& shape);
 
@@ -42,6 +53,9 @@ QPushButton* CreateFolderButton(QWidget* parent, const QRect& place);
 
 /// The colour of a widget's own text. (A style sheet would reach its children too.)
 void SetTextColor(QWidget* widget, const QColor& color);
+
+/// Gives a grey button's text a colour that can be read while it is disabled.
+void ShowDisabledText(QPushButton* button);
 
 /// A picture's size in the geometry's units, whatever the screen's scale.
 QSize PictureSize(const QPixmap& picture);

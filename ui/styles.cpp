@@ -3,6 +3,7 @@
 // The grey button's text stands in two forms that differ in white space only, the home page's and
 // everybody else's; both are kept to the letter.
 #define HOME_GAP "\t\t\t\t\t\t\t  "
+#define SLIDER_GAP "\t\t\t\t\t\t\t\t"
 #define MAIN_GAP "\t\t\t\t\t\t\t\t   "
 
 const QString window_style = "background-color: rgb(51, 52, 55);";
@@ -30,6 +31,27 @@ const QString action_button_style =
     "border-style: outset;}QPushButton:hover{background-color:rgb(220, 220, 220); color: white;}"
     "QPushButton:pressed{background-color:rgb(30, 144, 255); color: white;border: 2px groove white;"
     "border-style: inset; }";
+
+// The runs of tabs are part of the text, though they do nothing.
+const QString slider_style =
+    "QSlider::groove:horizontal{border: 1px solid #4A708B;background: #C0C0C0;height: "
+    "5px;border-radius: 1px;padding-left:-1px;padding-right:-1px;}" SLIDER_GAP
+    "QSlider::sub-page:horizontal{background: qlineargradient(x1:0, y1:0, x2:0, y2:1,stop:0 "
+    "#B1B1B1, stop:1 #c4c4c4);background: qlineargradient(x1: 0, y1: 0.2, x2: 1, y2: 1,stop: 0 "
+    "#5DCCFF, stop: 1 #1874CD);border: 1px solid #4A708B;height: 10px;border-radius: "
+    "2px;}" SLIDER_GAP
+    "QSlider::add-page:horizontal{background: #575757;border: 0px solid #777;height: "
+    "10px;border-radius: 2px;}" SLIDER_GAP
+    "QSlider::handle:horizontal{background: qradialgradient(spread:pad, cx:0.5, cy:0.5, "
+    "radius:0.5, fx:0.5, fy:0.5,stop:0.6 #45ADED, stop:0.778409 rgba(255, 255, 255, 255));width: "
+    "11px;margin-top: -3px;margin-bottom: -3px;border-radius: 5px;}"
+    "QSlider::handle:horizontal:hover{background: qradialgradient(spread:pad, cx:0.5, cy:0.5, "
+    "radius:0.5, fx:0.5, fy:0.5, stop:0.6 #2A8BDA,stop:0.778409 rgba(255, 255, 255, 255));width: "
+    "11px;margin-top: -3px;margin-bottom: -3px;border-radius: 5px;}"
+    "QSlider::sub-page:horizontal:disabled{background: #00009C;border-color: #999;}"
+    "QSlider::add-page:horizontal:disabled{background: #eee;border-color: #999;}"
+    "QSlider::handle:horizontal:disabled{background: #eee;border: 1px solid #aaa;border-radius: "
+    "4px;}";
 
 QFont CalibriFont(int points, QFont::Weight weight)
 {

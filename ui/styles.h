@@ -11,6 +11,7 @@ extern const QString field_style;         // the frame of a directory field
 extern const QString home_entry_style;    // the home page's three entries
 extern const QString main_button_style;   // every other button with a text
 extern const QString action_button_style; // blue; no button carries it today
+extern const QString slider_style;        // the cut page's position
 extern const QString backGroud_style;     // the title strip of a dialog
 
 /// Calibri (Carlito where that stands in for it) of `points`, normal or bold.

@@ -133,12 +133,35 @@ private slots:
             add(page, "Lumenfold Screen Recorder by Tarvessa");
             add(page, "Version 6.8.8.8");
         }
-        for (const char* quote :
-             {"Computer sounds and Microphone", "Computer sounds Only", "Microphone Only",
-              "None The", "Audio:", "Save directory:", "Free space:", "Record", "Pause", "Stop",
-              "Start", "Quit", "Not enough space, recording stopped.",
-              "The recording could not be started: ", "ScreenSave", "yyyy-MM-dd hh-mm-ss.mp4",
-              "10 MiB", "lumenfold-recorder start"}) {
+        for (const char* quote : {"Computer sounds and Microphone",
+                                  "Computer sounds Only",
+                                  "Microphone Only",
+                                  "None The",
+                                  "Audio:",
+                                  "Save directory:",
+                                  "Free space:",
+                                  "Record",
+                                  "Pause",
+                                  "Stop",
+                                  "Start",
+                                  "Quit",
+                                  "Not enough space, recording stopped.",
+                                  "The recording could not be started: ",
+                                  "ScreenSave",
+                                  "yyyy-MM-dd hh-mm-ss.mp4",
+                                  "10 MiB",
+                                  "lumenfold-recorder start",
+                                  "Video directory:",
+                                  "Add",
+                                  "Up",
+                                  "Down",
+                                  "Delete",
+                                  "Merge",
+                                  "Cut",
+                                  "End",
+                                  "Cut success, file path is",
+                                  "Merge success, file path is",
+                                  "Merge_yyyy-MM-dd hh-mm-ss.mp4"}) {
             add("help.html", quote);
         }
         for (const char* quote : {"Out.txt", "ScreenRecord.ini", "LUMENFOLD_FFMPEG",

@@ -1,0 +1,15 @@
+#include "jobs/cut_command.h"
+
+QString CutDestination(const QString& directory, const QString& source)
+{
+    return directory + "/Cut_" + source.mid(source.lastIndexOf('/') + 1);
+}
+
+// Two blanks stand on either side of the times, and are meant to. Start and length follow the
+// input, as options of the output.
+QString CutCommand(const QString& tool, const QString& source, qint64 start, qint64 end,
+                   const QString& destination)
+{
+    return tool + " -i \"" + source + "\" " + " -ss " + QString::number(start) + " -t " +
+           QString::number(end - start) + " -codec copy " + " \"" + destination + "\" ";
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+
+#include <string>
+
+// The records of video files: plain, of fixed size, copied by value.
+
+/// One MP4 file of a scanned folder.
+struct _FILE_INFO_
+{
+    qint64 llSize = 0;             // bytes
+    std::string strOther;          // filled by nothing
+    wchar_t szModifyTime[64] = {}; // local time, "yyyy-MM-dd hh:mm:ss"
+    wchar_t szFileName[256] = {};  // with its extension, without its directory
+};
+
+/// One row of the merge page's tables while the page is built anew.
+struct _MERGER_FILE_INFO_
+{
+    wchar_t szSize[64] = {};
+    wchar_t szTime[64] = {};
+    wchar_t szFileName[256] = {};
+};
+
+/// Copies `text` with a terminator into `size` wide characters; what does not fit is left out.
+void CopyWide(const QString& text, wchar_t* out, qsizetype size);
+
+template <qsizetype size>
+void CopyWide(const QString& text, wchar_t (&out)[size])
+{
+    CopyWide(text, out, size);
+}

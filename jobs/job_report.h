@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+
+// What a cut or a merge reads in the tool's output, and what it tells the user.
+
+// Looked for in each chunk of output alone; one that is split between two chunks is not seen.
+inline constexpr auto kFrameMarker = "frame=";         // a step of progress
+inline constexpr auto kInvalidMarker = "Invalid data"; // an input is no readable video
+inline constexpr auto kMissingMarker = "No such file"; // an input is missing
+inline constexpr auto kDurationMarker = "Duration: ";  // before the input's hh:mm:ss
+
+// The results of a job.
+constexpr int kJobGood = 0;
+constexpr int kJobInvalid = 1;
+constexpr int kJobCancelled = 2;
+
+// The operations, as the texts tell them apart: whatever is not a merge is a cut.
+constexpr int kMergeOperation = 1;
+constexpr int kCutOperation = 2;
+
+/// The chunks of progress that one run of the tool is taken to print; more do not count.
+constexpr int kTicksPerStep = 20;
+
+/// Percent of a cut that has printed `step` chunks of progress, 0 to 20.
+int CutPercent(int step);
+
+/// The three lines of a running job. The paths go through Latin-1, "?" for what it cannot express.
+QString ProgressText(int operation, int percent, const QString& current,
+                     const QString& destination);
+
+/// The messages at a job's end, and the question before it is cancelled.
+QString SuccessText(int operation, const QString& destination);
+QString FailureText(int operation);
+QString CancelQuestion(int operation);

@@ -1,0 +1,36 @@
+#include "jobs/merge_command.h"
+
+#include "jobs/job_report.h"
+#include "jobs/record_command.h"
+
+QString MergeDestination(const QString& directory, const QDateTime& time)
+{
+    return directory + "/Merge_" + FileStamp(time) + ".mp4";
+}
+
+QString IntermediatePath(const QString& directory, int number)
+{
+    return directory + '/' + QString::number(number) + ".ts";
+}
+
+QString ChangeToTSCommand(const QString& tool, const QString& input, const QString& stream)
+{
+    return tool + " -i \"" + input + "\" -vcodec copy -acodec copy -vbsf h264_mp4toannexb \"" +
+           stream + "\" ";
+}
+
+QString ConcatCommand(const QString& tool, const QString& list, const QString& output)
+{
+    return tool + " -i \"concat:" + list + "\" -acodec copy -vcodec copy -absf aac_adtstoasc \"" +
+           output + '"';
+}
+
+qint64 MergeTicks(qsizetype files)
+{
+    return kTicksPerStep * files + kTicksPerStep;
+}
+
+int MergePercent(qint64 position, qint64 total)
+{
+    return static_cast<int>(position * 100 / total);
+}

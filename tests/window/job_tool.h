@@ -1,0 +1,129 @@
+#pragma once
+
+#include "tests/window/fake_tool.h"
+#include "tests/window/modal_boxes.h"
+
+#include <QLineEdit>
+#include <QSlider>
+#include <QTableWidget>
+
+// A `tool` for the pages with videos. It notes every command line in "calls", answers a probe with
+// the duration that stands in the file, and for every other run executes "job" with the same
+// arguments, or copies its input to its output where there is none.
+inline constexpr auto kVideoTool = R"(#!/bin/bash
+here=$(dirname "$0")
+if [[ "$*" == *-list_devices* ]]; then exit 1; fi
+printf '<%s>' "$@" >>"$here/calls"
+echo >>"$here/calls"
+if [[ $# -eq 2 ]]; then
+    echo "  Duration: $(head -n 1 "$2" 2>/dev/null).50, start: 0.000000" >&2
+    exit 1
+fi
+if [[ -e "$here/job" ]]; then source "$here/job"; exit; fi
+printf 'made' >"${!#}"
+)";
+
+class VideoPageTest : public WindowTest
+{
+    Q_OBJECT
+
+protected:
+    void PrepareVideos()
+    {
+        Prepare();
+        InstallTool(kVideoTool);
+        for (const char* name : {"calls", "job"}) {
+            QFile::remove(BesideProgram(name));
+        }
+        QVERIFY(QDir().mkpath(SaveDirectory()));
+        m_target = std::make_unique<QTemporaryDir>();
+        m_boxes = std::make_unique<ModalBoxes>();
+        m_boxes->directory = m_target->path();
+        DRUI::m_bisFinished = false;
+        m_minutes = 0;
+    }
+
+    void FinishVideos()
+    {
+        CloseWindow();
+        m_boxes.reset();
+    }
+
+    // A video in the save directory: each is older than the one before.
+    void MakeVideo(const QString& name, const QByteArray& duration = "00:00:30",
+                   const QString& directory = QString())
+    {
+        const QString folder = directory.isEmpty() ? SaveDirectory() : directory;
+        QFile file(folder + '/' + name);
+        QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable("cannot make " + name));
+        file.write(duration + '\n');
+        file.flush();
+        QVERIFY(
+            file.setFileTime(QDateTime(QDate(2026, 1, 2), QTime(12, 0)).addSecs(-60 * ++m_minutes),
+                             QFileDevice::FileModificationTime));
+    }
+
+    // A shell script for the runs that are no probe; "$@" are their arguments.
+    void SetJob(const QByteArray& script) { WriteFile(BesideProgram("job"), script); }
+
+    // Every command line since the last call of this, its arguments in angle brackets.
+    QStringList Calls()
+    {
+        const QString calls = QString::fromUtf8(ReadFile(BesideProgram("calls")));
+        QFile::remove(BesideProgram("calls"));
+        return calls.split('\n', Qt::SkipEmptyParts);
+    }
+
+    // The names in a table's first column, "-" for a row without one.
+    QStringList Names(const char* table)
+    {
+        QStringList names;
+        auto* widget = Child<QTableWidget>(table);
+        for (int row = 0; row < widget->rowCount(); ++row) {
+            const auto* item = widget->item(row, 0);
+            names << (item == nullptr ? QString("-") : item->text());
+        }
+        return names;
+    }
+
+    void ClickRow(const char* table, int row)
+    {
+        auto* widget = Child<QTableWidget>(table);
+        QTest::mouseClick(widget->viewport(), Qt::LeftButton, {},
+                          widget->visualItemRect(widget->item(row, 0)).center());
+    }
+
+    void DoubleClickRow(const char* table, int row)
+    {
+        ClickRow(table, row);
+        auto* widget = Child<QTableWidget>(table);
+        QTest::mouseDClick(widget->viewport(), Qt::LeftButton, {},
+                           widget->visualItemRect(widget->item(row, 0)).center());
+    }
+
+    bool Enabled(const QString& text)
+    {
+        for (auto* button : Window().findChildren<QPushButton*>()) {
+            if (button->text() == text && button->isVisible()) {
+                return button->isEnabled();
+            }
+        }
+        qWarning("no button reads %s", qPrintable(text));
+        return false;
+    }
+
+    void Leave(const char* field)
+    {
+        QFocusEvent leaving(QEvent::FocusOut);
+        QCoreApplication::sendEvent(Child<QLineEdit>(field), &leaving);
+    }
+
+    QString Target() { return m_target->path(); }
+    QStringList Results() { return QDir(Target()).entryList(QDir::Files, QDir::Name); }
+    ModalBoxes& Boxes() { return *m_boxes; }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_target;
+    std::unique_ptr<ModalBoxes> m_boxes;
+    int m_minutes = 0;
+};

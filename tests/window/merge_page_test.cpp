@@ -1,0 +1,405 @@
+#include "tests/window/job_tool.h"
+
+#include <QHeaderView>
+
+namespace {
+constexpr auto kSource = "m_pSourceVideoTable";
+constexpr auto kTarget = "m_pTargetVideoTable";
+constexpr auto kField = "m_pLayout4DirEdit";
+} // namespace
+
+class MergePageTest : public VideoPageTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
+    void init() { PrepareVideos(); }
+    void cleanup() { FinishVideos(); }
+
+    void theMergeEntryListsEveryVideoWithSizeAndDuration()
+    {
+        MakeVideo("new.mp4", "00:01:02");
+        MakeVideo("old.mp4", "01:00:00");
+        EnterMergePage();
+        QCOMPARE(Row(kSource, 0), QString("new.mp4, 9 Bytes, 00:01:02"));
+        QCOMPARE(Row(kSource, 1), QString("old.mp4, 9 Bytes, 01:00:00"));
+        QVERIFY(!Child<QTableWidget>(kSource)->item(0, 0)->icon().isNull());
+        QVERIFY(Child<QTableWidget>(kSource)->item(0, 1)->icon().isNull());
+        QCOMPARE(Page(), 3);
+    }
+
+    void theRowsKeepTheDefaultTextColour()
+    {
+        MakeVideo("a.mp4");
+        EnterMergePage();
+        QVERIFY(!Child<QTableWidget>(kSource)->item(0, 0)->data(Qt::ForegroundRole).isValid());
+    }
+
+    void enteringAgainReadsTheFolderAgainAndKeepsTheList()
+    {
+        MakeVideo("a.mp4");
+        EnterMergePage();
+        Add(0);
+        Press("Back");
+        MakeVideo("b.mp4");
+        Call("btnEditSlot");
+        QCOMPARE(Names(kSource), QStringList({"a.mp4", "b.mp4"}));
+        QCOMPARE(Names(kTarget), QStringList{"a.mp4"});
+    }
+
+    void theFolderButtonPutsEveryFileIntoTheFirstRow()
+    {
+        MakeVideo("new.mp4", "00:00:01", Target());
+        MakeVideo("middle.mp4", "00:00:02", Target());
+        MakeVideo("old.mp4", "00:00:03", Target());
+        MakeVideo("a.mp4");
+        EnterMergePage();
+        ClickRow(kSource, 0);
+        QVERIFY(Enabled("Add"));
+        Calls();
+        Call("btnSlotLayout4Dir");
+        QCOMPARE(Child<QLineEdit>(kField)->text(), Target());
+        QCOMPARE(Names(kSource), QStringList({"old.mp4", "-", "-"}));
+        QCOMPARE(Row(kSource, 0), QString("old.mp4, 9 Bytes, 00:00:03"));
+        QCOMPARE(Calls().size(), 3); // every one is probed all the same
+        QVERIFY(!Enabled("Add"));
+    }
+
+    void aCancelledChooserChangesNothing()
+    {
+        MakeVideo("a.mp4");
+        EnterMergePage();
+        ClickRow(kSource, 0);
+        Boxes().directory = QString();
+        Call("btnSlotLayout4Dir");
+        QCOMPARE(Boxes().choosers, 1);
+        QCOMPARE(Child<QLineEdit>(kField)->text(), SaveDirectory());
+        QCOMPARE(Names(kSource), QStringList{"a.mp4"});
+        QVERIFY(Enabled("Add"));
+    }
+
+    void aNewFolderLeavesTheMergeList()
+    {
+        MakeVideo("a.mp4");
+        EnterMergePage();
+        Add(0);
+        Call("btnSlotLayout4Dir");
+        QCOMPARE(Names(kTarget), QStringList{"a.mp4"});
+    }
+
+    void leavingTheFieldListsRowByRow()
+    {
+        MakeVideo("new.mp4", "00:00:01", Target());
+        MakeVideo("old.mp4", "00:00:02", Target());
+        EnterMergePage();
+        Child<QLineEdit>(kField)->setText(Target());
+        Leave(kField);
+        QCOMPARE(Names(kSource), QStringList({"new.mp4", "old.mp4"}));
+        Child<QLineEdit>(kField)->clear();
+        Leave(kField);
+        QCOMPARE(Names(kSource), QStringList({"new.mp4", "old.mp4"}));
+    }
+
+    void addFollowsTheSelection()
+    {
+        MakeVideo("a.mp4");
+        EnterMergePage();
+        QVERIFY(!Enabled("Add"));
+        ClickRow(kSource, 0);
+        QVERIFY(Enabled("Add"));
+        Child<QTableWidget>(kSource)->clearSelection();
+        QMetaObject::invokeMethod(&Window(), "SourceTableItemClick",
+                                  Q_ARG(QTableWidgetItem*, nullptr));
+        QVERIFY(!Enabled("Add"));
+    }
+
+    void addingTwiceGivesTwoIdenticalEntriesAndEnablesMerge()
+    {
+        MakeVideo("a.mp4", "00:00:07");
+        EnterMergePage();
+        QCOMPARE(Child<QTableWidget>(kTarget)->columnWidth(0), 80);
+        ClickRow(kSource, 0);
+        Press("Add");
+        QCOMPARE(Child<QTableWidget>(kTarget)->columnWidth(0), 180);
+        QVERIFY(!Enabled("Merge"));
+        Press("Add");
+        QVERIFY(Enabled("Merge"));
+        QCOMPARE(Row(kTarget, 0), QString("a.mp4, 9 Bytes, 00:00:07"));
+        QCOMPARE(Row(kTarget, 1), Row(kTarget, 0));
+        QVERIFY(!Child<QTableWidget>(kTarget)->item(1, 0)->icon().isNull());
+        QCOMPARE(Child<QTableWidget>(kSource)->selectedItems().size(), 3); // stays
+    }
+
+    void aDoubleClickAdds()
+    {
+        MakeVideo("a.mp4");
+        MakeVideo("b.mp4");
+        EnterMergePage();
+        DoubleClickRow(kSource, 1);
+        QCOMPARE(Names(kTarget), QStringList{"b.mp4"});
+    }
+
+    void theTwentyFirstEntryIsRefused_data()
+    {
+        QTest::addColumn<bool>("doubleClick");
+        QTest::newRow("Add") << false;
+        QTest::newRow("double click") << true;
+    }
+
+    void theTwentyFirstEntryIsRefused()
+    {
+        QFETCH(bool, doubleClick);
+        MakeVideo("a.mp4");
+        EnterMergePage();
+        ClickRow(kSource, 0);
+        for (int i = 0; i < 20; ++i) {
+            Call("btnAddSlot");
+        }
+        QCOMPARE(Boxes().texts, QStringList());
+        if (doubleClick) {
+            DoubleClickRow(kSource, 0);
+        } else {
+            Press("Add");
+        }
+        QCOMPARE(Boxes().texts,
+                 QStringList{"You can merge multiple files no more than 20 files at one time"});
+        QCOMPARE(Boxes().places,
+                 QList<QRect>{QRect(Window().x() + 125, Window().y() + 75, 400, 150)});
+        QCOMPARE(Names(kTarget).size(), 20);
+        QVERIFY(Enabled("Merge"));
+    }
+
+    void selectingInTheListEnablesItsButtons()
+    {
+        MakeList({"a.mp4", "b.mp4", "c.mp4"});
+        QCOMPARE(ListButtons(), QString());
+        ClickRow(kTarget, 0);
+        QCOMPARE(ListButtons(), QString("Down Delete"));
+        ClickRow(kTarget, 1);
+        QCOMPARE(ListButtons(), QString("Up Down Delete"));
+        ClickRow(kTarget, 2);
+        QCOMPARE(ListButtons(), QString("Up Delete"));
+    }
+
+    void upToTheTopDisablesUpAndLeavesDown()
+    {
+        MakeList({"a.mp4", "b.mp4", "c.mp4"});
+        ClickRow(kTarget, 1);
+        Press("Up");
+        QCOMPARE(Names(kTarget), QStringList({"b.mp4", "a.mp4", "c.mp4"}));
+        QCOMPARE(ListButtons(), QString("Down Delete"));
+        QCOMPARE(SelectedRow(), 0);
+    }
+
+    void upFromTheBottomToTheTopOfTwoDoesNotEnableDown()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        ClickRow(kTarget, 1);
+        QCOMPARE(ListButtons(), QString("Up Delete"));
+        Press("Up");
+        QCOMPARE(ListButtons(), QString("Delete"));
+    }
+
+    void upFromTheBottomEnablesDownBelowTheTop()
+    {
+        MakeList({"a.mp4", "b.mp4", "c.mp4"});
+        ClickRow(kTarget, 2);
+        Press("Up");
+        QCOMPARE(Names(kTarget), QStringList({"a.mp4", "c.mp4", "b.mp4"}));
+        QCOMPARE(ListButtons(), QString("Up Down Delete"));
+        Press("Up");
+        QCOMPARE(Names(kTarget), QStringList({"c.mp4", "a.mp4", "b.mp4"}));
+    }
+
+    void downToTheBottomDisablesDownAndDoesNotEnableUp()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        ClickRow(kTarget, 0);
+        QCOMPARE(ListButtons(), QString("Down Delete"));
+        Press("Down");
+        QCOMPARE(Names(kTarget), QStringList({"b.mp4", "a.mp4"}));
+        QCOMPARE(ListButtons(), QString("Delete"));
+        QCOMPARE(SelectedRow(), 1);
+    }
+
+    void downFromTheTopEnablesUpAboveTheBottom()
+    {
+        MakeList({"a.mp4", "b.mp4", "c.mp4"});
+        ClickRow(kTarget, 0);
+        Press("Down");
+        QCOMPARE(Names(kTarget), QStringList({"b.mp4", "a.mp4", "c.mp4"}));
+        QCOMPARE(ListButtons(), QString("Up Down Delete"));
+    }
+
+    void aMoveTakesAllThreeTextsAlong()
+    {
+        MakeVideo("a.mp4", "00:00:01");
+        MakeVideo("b.mp4", "00:00:02 ");
+        EnterMergePage();
+        Add(0);
+        Add(1);
+        ClickRow(kTarget, 1);
+        Press("Up");
+        QCOMPARE(Row(kTarget, 0), QString("b.mp4, 10 Bytes, 00:00:02"));
+        QCOMPARE(Row(kTarget, 1), QString("a.mp4, 9 Bytes, 00:00:01"));
+        QVERIFY(!Child<QTableWidget>(kTarget)->item(0, 0)->icon().isNull());
+        QCOMPARE(Child<QTableWidget>(kTarget)->selectedItems().size(), 3);
+    }
+
+    void upOnTheFirstAndDownOnTheLastDoNothing()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        ClickRow(kTarget, 0);
+        Call("btnUpSlot");
+        QCOMPARE(Names(kTarget), QStringList({"a.mp4", "b.mp4"}));
+        ClickRow(kTarget, 1);
+        Call("btnDownSlot");
+        QCOMPARE(Names(kTarget), QStringList({"a.mp4", "b.mp4"}));
+    }
+
+    void deleteTakesOneRowAPressAndKeepsTheOtherButtons()
+    {
+        MakeList({"a.mp4", "b.mp4", "c.mp4"});
+        ClickRow(kTarget, 1);
+        Press("Delete");
+        QCOMPARE(Names(kTarget), QStringList({"a.mp4", "c.mp4"}));
+        QCOMPARE(ListButtons(), QString("Up Down Delete"));
+        QVERIFY(Enabled("Merge"));
+        ClickRow(kTarget, 0);
+        Press("Delete");
+        QVERIFY(!Enabled("Merge"));
+        Add(0);
+        QVERIFY(Enabled("Merge"));
+    }
+
+    void deleteWithoutASelectionDoesNothing()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        Child<QTableWidget>(kTarget)->clearSelection();
+        Call("btnDelSlot");
+        QCOMPARE(Names(kTarget).size(), 2);
+    }
+
+    void theTablesAreAsTheyShouldBe_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<int>("width");
+        QTest::newRow("source") << QByteArray(kSource) << 180;
+        QTest::newRow("target") << QByteArray(kTarget) << 80;
+    }
+
+    void theTablesAreAsTheyShouldBe()
+    {
+        QFETCH(QByteArray, name);
+        OpenWindow();
+        auto* table = Child<QTableWidget>(name.constData());
+        QTEST(table->columnWidth(0), "width");
+        QCOMPARE(table->minimumSize(), QSize(200, 180));
+        QCOMPARE(table->styleSheet(), QString("background-color: rgb(191, 191, 191);"));
+        QCOMPARE(table->horizontalHeader()->defaultAlignment(), Qt::AlignLeft);
+        QVERIFY(table->horizontalHeader()->stretchLastSection());
+        QVERIFY(!table->verticalHeader()->isVisibleTo(table));
+        QCOMPARE(table->selectionMode(), QAbstractItemView::SingleSelection);
+        QCOMPARE(table->selectionBehavior(), QAbstractItemView::SelectRows);
+        QCOMPARE(table->editTriggers(), QAbstractItemView::NoEditTriggers);
+        QStringList labels;
+        for (int column = 0; column < table->columnCount(); ++column) {
+            labels << table->horizontalHeaderItem(column)->text();
+        }
+        QCOMPARE(labels, QStringList({"FileName", "Size", "Time"}));
+    }
+
+    void theControlsStandAtTheirPlaces()
+    {
+        EnterMergePage();
+        QCOMPARE(Child<QLineEdit>(kField)->geometry(), QRect(120, 0, 240, 25));
+        QCOMPARE(Child<QLineEdit>(kField)->cursorPosition(), 1);
+        QCOMPARE(Button("Back")->geometry(), QRect(20, 2, 100, 35));
+        QCOMPARE(Button("Merge")->geometry(), QRect(820, 2, 100, 35));
+        for (const char* text : {"Add", "Up", "Down", "Delete"}) {
+            auto* button = Button(text);
+            QCOMPARE(button->minimumSize(), QSize(60, 25));
+            QCOMPARE(button->font().pointSize(), 11);
+            QVERIFY(button->font().bold());
+            QVERIFY(button->styleSheet().startsWith("QPushButton{background-color:rgb(191"));
+            QCOMPARE(button->cursor().shape(), Qt::PointingHandCursor);
+            QVERIFY2(button->width() >= button->sizeHint().width(), text);
+            QVERIFY(!button->icon().isNull());
+        }
+    }
+
+    void twoHundredVideosAreListed()
+    {
+        for (int i = 0; i < 200; ++i) {
+            MakeVideo(QString("%1.mp4").arg(i, 3, 10, QChar('0')));
+        }
+        QFile::remove(BesideProgram("tool")); // the list does not wait for durations
+        EnterMergePage();
+        QCOMPARE(Names(kSource).size(), 200);
+        QCOMPARE(Row(kSource, 199), QString("199.mp4, 9 Bytes, "));
+    }
+
+private:
+    void EnterMergePage()
+    {
+        OpenWindow();
+        Call("btnEditSlot");
+    }
+
+    void Add(int row)
+    {
+        ClickRow(kSource, row);
+        Press("Add");
+    }
+
+    void MakeList(const QStringList& names)
+    {
+        for (const QString& name : names) {
+            MakeVideo(name);
+        }
+        EnterMergePage();
+        for (int row = 0; row < names.size(); ++row) {
+            Add(row);
+        }
+    }
+
+    QString Row(const char* table, int row)
+    {
+        QStringList texts;
+        for (int column = 0; column < 3; ++column) {
+            texts << Child<QTableWidget>(table)->item(row, column)->text();
+        }
+        return texts.join(", ");
+    }
+
+    int SelectedRow()
+    {
+        const auto items = Child<QTableWidget>(kTarget)->selectedItems();
+        return items.size() == 3 ? items.first()->row() : -1;
+    }
+
+    QString ListButtons()
+    {
+        QStringList enabled;
+        for (const char* text : {"Up", "Down", "Delete"}) {
+            if (Enabled(text)) {
+                enabled << text;
+            }
+        }
+        return enabled.join(' ');
+    }
+
+    QPushButton* Button(const QString& text)
+    {
+        for (auto* button : Window().findChildren<QPushButton*>()) {
+            if (button->text() == text && button->isVisible()) {
+                return button;
+            }
+        }
+        return nullptr;
+    }
+};
+
+QTEST_MAIN(MergePageTest)
+#include "merge_page_test.moc"

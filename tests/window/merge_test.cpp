@@ -1,0 +1,358 @@
+#include "tests/window/job_tool.h"
+#include "ui/scanui.h"
+
+#include <QProcess>
+
+namespace {
+constexpr auto kSource = "m_pSourceVideoTable";
+const QString kFailure =
+    "Merge failed, not an valid format, it's better to merge created mp4 files";
+} // namespace
+
+class MergeTest : public VideoPageTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
+    void init()
+    {
+        PrepareVideos();
+        SCANUI::m_nError = 0;
+        m_percents.clear();
+        m_currents.clear();
+        m_error = -1;
+    }
+    void cleanup() { FinishVideos(); }
+
+    void everyFileIsConvertedAndAllAreJoinedWithATrailingSeparator()
+    {
+        MakeList({"a b.mp4", "c.mp4"});
+        Press("Merge");
+        const QString from = SaveDirectory();
+        const QStringList calls = Calls();
+        QCOMPARE(calls.size(), 3);
+        QCOMPARE(calls.at(0), Conversion(from + "/a b.mp4", 1));
+        QCOMPARE(calls.at(1), Conversion(from + "/c.mp4", 2));
+        QCOMPARE(calls.at(2), "<-i><concat:" + Target() + "/1.ts|" + Target() +
+                                  "/2.ts|><-acodec><copy><-vcodec><copy><-absf><aac_adtstoasc><" +
+                                  Output() + '>');
+    }
+
+    void onlyTheMergedFileIsLeftNamedByTheTime()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        const QDateTime before = QDateTime::currentDateTime();
+        Press("Merge");
+        QCOMPARE(Results().size(), 1);
+        const auto named =
+            QDateTime::fromString(Results().first(), "'Merge_'yyyy-MM-dd hh-mm-ss'.mp4'");
+        QVERIFY2(named.isValid(), qPrintable(Results().first()));
+        QVERIFY(before.secsTo(named) >= -1 && before.secsTo(named) <= 5);
+        QCOMPARE(Boxes().texts, QStringList{Success()});
+    }
+
+    void twentyFilesAreJoinedInTheirOrder()
+    {
+        MakeVideo("a.mp4");
+        MakeVideo("b.mp4");
+        EnterMergePage();
+        for (int i = 0; i < 20; ++i) {
+            Add(i % 2);
+        }
+        Calls();
+        Press("Merge");
+        const QStringList calls = Calls();
+        QCOMPARE(calls.size(), 21);
+        QCOMPARE(calls.at(18), Conversion(SaveDirectory() + "/a.mp4", 19));
+        QCOMPARE(calls.at(19), Conversion(SaveDirectory() + "/b.mp4", 20));
+        QCOMPARE(calls.at(20).count(".ts|"), 20);
+        QCOMPARE(Results().size(), 1);
+    }
+
+    void theCommandLinesEndAsTheyShould()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        const QString tool = '"' + BesideProgram("tool") + '"';
+        QTest::ignoreMessage(QtDebugMsg,
+                             qPrintable(QDebug::toString(
+                                 tool + " -i \"" + SaveDirectory() +
+                                 "/a.mp4\" -vcodec copy -acodec copy -vbsf h264_mp4toannexb \"" +
+                                 Target() + "/1.ts\" ")));
+        QTest::ignoreMessage(QtDebugMsg, qPrintable(QDebug::toString(Target() + "/2.ts")));
+        QTest::ignoreMessage(QtDebugMsg, QRegularExpression("-absf aac_adtstoasc .*mp4.\"\"$"));
+        Press("Merge");
+    }
+
+    void theFilesAreLookedForInTheFolderShownNow()
+    {
+        MakeVideo("other.mp4", "00:00:01", Target());
+        MakeList({"a.mp4", "b.mp4"});
+        Child<QLineEdit>("m_pLayout4DirEdit")->setText(Target());
+        Press("Merge");
+        QCOMPARE(Calls().first(), Conversion(Target() + "/a.mp4", 1));
+    }
+
+    void anExistingIntermediateIsDeletedFirst()
+    {
+        WriteFile(Target() + "/1.ts", "stale");
+        MakeList({"a.mp4", "b.mp4"});
+        SetJob("if [[ -e ${!#} ]]; then printf stale >\"$here/stale\"; fi\n"
+               "printf made >\"${!#}\"\n");
+        Press("Merge");
+        QVERIFY2(!QFile::exists(BesideProgram("stale")), "the tool found the old intermediate");
+        QCOMPARE(Results().size(), 1);
+    }
+
+    // A directory cannot be removed as a file can: the conversion goes beside it, the join does
+    // not.
+    void anIntermediateThatCannotBeDeletedIsNumberedInTheFirstStageOnly()
+    {
+        QVERIFY(QDir(Target()).mkdir("1.ts"));
+        MakeList({"a.mp4", "b.mp4"});
+        Press("Merge");
+        const QStringList calls = Calls();
+        QVERIFY2(calls.at(0).endsWith('<' + Target() + "/1 (1).ts>"), qPrintable(calls.at(0)));
+        QVERIFY2(calls.at(2).contains("concat:" + Target() + "/1.ts|"), qPrintable(calls.at(2)));
+    }
+
+    void aTakenNameIsNumberedAndShownAsTheDestination()
+    {
+        const QDateTime now = QDateTime::currentDateTime();
+        for (int i = 0; i < 30; ++i) { // every second that the test may need
+            WriteFile(Target() + now.addSecs(i).toString("'/Merge_'yyyy-MM-dd hh-mm-ss'.mp4'"),
+                      "mine");
+        }
+        MakeList({"a.mp4", "b.mp4"});
+        Press("Merge");
+        QCOMPARE(Results().size(), 31);
+        QCOMPARE(Boxes().texts.size(), 1);
+        QVERIFY2(Boxes().texts.first().endsWith(" (1).mp4 "), qPrintable(Boxes().texts.first()));
+        QCOMPARE(Results().filter(" (1)").size(), 1);
+    }
+
+    void aCancelledChooserForgetsFilesAndFolder()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        Press("Merge");
+        Calls();
+        Boxes().directory = QString();
+        Press("Merge");
+        QCOMPARE(Boxes().startDirectory, Target());
+        QCOMPARE(Calls(), QStringList());
+        QCOMPARE(Boxes().texts.size(), 1);
+        const QFileDialog elsewhere(nullptr, QString(), SaveDirectory());
+        Press("Merge"); // it begins where any chooser would
+        QCOMPARE(Boxes().startDirectory, SaveDirectory());
+    }
+
+    void anEmptyListRunsTheJoinAlone()
+    {
+        OpenWindow();
+        Call("btnEditSlot");
+        Listen();
+        Call("btnSlotLayout4Merge");
+        const QStringList calls = Calls();
+        QCOMPARE(calls.size(), 1);
+        QVERIFY(calls.first().startsWith("<-i><concat:><-acodec>"));
+        QCOMPARE(m_percents, QList<int>{100});
+        QCOMPARE(m_error, 0);
+    }
+
+    // 2 files: 60 ticks.
+    void progressCountsChunksOverFilesAndJoin()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        Listen();
+        SetJob("for i in 1 2 3; do echo 'frame=1 frame=2'; sleep 0.1; done\n"
+               "printf made >\"${!#}\"\n");
+        Press("Merge");
+        QCOMPARE(m_percents, QList<int>({1, 3, 5, 6, 8, 10, 11, 13, 15, 100}));
+        const QString from = SaveDirectory();
+        QCOMPARE(m_currents.at(0), from + "/a.mp4");
+        QCOMPARE(m_currents.at(3), from + "/b.mp4");
+        QVERIFY2(m_currents.at(6).contains("/Merge_"), qPrintable(m_currents.at(6)));
+        QCOMPARE(m_currents.last(), m_currents.at(6));
+    }
+
+    void ticksAboveTheTotalDoNotCountAndTellSuccessAgain()
+    {
+        OpenWindow();
+        Call("btnEditSlot");
+        Listen();
+        // 20 ticks are all that an empty list is worth. What comes while a message is open is lost.
+        SetJob("for i in $(seq 22); do echo frame=1; sleep 0.06; done\n");
+        Call("btnSlotLayout4Merge");
+        QCOMPARE(m_percents.first(), 5);
+        QCOMPARE(*std::max_element(m_percents.begin(), m_percents.end()), 100);
+        QVERIFY2(Boxes().texts.size() >= 2, qPrintable(Boxes().texts.join("; ")));
+        QCOMPARE(Boxes().texts.count(Boxes().texts.first()), Boxes().texts.size());
+        QVERIFY(Boxes().texts.first().startsWith("Merge success"));
+    }
+
+    void invalidDataInAConversionRemovesTheResultAndStillReportsNoError()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        Listen();
+        SetJob("[[ $2 == *a.mp4 ]] && echo 'Invalid data found'\nprintf made >\"${!#}\"\n");
+        Press("Merge");
+        QCOMPARE(Calls().size(), 3); // only a cancel stops it
+        QCOMPARE(Results(), QStringList());
+        QCOMPARE(m_error, 0);
+        QCOMPARE(Boxes().texts.size(), 1);
+        QVERIFY(Boxes().texts.first().startsWith("Merge success, file path is "));
+    }
+
+    void theJoinFailsWithEitherText_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("invalid") << QByteArray("Invalid data found when processing input");
+        QTest::newRow("missing") << QByteArray("concat:1.ts: No such file or directory");
+    }
+
+    // The last report carries the result of the conversions.
+    void theJoinFailsWithEitherText()
+    {
+        QFETCH(QByteArray, text);
+        MakeList({"a.mp4", "b.mp4"});
+        Listen();
+        SetJob("[[ $2 == concat:* ]] && echo '" + text + "'\nprintf made >\"${!#}\"\n");
+        Press("Merge");
+        QCOMPARE(Results(), QStringList());
+        QCOMPARE(m_error, 0);
+        QCOMPARE(Boxes().texts.size(), 1);
+    }
+
+    void aMissingFileIsNoErrorInAConversion()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        SetJob("[[ $2 == *a.mp4 ]] && echo 'No such file or directory'\n"
+               "printf made >\"${!#}\"\n");
+        Press("Merge");
+        QCOMPARE(Results().size(), 1);
+    }
+
+    void aCancelInAConversionStopsAfterThatFileAndTellsFailureLast()
+    {
+        MakeList({"a.mp4", "b.mp4", "c.mp4"});
+        Listen();
+        CancelAt("m_pChangeTSProcess");
+        SetJob("printf part >\"${!#}\"; echo frame=1\n"
+               "until [[ $key == q ]]; do read -r -t 0.1 -N 1 key; echo frame=2; done\n"
+               "printf q >>\"$here/keys\"\n");
+        Press("Merge");
+        QCOMPARE(Calls().size(), 1);
+        QCOMPARE(ReadFile(BesideProgram("keys")), QByteArray("q"));
+        QCOMPARE(Results(), QStringList());
+        QCOMPARE(m_error, 2);
+        QCOMPARE(Boxes().texts.size(), 2);
+        QVERIFY(Boxes().texts.first().startsWith("Merge success"));
+        QCOMPARE(Boxes().texts.last(), kFailure);
+    }
+
+    void aCancelInTheJoinRemovesTheResultAndTellsSuccess()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        Listen();
+        CancelAt("m_pMergeProcess");
+        SetJob("printf part >\"${!#}\"; [[ $2 == concat:* ]] || exit 0; echo frame=1\n"
+               "until [[ $key == q ]]; do read -r -t 0.1 -N 1 key; echo frame=2; done\n");
+        Press("Merge");
+        QCOMPARE(Results(), QStringList());
+        QCOMPARE(m_error, 0);
+        QCOMPARE(Boxes().texts.size(), 1);
+        QVERIFY(Boxes().texts.first().startsWith("Merge success"));
+    }
+
+    void aMissingToolTellsSuccess()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        QFile::remove(BesideProgram("tool"));
+        Press("Merge");
+        QCOMPARE(Results(), QStringList());
+        QCOMPARE(Boxes().texts.size(), 1);
+        QVERIFY(Boxes().texts.first().startsWith("Merge success"));
+    }
+
+    void theSourcesAreNeverChanged()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        Press("Merge");
+        QCOMPARE(ReadFile(SaveDirectory() + "/a.mp4"), QByteArray("00:00:30\n"));
+        QCOMPARE(ReadFile(SaveDirectory() + "/b.mp4"), QByteArray("00:00:30\n"));
+    }
+
+    void theListStaysForAnotherMerge()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        Press("Merge");
+        Press("Merge");
+        QCOMPARE(Names("m_pTargetVideoTable"), QStringList({"a.mp4", "b.mp4"}));
+        QCOMPARE(Results().size(), 2); // in the same second, too
+    }
+
+public Q_SLOTS:
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): the signal's signature
+    void Note(int percent, QString current, QString /*destination*/, int error)
+    {
+        m_percents << percent;
+        m_currents << current;
+        m_error = error;
+    }
+    void Cancel() { DRUI::m_bisFinished = true; }
+
+private:
+    void EnterMergePage()
+    {
+        OpenWindow();
+        Call("btnEditSlot");
+    }
+
+    void Add(int row)
+    {
+        ClickRow(kSource, row);
+        Press("Add");
+    }
+
+    void MakeList(const QStringList& names)
+    {
+        for (const QString& name : names) {
+            MakeVideo(name);
+        }
+        EnterMergePage();
+        for (int row = 0; row < names.size(); ++row) {
+            Add(row);
+        }
+        Calls();
+    }
+
+    void Listen()
+    {
+        Calls();
+        QVERIFY(connect(&Window(), SIGNAL(AddProcessCallBack(int, QString, QString, int)), this,
+                        SLOT(Note(int, QString, QString, int))));
+    }
+
+    // The user's yes arrives with the first output of this process.
+    void CancelAt(const char* process)
+    {
+        QFile::remove(BesideProgram("keys"));
+        QVERIFY(connect(Child<QProcess>(process), SIGNAL(readyRead()), this, SLOT(Cancel())));
+    }
+
+    QString Conversion(const QString& input, int number)
+    {
+        return "<-i><" + input + "><-vcodec><copy><-acodec><copy><-vbsf><h264_mp4toannexb><" +
+               Target() + '/' + QString::number(number) + ".ts>";
+    }
+
+    QString Output() { return Target() + '/' + Results().value(0); }
+    QString Success() { return "Merge success, file path is " + Output() + ' '; }
+
+    QList<int> m_percents;
+    QStringList m_currents;
+    int m_error = -1;
+};
+
+QTEST_MAIN(MergeTest)
+#include "merge_test.moc"

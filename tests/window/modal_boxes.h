@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+// A user who answers whatever modal dialog comes up: message dialogs with one of their buttons, the
+// directory chooser with a directory. Keeps what the messages said.
+class ModalBoxes
+{
+public:
+    ModalBoxes()
+    {
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { Answer(); });
+        m_timer.start(5);
+    }
+
+    QStringList texts;      // of the message dialogs, in their order
+    QList<QRect> places;    // where they stood
+    QString button = "OK";  // what answers them
+    QString directory;      // what answers the chooser; null presses its Cancel
+    QString startDirectory; // where the last chooser began
+    int choosers = 0;       // how many there were
+
+private:
+    void Answer()
+    {
+        QWidget* box = QApplication::activeModalWidget();
+        if (box == nullptr || !box->isVisible()) {
+            return;
+        }
+        if (auto* chooser = qobject_cast<QFileDialog*>(box)) {
+            ++choosers;
+            startDirectory = chooser->directory().absolutePath();
+            Choose(*chooser);
+            return;
+        }
+        auto* message = box->findChild<QLabel*>("m_pMessageLabel");
+        texts << (message != nullptr ? message->text() : "not ours: " + box->windowTitle());
+        places << box->geometry();
+        for (auto* candidate : box->findChildren<QPushButton*>()) {
+            if (candidate->text() == button) {
+                QTest::mouseClick(candidate, Qt::LeftButton);
+                return;
+            }
+        }
+        box->close();
+    }
+
+    void Choose(QFileDialog& chooser) const
+    {
+        if (directory.isNull()) {
+            chooser.reject();
+            return;
+        }
+        chooser.findChild<QLineEdit*>("fileNameEdit")->setText(directory);
+        QMetaObject::invokeMethod(&chooser, "accept");
+    }
+
+    QTimer m_timer;
+};

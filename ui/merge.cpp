@@ -1,0 +1,152 @@
+#include "jobs/job_report.h"
+#include "jobs/merge_command.h"
+#include "jobs/record_command.h"
+#include "jobs/tool_runner.h"
+#include "ui/drui.h"
+#include "ui/scanui.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QTableWidget>
+
+// The merge job: every file of the list into a transport stream, then all streams into one file;
+// synchronous, behind the progress dialog.
+
+void DRUI::btnSlotLayout4Merge()
+{
+    m_strMergeSaveDir = QFileDialog::getExistingDirectory(this, QString(), m_strMergeSaveDir,
+                                                          QFileDialog::ShowDirsOnly);
+    m_vecMergeFiles.clear();
+    if (m_strMergeSaveDir.isNull()) {
+        return;
+    }
+    for (int row = 0; row < m_pTargetVideoTable->rowCount(); ++row) {
+        m_vecMergeFiles.append(m_pTargetVideoTable->item(row, 0)->text());
+    }
+    m_bisFinished = false;
+    SCANUI progress;
+    progress.InitSlot(this);
+    progress.ShowOver(*this);
+    StartQProcessMerge();
+}
+
+// The last report carries the result of the conversions alone, and is meant to: a merge that fails
+// in its second stage, or is cancelled there, ends like a good one. Its file is gone by then.
+int DRUI::StartQProcessMerge()
+{
+    m_nMergeRet = kJobGood;
+    const QString output =
+        FreePath(MergeDestination(m_strMergeSaveDir, QDateTime::currentDateTime()));
+    m_nMergeProcessPos = 0;
+    m_nMergeProcessTotal = MergeTicks(m_vecMergeFiles.size());
+
+    QStringList streams;
+    const int result = ConvertAll(output, streams);
+    if (result == kJobGood) {
+        JoinStreams(streams, output);
+    }
+    for (const QString& stream : streams) {
+        QFile::remove(stream);
+    }
+    if (m_nMergeRet != kJobGood) {
+        QFile::remove(output);
+    }
+    Q_EMIT AddProcessCallBack(100, output, output, result);
+    return result;
+}
+
+// The files are looked for in the folder that the page shows now, wherever they were added from.
+int DRUI::ConvertAll(const QString& output, QStringList& streams)
+{
+    for (const QString& name : m_vecMergeFiles) {
+        const QString stream =
+            IntermediatePath(m_strMergeSaveDir, static_cast<int>(streams.size()) + 1);
+        QFile::remove(stream);
+        streams.append(stream);
+        std::wstring to = stream.toStdWString();
+        std::wstring from = (m_pLayout4DirEdit->text() + '/' + name).toStdWString();
+        std::wstring target = output.toStdWString();
+        const int result = ChangeToTS(to.data(), from.data(), target.data());
+        if (result != kJobGood) {
+            return result;
+        }
+    }
+    return kJobGood;
+}
+
+// Every stream is followed by the separator, the last one too; this is meant.
+void DRUI::JoinStreams(const QStringList& streams, const QString& output)
+{
+    m_strTargetName = output;
+    QString list;
+    for (const QString& stream : streams) {
+        list += stream + '|';
+    }
+    RunTool(*m_pMergeProcess, ConcatCommand(ToolPrefix(), list, output));
+}
+
+int DRUI::ChangeToTS(wchar_t* tsPath, wchar_t* inputPath, wchar_t* targetPath)
+{
+    m_nChangeTSRet = kJobGood;
+    m_strCurMergeName = QString::fromWCharArray(inputPath);
+    m_strTargetName = QString::fromWCharArray(targetPath);
+    // Still there only when it could not be removed; the join keeps asking for the first name.
+    const QString stream = FreePath(QString::fromWCharArray(tsPath));
+    qDebug() << stream;
+    RunTool(*m_pChangeTSProcess, ChangeToTSCommand(ToolPrefix(), m_strCurMergeName, stream));
+    return m_nChangeTSRet;
+}
+
+// A bad input marks the merge as failed but stops nothing; only a cancel does.
+void DRUI::ReadChange2TSInfo()
+{
+    const QString text = ReadToolText(*m_pChangeTSProcess);
+    if (text.contains(kInvalidMarker)) {
+        m_nMergeRet = kJobInvalid;
+    }
+    if (text.contains(kFrameMarker)) {
+        CountMergeTick(m_strCurMergeName);
+    }
+    if (m_bisFinished) {
+        m_nChangeTSRet = kJobCancelled;
+        AskToolToQuit(*m_pChangeTSProcess);
+    }
+}
+
+void DRUI::ReadMergeInfo()
+{
+    const QString text = ReadToolText(*m_pMergeProcess);
+    if (text.contains(kInvalidMarker) || text.contains(kMissingMarker)) {
+        m_nMergeRet = kJobInvalid;
+    }
+    if (text.contains(kFrameMarker)) {
+        CountMergeTick(m_strTargetName);
+    }
+    if (m_bisFinished) {
+        m_nMergeRet = kJobCancelled;
+        AskToolToQuit(*m_pMergeProcess);
+    }
+}
+
+void DRUI::CountMergeTick(const QString& current)
+{
+    m_nMergeProcessPos = qMin(m_nMergeProcessPos + 1, m_nMergeProcessTotal);
+    Q_EMIT AddProcessCallBack(MergePercent(m_nMergeProcessPos, m_nMergeProcessTotal), current,
+                              m_strTargetName, kJobGood);
+}
+
+// The entry for the job thread; no merge is made here.
+void DRUI::_AddProcess(void* param, int& result)
+{
+    m_bisFinished = false;
+    auto* window = static_cast<DRUI*>(param);
+    std::wstring directory = window->m_strMergeSaveDir.toStdWString();
+    window->MakeAddVedio(directory.data(), result);
+}
+
+int DRUI::MakeAddVedio(wchar_t* /*path*/, int& /*result*/)
+{
+    return 0;
+}

@@ -1,0 +1,60 @@
+#include "ui/drui.h"
+#include "ui/page_parts.h"
+
+#include <QLineEdit>
+#include <QStackedLayout>
+#include <QTableWidget>
+
+// The pages built anew for another size of the window; what their tables held is carried over.
+
+namespace {
+
+using Rows = QVector<_MERGER_FILE_INFO_>;
+
+QString CellText(const QTableWidget* table, int row, int column)
+{
+    const QTableWidgetItem* cell = table->item(row, column);
+    return cell == nullptr ? QString() : cell->text();
+}
+
+Rows RowsOf(const QTableWidget* table)
+{
+    Rows rows(table->rowCount());
+    for (int row = 0; row < table->rowCount(); ++row) {
+        CopyWide(CellText(table, row, 0), rows[row].szFileName);
+        CopyWide(CellText(table, row, 1), rows[row].szSize);
+        CopyWide(CellText(table, row, 2), rows[row].szTime);
+    }
+    return rows;
+}
+
+QStringList Texts(const _MERGER_FILE_INFO_& row)
+{
+    return {QString::fromWCharArray(row.szFileName), QString::fromWCharArray(row.szSize),
+            QString::fromWCharArray(row.szTime)};
+}
+
+} // namespace
+
+// Every page is in its first state then: Merge is disabled whatever the list holds, the settings
+// are read and the capture devices listed again. This is meant.
+void DRUI::RebuildPages()
+{
+    const int page = m_pStack->currentIndex();
+    const Rows cut = RowsOf(m_pCutTable);
+    const Rows source = RowsOf(m_pSourceVideoTable);
+    const Rows target = RowsOf(m_pTargetVideoTable);
+    WatchFolderFields(false); // a field that is deleted with the cursor in it is left, too
+    BuildPages();
+    for (const _MERGER_FILE_INFO_& row : cut) {
+        AppendCutRow(QString::fromWCharArray(row.szFileName));
+    }
+    for (const _MERGER_FILE_INFO_& row : source) {
+        AppendSourceRow(Texts(row));
+    }
+    for (const _MERGER_FILE_INFO_& row : target) {
+        AppendTargetRow(Texts(row));
+    }
+    WatchFolderFields(true);
+    m_pStack->setCurrentIndex(page);
+}

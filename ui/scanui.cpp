@@ -1,0 +1,214 @@
+#include "ui/scanui.h"
+
+#include "jobs/job_report.h"
+#include "ui/drui.h"
+#include "ui/page_parts.h"
+#include "ui/styles.h"
+
+#include <QCloseEvent>
+#include <QElapsedTimer>
+#include <QProgressBar>
+#include <QThread>
+#include <QWindow>
+
+int SCANUI::m_nOprType = 0;
+bool SCANUI::m_bIsFinished = false;
+int SCANUI::m_nError = kJobGood;
+QPointer<QProgressBar> SCANUI::m_progressBar;
+
+SCANUI::SCANUI(QDialog* parent, Qt::WindowFlags /*flags*/)
+    : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint)
+{
+    setWindowTitle(kProductName);
+    setFixedSize(500, 250);
+    resize(500, 250);
+    InitDialog();
+}
+
+void SCANUI::InitSlot(DRUI* drui)
+{
+    m_pDrui = drui;
+    connect(m_pDrui, SIGNAL(AddProcessCallBack(int, QString, QString, int)), this,
+            SLOT(AddProcessCallBackSlot(int, QString, QString, int)));
+    connect(m_pDrui, SIGNAL(CutProcessCallBack(int, QString, QString, int)), this,
+            SLOT(CutProcessCallBackSlot(int, QString, QString, int)));
+}
+
+// Input waits meanwhile: nobody can close anything before the job has begun.
+void SCANUI::ShowOver(const QWidget& window)
+{
+    setGeometry(window.x() + window.width() / 4, window.y() + window.height() / 4, 500, 250);
+    setVisible(true);
+    QElapsedTimer waited;
+    waited.start();
+    while (!windowHandle()->isExposed() && waited.elapsed() < 1000) {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        QThread::msleep(2);
+    }
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void SCANUI::InitDialog()
+{
+    m_bIsFinished = false;
+    auto* dialog = BareLayout<QVBoxLayout>();
+    dialog->addWidget(CreateStrip());
+    dialog->addStretch(2);
+    dialog->addLayout(CreateBody());
+    setLayout(dialog);
+}
+
+QLabel* SCANUI::CreateStrip()
+{
+    auto* strip = new QLabel(this);
+    strip->setStyleSheet(backGroud_style);
+    auto* logo = new QLabel(strip);
+    logo->setPixmap(Logo(Qt::KeepAspectRatio));
+    auto* name = new QLabel(kProductName, strip);
+    name->setFont(CalibriFont(13));
+    SetTextColor(name, Qt::white);
+    auto* close = new QPushButton(strip);
+    close->setFlat(true);
+    close->setIcon(QIcon(":/image/close.png"));
+    close->setFixedSize(30, 30);
+    close->setCursor(Qt::PointingHandCursor);
+    close->setAccessibleName("Close");
+    connect(close, SIGNAL(clicked()), this, SLOT(btnSlot()));
+
+    auto* row = BareLayout<QHBoxLayout>();
+    row->addSpacing(10);
+    row->addWidget(logo);
+    row->addSpacing(10);
+    row->addWidget(name);
+    row->addStretch();
+    row->addWidget(close);
+    row->addSpacing(5);
+    strip->setLayout(row);
+    strip->setMinimumHeight(40);
+    return strip;
+}
+
+QVBoxLayout* SCANUI::CreateBody()
+{
+    m_progressBar = new QProgressBar(this);
+    m_progressBar->setObjectName("progressBar");
+    m_progressBar->setRange(0, 100);
+    m_progressBar->setValue(0);
+    m_progressBar->setTextVisible(false);
+
+    m_labelInfo = new QLabel(this);
+    m_labelInfo->setObjectName("m_labelInfo");
+    m_labelInfo->setTextFormat(Qt::PlainText); // a file's name is no markup
+    m_labelInfo->setFont(CalibriFont(12));
+    m_labelInfo->setMinimumHeight(3 * m_labelInfo->fontMetrics().lineSpacing());
+    SetTextColor(m_labelInfo, Qt::black);
+
+    auto* holder = new QLabel(this);
+    holder->setMinimumHeight(45);
+    QPushButton* cancel = CreateBarButton(holder, {0, 0, 100, 30}, "Cancel");
+    connect(cancel, SIGNAL(clicked()), this, SLOT(btnSlot()));
+    cancel->move((width() - 10 - cancel->width()) / 2, 5);
+
+    auto* body = new QVBoxLayout;
+    body->setContentsMargins(5, 0, 5, 0);
+    body->addWidget(m_progressBar);
+    body->addStretch(2);
+    body->addWidget(m_labelInfo);
+    body->addWidget(holder);
+    return body;
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the signal's signature
+void SCANUI::AddProcessCallBackSlot(int percent, QString current, QString destination, int error)
+{
+    Report(kMergeOperation, percent, current, destination, error);
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the signal's signature
+void SCANUI::CutProcessCallBackSlot(int percent, QString current, QString destination, int error)
+{
+    Report(kCutOperation, percent, current, destination, error);
+}
+
+// The last report closes the dialog before its error is stored. So a job that ends with an error
+// after a good one tells success first and failure last; this is meant.
+void SCANUI::Report(int operation, int percent, const QString& current, const QString& destination,
+                    int error)
+{
+    m_nOprType = operation;
+    m_progressBar->setValue(percent);
+    m_strDestination = destination;
+    m_labelInfo->setText(ProgressText(operation, percent, current, destination));
+    if (percent == 100) {
+        m_bIsFinished = true;
+        m_msgBox.Close();
+        CloseForReport();
+    }
+    m_nError = error;
+    if (m_nError != kJobGood) {
+        CloseForReport();
+    }
+}
+
+// Every such close tells an outcome. Qt sends a dialog that is hidden already no event, so that one
+// gets it by hand; while an outcome is being told, another close does nothing.
+void SCANUI::CloseForReport()
+{
+    if (isVisible()) {
+        close();
+    } else if (!m_bIsTelling) {
+        m_bIsTelling = true;
+        QCloseEvent event;
+        QCoreApplication::sendEvent(this, &event);
+        m_bIsTelling = false;
+    }
+}
+
+void SCANUI::btnSlot()
+{
+    close();
+}
+
+void SCANUI::closeEvent(QCloseEvent* event)
+{
+    event->accept();
+    if (m_nError != kJobGood) { // that of an earlier job too, until this one reports
+        Tell(FailureText(m_nOprType));
+    } else if (m_bIsFinished) {
+        Tell(SuccessText(m_nOprType, m_strDestination));
+    } else {
+        const bool cancel = AskToCancel();
+        if (m_bIsFinished) { // while the question was open
+            Tell(SuccessText(m_nOprType, m_strDestination));
+        } else if (cancel) {
+            DRUI::m_bisFinished = true;
+            m_progressBar->setValue(0);
+        } else {
+            event->ignore();
+        }
+    }
+}
+
+void SCANUI::paintEvent(QPaintEvent* /*event*/) {}
+
+bool SCANUI::AskToCancel()
+{
+    m_msgBox.setGeometry(BoxPlace());
+    m_msgBox.InitQuestionDialog(CancelQuestion(m_nOprType));
+    m_msgBox.exec();
+    return m_msgBox.GetMessageBoxRet() == 1;
+}
+
+void SCANUI::Tell(const QString& text)
+{
+    CMessageBox box;
+    box.setGeometry(BoxPlace());
+    box.InitInfoDialog(text);
+    box.exec();
+}
+
+// A message dialog's own fixed size of 400 by 150 takes the place of this one.
+QRect SCANUI::BoxPlace() const
+{
+    return {x() + width() / 8, y() + height() / 8, 150, 400};
+}

@@ -1,0 +1,85 @@
+#include "jobs/folder_scan.h"
+#include "ui/drui.h"
+#include "ui/page_parts.h"
+#include "ui/styles.h"
+
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QTableWidget>
+
+// What the cut and the merge page share: the row with the folder, the look of the tables, the bar
+// at the bottom, and the folder fields' reaction to being left.
+
+QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, const char* slot)
+{
+    const QFont font = CalibriFont(shape.points, QFont::Bold);
+    auto* holder = new QLabel(page);
+    holder->setStyleSheet(panel_style);
+    holder->setMinimumSize(300, 25);
+    CreateText(holder, shape.label, "Video directory: ", font);
+
+    auto* field = new QLineEdit(m_pSaveDirEdit->text(), holder);
+    field->setObjectName(shape.fieldName);
+    field->setGeometry(shape.field);
+    field->setStyleSheet(field_style);
+    field->setFont(font);
+    field->setCursorPosition(1);
+    field->setAccessibleName("Video directory");
+    connect(CreateFolderButton(holder, shape.button), SIGNAL(clicked()), this, slot);
+
+    auto* row = new QHBoxLayout;
+    row->setContentsMargins(20, 0, 20, 0);
+    row->addWidget(holder);
+    row->addSpacing(width() - shape.widthLeft);
+    return row;
+}
+
+// A table of whole rows, one selected at a time, that cannot be edited.
+QTableWidget* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
+{
+    auto* table = new QTableWidget(0, static_cast<int>(labels.size()), page);
+    table->setFont(CalibriFont(11));
+    table->horizontalHeader()->setFont(CalibriFont(11));
+    table->setHorizontalHeaderLabels(labels);
+    table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft);
+    table->horizontalHeader()->setStretchLastSection(true);
+    table->verticalHeader()->setVisible(false);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setSelectionMode(QAbstractItemView::SingleSelection);
+    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    return table;
+}
+
+std::string DRUI::DurationOf(const QString& folder, const _FILE_INFO_& file)
+{
+    std::wstring path = folder.toStdWString() + L'/' + file.szFileName;
+    return GetVedioTimeSeconds(path.data());
+}
+
+void DRUI::WatchFolderFields(bool watch)
+{
+    for (QLineEdit* field : {m_pLayout3DirEdit, m_pLayout4DirEdit}) {
+        if (watch) {
+            field->installEventFilter(this);
+        } else {
+            field->removeEventFilter(this);
+        }
+    }
+}
+
+// Leaving a folder field reads its folder again, on whatever page, and for whatever reason the
+// field is left. Add is disabled with either field, which is meant.
+bool DRUI::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::FocusOut &&
+        (watched == m_pLayout3DirEdit || watched == m_pLayout4DirEdit)) {
+        const QString folder = static_cast<QLineEdit*>(watched)->text();
+        if (!folder.isEmpty() && watched == m_pLayout3DirEdit) {
+            FillCutTable(folder);
+        } else if (!folder.isEmpty()) {
+            FillSourceTable(folder);
+        }
+        m_pBtnAdd->setEnabled(false);
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
