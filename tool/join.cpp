@@ -318,7 +318,8 @@ Arguments EncodingJoin(const Join& join, const std::vector<PartDescription>& par
 {
     Arguments result;
     for (const std::string& part : join.parts) {
-        result.insert(result.end(), {"-i", part});
+        // All decoders live at once, each with a set of pictures for every thread.
+        result.insert(result.end(), {"-threads", "1", "-i", part});
     }
     const JoinGraph graph(parts);
     result.insert(result.end(), {"-filter_complex", graph.Text()});

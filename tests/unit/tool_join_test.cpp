@@ -204,7 +204,8 @@ void ToolJoinTest::silentAndBlackPartsAreMade()
                                                       {0, 0, "", 48000, "stereo", 3},
                                                       {320, 240, "60", 44100, "mono", 4}};
     const QString line = Joined(tool::EncodingJoin(join, parts));
-    QVERIFY2(line.startsWith("-i 1.ts -i 2.ts -i 3.ts -filter_complex "), qPrintable(line));
+    QVERIFY2(line.startsWith("-threads 1 -i 1.ts -threads 1 -i 2.ts -threads 1 -i 3.ts -filter_"),
+             qPrintable(line));
     QVERIFY2(line.contains("anullsrc=r=48000:cl=stereo"), qPrintable(line));
     QVERIFY2(line.contains("color=black:s=160x120:r=25:d=3"), qPrintable(line));
     QVERIFY2(line.contains("concat=n=3:v=1:a=1[v][a]"), qPrintable(line));
