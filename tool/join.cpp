@@ -15,13 +15,13 @@ namespace {
 
 constexpr std::string_view protocol = "concat:";
 
-// A movie of which neither is known, as for the first one that has no picture.
+// Where ffmpeg names no rate, or none that a player keeps up with.
 constexpr const char* usualRate = "30";
 
 // Register 0 holds when the sound kept so far ends. A packet that should have begun more than half
-// its length before is dropped; after a pause of several packets the count begins anew.
+// its length before is dropped; after a pause of two packets the count begins anew.
 constexpr const char* soundInTime =
-    ",noise=drop='if(lt(pts\\,ld(0)-d/2)\\,1\\,0*st(0\\,if(gt(pts\\,ld(0)+2*d)\\,pts\\,ld(0))+d))'";
+    R"(,noise=drop='if(lt(pts\,ld(0)-d/2)\,1\,0*st(0\,if(gt(pts\,ld(0)+2*d)\,pts\,ld(0))+d))')";
 
 bool IsFile(const std::string& path)
 {
@@ -318,7 +318,8 @@ Arguments EncodingJoin(const Join& join, const std::vector<PartDescription>& par
 {
     Arguments result;
     for (const std::string& part : join.parts) {
-        result.insert(result.end(), {"-i", part});
+        // All decoders live at once, each with a set of pictures for every thread.
+        result.insert(result.end(), {"-threads", "1", "-i", part});
     }
     const JoinGraph graph(parts);
     result.insert(result.end(), {"-filter_complex", graph.Text()});
