@@ -57,7 +57,7 @@ private slots:
     void memory();
     void recording();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no measurement
+private:
     static constexpr int kSeconds = 20;
 
     static void PrintFile(const QString& path, double seconds);

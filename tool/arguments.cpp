@@ -185,6 +185,11 @@ Arguments OutputOptions(Arguments options, bool sound, const std::string& rate)
             PrependFilter(options, {"-af", "-filter:a"}, "aresample=async=" + amount);
         }
     }
+    if (!ValueOf(options, "-flush_packets")) {
+        // What was recorded is in the file at once: the recorder shows its size, and little of a
+        // still screen would reach it for minutes.
+        options.insert(options.begin(), {"-flush_packets", "1"});
+    }
     if (!ValueOf(options, "-g")) {
         options.insert(options.begin(), {"-g", keyFrameDistance});
     }

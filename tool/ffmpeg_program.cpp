@@ -1,12 +1,15 @@
 #include "tool/ffmpeg_program.h"
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -86,6 +89,50 @@ bool KnowsOption(const std::string& program, const std::string& option)
     const bool found = !isScript && memmem(bytes, size, text.data(), text.size()) != nullptr;
     munmap(bytes, size);
     return found;
+}
+
+void Become(const std::string& program, const std::vector<std::string>& arguments)
+{
+    std::vector<char*> pointers{const_cast<char*>(program.c_str())};
+    for (const std::string& argument : arguments) {
+        pointers.push_back(const_cast<char*>(argument.c_str()));
+    }
+    pointers.push_back(nullptr);
+    execv(program.c_str(), pointers.data());
+}
+
+Answer Ask(const std::string& program, const std::vector<std::string>& arguments)
+{
+    constexpr int failed = 127;
+    std::array<int, 2> pipe{};
+    if (pipe2(pipe.data(), O_CLOEXEC) != 0) {
+        return {};
+    }
+    const pid_t child = fork();
+    if (child == 0) {
+        const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+        dup2(nothing, STDIN_FILENO);
+        dup2(nothing, STDOUT_FILENO);
+        dup2(pipe[1], STDERR_FILENO);
+        Become(program, arguments);
+        _exit(failed);
+    }
+    close(pipe[1]);
+    Answer answer;
+    std::array<char, 4096> bytes{};
+    for (ssize_t got = 1; child > 0 && got != 0;) {
+        got = read(pipe[0], bytes.data(), bytes.size());
+        if (got < 0 && errno != EINTR) {
+            break;
+        }
+        answer.text.append(bytes.data(), static_cast<size_t>(std::max<ssize_t>(got, 0)));
+    }
+    close(pipe[0]);
+    int status = 0;
+    while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    answer.code = child > 0 && WIFEXITED(status) ? WEXITSTATUS(status) : failed;
+    return answer;
 }
 
 } // namespace tool

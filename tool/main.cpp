@@ -1,12 +1,19 @@
 // `tool`: the stock ffmpeg behind the capture interface that the recorder speaks. Lists the devices
-// itself; for all else it translates the arguments and becomes ffmpeg.
+// and tells the duration of an undoubtful MP4 itself; for all else it translates the arguments and
+// becomes ffmpeg.
 //
-// Exit codes of its own: 1 for a list (as ffmpeg, whose list ends in an error) and for a device
-// that does not exist, 127 when there is no ffmpeg.
+// Exit codes of its own: 1 for a list or a duration (as ffmpeg, which ends either with an error)
+// and for a device that does not exist, 127 when there is no ffmpeg.
 #include "tool/arguments.h"
+#include "tool/conversion.h"
+#include "tool/cut.h"
+#include "tool/early_keys.h"
 #include "tool/ffmpeg_program.h"
+#include "tool/frugal_file.h"
+#include "tool/join.h"
 #include "tool/listing.h"
 #include "tool/monitors.h"
+#include "tool/movie.h"
 #include "tool/remembered_devices.h"
 #include "tool/sound_devices.h"
 #include "tool/sound_feeder.h"
@@ -30,6 +37,7 @@ namespace {
 constexpr int failed = 1;
 constexpr int noProgram = 127;
 constexpr std::chrono::milliseconds soundPatience{1500};
+constexpr std::chrono::milliseconds untilFirstPicture{1000}; // measured: 130 ms
 
 std::string Variable(const char* name)
 {
@@ -119,12 +127,7 @@ std::optional<std::vector<std::string>> ResolveSources(const std::vector<int>& i
 
 int Become(const std::string& ffmpeg, const tool::Arguments& arguments)
 {
-    std::vector<char*> pointers{const_cast<char*>(ffmpeg.c_str())};
-    for (const std::string& argument : arguments) {
-        pointers.push_back(const_cast<char*>(argument.c_str()));
-    }
-    pointers.push_back(nullptr);
-    execv(ffmpeg.c_str(), pointers.data());
+    tool::Become(ffmpeg, arguments);
     return Complain(ffmpeg + " cannot be run: " + std::strerror(errno), noProgram);
 }
 
@@ -152,6 +155,7 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     // Should the recorder die, nobody would stop ffmpeg: this signal makes it finish the file. It
     // survives the exec.
     prctl(PR_SET_PDEATHSIG, SIGTERM);
+    tool::HoldEarlyKeys(STDIN_FILENO, untilFirstPicture);
     if (!sources->empty()) {
         const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments)});
         if (pipe < 0) {
@@ -162,11 +166,74 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     return Become(ffmpeg, tool::TranslateCapture(arguments, plan));
 }
 
+std::optional<tool::Movie> Look(const std::string& path)
+{
+    tool::FrugalFile file(path, tool::movieAllowance);
+    return tool::ReadMovie(file);
+}
+
+// A cut from behind the end is left as it is: sought, it would give the last pictures.
+bool BeginsInside(const tool::Cut& cut)
+{
+    constexpr int64_t second = 1000000;
+    const auto movie = Look(cut.source);
+    return !movie || !movie->duration || movie->fragmented ||
+           cut.start < (*movie->duration + second - 1) / second;
+}
+
+// What fits together is copied. All else is encoded anew, by an ffmpeg that opens every part before
+// it begins: it goes on to the end when they are deleted meanwhile.
+int JoinParts(const std::string& ffmpeg, const tool::Arguments& arguments, const tool::Join& join)
+{
+    if (join.parts.empty() || tool::CanBeCopied(join)) {
+        const bool dropsOverlap = join.parts.size() > 1 && tool::KnowsOption(ffmpeg, "fps_mode");
+        return Become(ffmpeg, tool::CopyingJoin(arguments, dropsOverlap));
+    }
+    tool::Arguments question = {"-hide_banner"};
+    for (const std::string& part : join.parts) {
+        question.insert(question.end(), {"-i", part});
+    }
+    const tool::Answer answer = tool::Ask(ffmpeg, question);
+    const auto parts = tool::ParseDescriptions(answer.text);
+    if (parts.size() != join.parts.size()) {
+        // It says itself which part it cannot read.
+        std::fwrite(answer.text.data(), 1, answer.text.size(), stderr);
+        return failed;
+    }
+    for (size_t i = 0; i < parts.size(); ++i) {
+        if (!parts[i].HasPicture() && !parts[i].HasSound()) {
+            return Complain(join.parts[i] + ": Invalid data: neither picture nor sound", failed);
+        }
+    }
+    return Become(ffmpeg, tool::EncodingJoin(join, parts));
+}
+
+int PassOn(const std::string& ffmpeg, const tool::Arguments& arguments)
+{
+    if (const auto cut = tool::ReadCut(arguments); cut && BeginsInside(*cut)) {
+        return Become(ffmpeg, tool::TranslateCut(*cut));
+    }
+    if (const auto conversion = tool::ReadConversion(arguments)) {
+        const auto intermediate = tool::ChooseIntermediate(Look(conversion->source));
+        return Become(ffmpeg, tool::TranslateConversion(arguments, intermediate));
+    }
+    if (const auto join = tool::ReadJoin(arguments)) {
+        return JoinParts(ffmpeg, arguments, *join);
+    }
+    return Become(ffmpeg, tool::TranslatePassThrough(arguments));
+}
+
 } // namespace
 
 int main(int count, char** values)
 {
     const tool::Arguments arguments(values + (count > 0 ? 1 : 0), values + count);
+    if (arguments.size() == 2 && arguments.front() == "-i") {
+        if (const auto text = tool::ProbeText(arguments.back())) {
+            std::fwrite(text->data(), 1, text->size(), stderr);
+            return failed;
+        }
+    }
     const tool::Request request = tool::ReadRequest(arguments);
     if (request.kind == tool::RequestKind::ListDevices) {
         return PrintListing();
@@ -186,5 +253,5 @@ int main(int count, char** values)
     if (request.kind == tool::RequestKind::Capture) {
         return Record(ffmpeg, arguments, request);
     }
-    return Become(ffmpeg, tool::TranslatePassThrough(arguments));
+    return PassOn(ffmpeg, arguments);
 }

@@ -1,17 +1,16 @@
 #include "tool/sound_feeder.h"
 
+#include "tool/companion.h"
 #include "tool/sound_reader.h"
 #include "tool/sound_track.h"
 
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstdint>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
-#include <sys/prctl.h>
 #include <unistd.h>
 
 namespace tool {
@@ -133,39 +132,6 @@ private:
     SoundReader m_reader;
 };
 
-// Keeps nothing open but the pipe: whoever waits for the end of ffmpeg's output must not wait for
-// us.
-int CloseAllBut(int pipe)
-{
-    const int nothing = open("/dev/null", O_RDWR);
-    for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        dup2(nothing, standard);
-    }
-    constexpr int first = STDERR_FILENO + 1;
-    if (pipe != first) {
-        dup2(pipe, first);
-    }
-    close_range(first + 1, ~0U, 0);
-    return first;
-}
-
-[[noreturn]] void RunChild(const FeederPlan& plan, int pipe, pid_t parent)
-{
-    // A Ctrl-C in a terminal goes to ffmpeg as well: it finishes the file, and wants sound until it
-    // closes the pipe.
-    for (const int signal : {SIGINT, SIGHUP, SIGQUIT, SIGPIPE}) {
-        std::signal(signal, SIG_IGN);
-    }
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() == parent) {
-        const int own = CloseAllBut(pipe);
-        fcntl(own, F_SETFL, O_WRONLY | O_NONBLOCK);
-        fcntl(own, F_SETFD, FD_CLOEXEC);
-        Feeder(plan, own).Run();
-    }
-    _exit(0);
-}
-
 } // namespace
 
 int StartSoundFeeder(const FeederPlan& plan)
@@ -174,14 +140,14 @@ int StartSoundFeeder(const FeederPlan& plan)
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         return -1;
     }
-    const pid_t parent = getpid();
-    const pid_t child = fork();
-    if (child == 0) {
-        RunChild(plan, ends[1], parent);
-    }
+    const bool started = StartCompanion(ends[1], [&plan](int pipe) {
+        fcntl(pipe, F_SETFL, O_WRONLY | O_NONBLOCK);
+        fcntl(pipe, F_SETFD, FD_CLOEXEC);
+        Feeder(plan, pipe).Run();
+    });
     const int reason = errno;
     close(ends[1]);
-    if (child < 0 || fcntl(ends[0], F_SETFD, 0) != 0) {
+    if (!started || fcntl(ends[0], F_SETFD, 0) != 0) {
         close(ends[0]);
         errno = reason;
         return -1;

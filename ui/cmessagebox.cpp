@@ -23,6 +23,9 @@ void CMessageBox::InitInfoDialog(QString text) // NOLINT(performance-unnecessary
     close->setGeometry(5, 0, 30, 30);
     close->setIcon(QIcon(":/image/close.png"));
     close->setCursor(Qt::PointingHandCursor);
+    close->setFlat(true); // the title stands over it: a frame would stick out
+    close->setFocusPolicy(Qt::NoFocus);
+    close->setAutoDefault(false); // Enter is for OK
     // A slot that the dialog does not have, so the button does nothing. This is meant: OK or a
     // right click closes the dialog.
     connect(close, SIGNAL(clicked()), this, SLOT(btnSlotClose()));

@@ -22,6 +22,9 @@ void DRUI::InitLayout1Widget()
     m_pLayout1Widget = new QWidget(this);
     m_pLayout1Widget->setObjectName("m_pLayout1Widget");
     const int stripWidth = width() - 1;
+    // Built first: Tab goes through the controls in the order of their building.
+    QVBoxLayout* header =
+        CreateHeader(m_pLayout1Widget, {stripWidth, stripWidth - 100, 101, Qt::IgnoreAspectRatio});
 
     auto* rows = BareLayout<QVBoxLayout>();
     for (QPushButton* entry : {
@@ -44,8 +47,7 @@ void DRUI::InitLayout1Widget()
     }
 
     auto* page = BareLayout<QVBoxLayout>();
-    page->addLayout(
-        CreateHeader(m_pLayout1Widget, {stripWidth, stripWidth - 100, 101, Qt::IgnoreAspectRatio}));
+    page->addLayout(header);
     page->addStretch(1);
     page->addLayout(rows, 10); // the stretches around would take all the room between the entries
     page->addStretch(1);

@@ -71,7 +71,6 @@ QPushButton* CreateFolderButton(QWidget* parent, const QRect& place)
     auto* button = new QPushButton(parent);
     button->setGeometry(place);
     button->setIcon(QIcon(":/image/folder.png"));
-    button->setCursor(Qt::PointingHandCursor);
     button->setAccessibleName("Choose directory");
     return button;
 }

@@ -20,6 +20,8 @@ void DRUI::InitLayout2Widget()
     delete m_pLayout2Widget;
     m_pLayout2Widget = new QWidget(this);
     m_pLayout2Widget->setObjectName("m_pLayout2Widget");
+    QVBoxLayout* header =
+        CreateHeader(m_pLayout2Widget, {width(), width() - 100, 101, Qt::KeepAspectRatio});
 
     auto* center = new QVBoxLayout;
     center->setContentsMargins(50, 50, 50, 50);
@@ -27,8 +29,7 @@ void DRUI::InitLayout2Widget()
 
     auto* page = new QVBoxLayout;
     page->setContentsMargins(0, 0, 0, 0);
-    page->addLayout(
-        CreateHeader(m_pLayout2Widget, {width(), width() - 100, 101, Qt::KeepAspectRatio}));
+    page->addLayout(header);
     page->addStretch(3);
     page->addLayout(center);
     page->addStretch(3);

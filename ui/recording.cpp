@@ -120,7 +120,8 @@ int DRUI::StartQProcessRecord()
     m_strStartError.clear();
     const RecordDevices devices{m_cScreenIndex, m_nMicIndex, m_nSoundIndex};
     if (!StartTool(*m_pRecProcess, RecordCommand(ToolPrefix(), devices, audio, m_strRecFile))) {
-        m_strStartError = m_pRecProcess->errorString();
+        // "execvp: No such file or directory" tells the user less than which file.
+        m_strStartError = "tool: " + m_pRecProcess->errorString().section(": ", -1);
     } else if (finishing) {
         m_strStartError = "the recording before it was still being finished";
     }
@@ -136,6 +137,9 @@ void DRUI::doTimerRec()
     const QFileInfo file(m_strRecFile);
     m_pStereoMix->setText(
         RecordingStatus(ElapsedMs(m_nRecStartTick, TickNow()), file.exists() ? file.size() : 0));
+    // Its place is made for 72 dots to the inch; where letters are larger, it grows downwards.
+    m_pStereoMix->resize(m_pStereoMix->width(),
+                         qMax(m_pStereoMix->height(), m_pStereoMix->sizeHint().height()));
     if (FreeBytes(m_pSaveDirEdit->text()) < kLeastFreeBytes) {
         m_nRecorderRet = kStoppedForSpace;
         btnSlotRecord();

@@ -13,7 +13,6 @@ extern const QString main_button_style;   // every other button with a text
 extern const QString action_button_style; // blue; no button carries it today
 extern const QString slider_style;        // the cut page's position
 extern const QString backGroud_style;     // the title strip of a dialog
-extern const QString button_bar_style;    // the button bar of a message dialog
 
 /// Calibri (Carlito where that stands in for it) of `points`, normal or bold.
 QFont CalibriFont(int points, QFont::Weight weight = QFont::Normal);

@@ -1,6 +1,7 @@
 #include "ui/tray_stand_in.h"
 
 #include <QCloseEvent>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QVBoxLayout>
 
@@ -16,6 +17,9 @@ TrayStandIn::TrayStandIn()
 void TrayStandIn::ShowWithoutTray()
 {
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
+        // A window without a size of its own would be sized after it was minimised, and mapped
+        // again: that restores it.
+        setFixedSize(sizeHint());
         showMinimized();
     }
 }
@@ -31,6 +35,9 @@ void TrayStandIn::changeEvent(QEvent* event)
 
 void TrayStandIn::closeEvent(QCloseEvent* event)
 {
+    if (qGuiApp->isSavingSession()) {
+        return; // must not keep the user from logging out
+    }
     event->ignore(); // the handle on a recording stays
     Activate();
 }

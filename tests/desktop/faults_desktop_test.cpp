@@ -24,7 +24,7 @@ private slots:
     void oddSettingsFileGivesTheDefaultDirectory();
     void recordingStopsBelowTenMebibytesAndNotBefore();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private:
     void RecordAndStop(Recorder& recorder, int milliseconds = 500);
 
     Desktop m_desktop;

@@ -13,7 +13,7 @@ private slots:
     void minimisedWindowBringsTheRecorderBack();
     void closingTheStandInDoesNotLoseTheRecording();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private:
     static constexpr auto kStandIn = "Recording";
 
     Desktop m_desktop;

@@ -14,7 +14,7 @@ private slots:
     void recordingHasThePictureAndTheChosenSound_data();
     void recordingHasThePictureAndTheChosenSound();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private:
     Desktop m_desktop;
     TestPatternProcess m_pattern;
 };

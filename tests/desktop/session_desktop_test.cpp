@@ -25,7 +25,7 @@ private slots:
     void saveDirectoryMayHaveAnyName();
     void withoutArgumentASecondCopyShowsTheWindow();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private:
     static void ExpectPlayable(const Recorder& recorder, int files = 1);
 
     Desktop m_desktop;

@@ -1,6 +1,8 @@
 # `tool` is for Linux only.
 if(TARGET tool)
   lumenfold_test(tool_arguments_test unit SOURCES tool_arguments_test.cpp LIBRARIES lumenfold_tool_core)
+  lumenfold_test(tool_early_keys_test unit SOURCES tool_early_keys_test.cpp LIBRARIES
+                 lumenfold_tool_core)
   lumenfold_test(tool_listing_test unit SOURCES tool_listing_test.cpp LIBRARIES lumenfold_tool_core)
   lumenfold_test(tool_sound_track_test unit SOURCES tool_sound_track_test.cpp LIBRARIES
                  lumenfold_tool_core)
@@ -10,4 +12,12 @@ if(TARGET tool)
     tool_program_test unit SOURCES tool_program_test.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
     TOOL_PROGRAM="$<TARGET_FILE:tool>")
   add_dependencies(tool_program_test tool)
+  # With the real ffmpeg.
+  foreach(test tool_probe_test tool_join_test tool_cut_test tool_merge_test)
+    lumenfold_test(${test} unit SOURCES ${test}.cpp tool_movies.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
+                   TOOL_PROGRAM="$<TARGET_FILE:tool>")
+    add_dependencies(${test} tool)
+  endforeach()
+  # A minute or two of encoding, nothing that sanitizers would see: it all happens in ffmpeg.
+  set_tests_properties(tool_cut_test tool_merge_test PROPERTIES LABELS media TIMEOUT 900)
 endif()

@@ -83,6 +83,7 @@ private slots:
     void syncOptionBecomesAFilter();
     void framesComeAtTheRateOfTheFile();
     void keyFramesAreUnderTwoSecondsApart();
+    void whatIsRecordedReachesTheFileAtOnce();
     void filtersOfTheCallerAreKept();
     void statusPeriodOnlyWhereKnown();
     void oddSizesLoseOnePixel();
@@ -228,6 +229,14 @@ void ToolArgumentsTest::keyFramesAreUnderTwoSecondsApart()
     own.insert(own.end() - 1, {"-g", "10"});
     const Arguments kept = tool::TranslateCapture(own, Plan(std::nullopt));
     QCOMPARE(std::count(kept.begin(), kept.end(), "-g"), 1);
+}
+
+void ToolArgumentsTest::whatIsRecordedReachesTheFileAtOnce()
+{
+    QVERIFY(Has(tool::TranslateCapture(silent, Plan(std::nullopt)), {"-flush_packets", "1"}));
+    Arguments own = silent;
+    own.insert(own.end() - 1, {"-flush_packets", "0"});
+    QVERIFY(!Has(tool::TranslateCapture(own, Plan(std::nullopt)), {"-flush_packets", "1"}));
 }
 
 void ToolArgumentsTest::filtersOfTheCallerAreKept()

@@ -18,7 +18,7 @@ private slots:
     void recordingWithoutDisplayStartsNoFfmpeg();
     void malformedDeviceStartsNoFfmpeg();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private:
     // Runs it to its end and gives the exit code, -1 when it did not end by itself.
     int Run(const QStringList& arguments, const QByteArray& input = {});
 

@@ -47,6 +47,19 @@ private Q_SLOTS:
         QCOMPARE(m_text, QString("<a b>< ><c>"));
     }
 
+    void aPathWithADoubleQuoteBreaksTheCommandLine()
+    {
+        RunTool(*m_process, "/usr/bin/printf \"<%s>\" \"/v/a \"b\" c.mp4\"");
+        QCOMPARE(m_text, QString("</v/a b c.mp4>"));
+    }
+
+    void lettersBeyondAsciiReachTheToolAsTheyAre()
+    {
+        RunTool(*m_process,
+                QString::fromUtf8("/bin/sh -c \"printf %s '\u00e4\u6f22' | od -An -tx1\""));
+        QCOMPARE(m_text, QString(" c3 a4 e6 bc a2\n"));
+    }
+
     void bothStreamsReachTheSlotInsideTheWait()
     {
         RunTool(*m_process, "/bin/sh -c \"echo out; echo err >&2; sleep 0.1; printf late\"");

@@ -110,6 +110,14 @@ private Q_SLOTS:
         QVERIFY(m_box->isVisible());
     }
 
+    void enterIsOkOfTheInformation()
+    {
+        m_box->InitInfoDialog("text");
+        QTimer::singleShot(0, m_box.get(), [&] { QTest::keyClick(m_box.get(), Qt::Key_Return); });
+        m_box->exec();
+        QCOMPARE(m_box->GetMessageBoxRet(), 1);
+    }
+
     void closingByTheProgramAnswersNo()
     {
         m_box->InitQuestionDialog("Sure?");

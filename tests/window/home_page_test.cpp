@@ -75,15 +75,7 @@ private Q_SLOTS:
     void theEntriesStyleKeepsItsTabsAndBlanks()
     {
         OpenWindow();
-        const QString gap = "\t\t\t\t\t\t\t  ";
-        QCOMPARE(
-            Entry()->styleSheet(),
-            "QPushButton{background-color:rgb(191, 191, 191);" + gap +
-                "border-radius: 10px; border: 2px groove white;" + gap +
-                "border-style: outset;}QPushButton:hover{background-color:rgb(156, 156, 156); }"
-                "QPushButton:pressed{background-color:rgb(156, 156, 156);border: 2px groove "
-                "white;" +
-                gap + "border-style: inset; }");
+        QCOMPARE(Entry()->styleSheet(), GreyButtonStyle("\t\t\t\t\t\t\t  "));
     }
 
     void theHeaderButtonsStandAtTheirPlacesAndOpenTheHelpPages()

@@ -113,15 +113,8 @@ private Q_SLOTS:
     void theButtonsStyleKeepsItsTabsAndBlanks()
     {
         OpenWindow();
-        const QString gap = "\t\t\t\t\t\t\t\t   ";
-        QCOMPARE(
-            Child<QPushButton>("m_pRecordBtn")->styleSheet(),
-            "QPushButton{background-color:rgb(191, 191, 191);" + gap +
-                "border-radius: 10px; border: 2px groove white;" + gap +
-                "border-style: outset;}QPushButton:hover{background-color:rgb(156, 156, 156); }"
-                "QPushButton:pressed{background-color:rgb(156, 156, 156);border: 2px groove "
-                "white;" +
-                gap + "border-style: inset; }");
+        QCOMPARE(Child<QPushButton>("m_pRecordBtn")->styleSheet(),
+                 GreyButtonStyle("\t\t\t\t\t\t\t\t   "));
     }
 
     void theFirstStartShowsTheHomeDirectoryAndMakesNoSettingsFile()

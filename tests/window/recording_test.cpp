@@ -31,6 +31,8 @@ private Q_SLOTS:
         QTRY_VERIFY2(!DRUI::m_pStereoMix->text().endsWith("\n0 Bytes"),
                      "the file's size is not shown");
         QVERIFY(!DRUI::m_pStereoMix->isHidden());
+        QVERIFY2(DRUI::m_pStereoMix->height() >= DRUI::m_pStereoMix->sizeHint().height(),
+                 "the status text is cut off");
     }
 
     void theToolGetsTheCommandOfTheAudioChoice_data()
@@ -151,9 +153,40 @@ private Q_SLOTS:
         QCOMPARE(Entry(0)->text(), QString("Pause"));
         QVERIFY(Child<QTimer>("m_pRecTimer")->isActive());
         QCOMPARE(ReadFile(BesideProgram("starts")), QByteArray("x"));
-        // The size is that of a file that is never made, unless the second has not changed.
         Call("btnSlotMenuStop");
         QTRY_COMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
+    }
+
+    void afterAResumeTheTimeCountsAnewAndTheSizeIsThatOfAFileThatIsNeverMade()
+    {
+        EnterRecordPage();
+        Press("Record");
+        QTRY_VERIFY(DRUI::m_pStereoMix->text().contains("00:00:01"));
+        Call("btnSlotMenuPause");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("already running"));
+        Call("btnSlotMenuPause");
+        Call("doTimerRec");
+        QCOMPARE(DRUI::m_pStereoMix->text(), QString("Recording... \n\n00:00:00\n\n0 Bytes"));
+        QCOMPARE(Recordings().size(), 1);
+        Call("btnSlotMenuStop");
+        QTRY_COMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
+    }
+
+    void theBlinkingGoesOnWhereTheRecordingBeforeLeftIt()
+    {
+        EnterRecordPage();
+        for (int recording = 0; recording < 2; ++recording) {
+            Press(recording == 0 ? "Record" : "Start");
+            Child<QTimer>("m_pRecTimer")->stop();
+            QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::Running);
+            for (int tick = 1; tick <= 10; ++tick) {
+                Call("doTimerRec");
+            }
+            const QImage shown = Child<QSystemTrayIcon>("")->icon().pixmap(22, 22).toImage();
+            QVERIFY(shown == Picture(recording == 0 ? ":/image/rec1.png" : ":/image/rec2.png"));
+            Call("btnSlotMenuStop");
+            QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
+        }
     }
 
     void theIconBlinksWhileRecording()
@@ -223,8 +256,27 @@ private Q_SLOTS:
         QVERIFY(DRUI::m_bIsStart);
         QTRY_VERIFY(DRUI::m_pStereoMix->text().endsWith("\n\n0 Bytes"));
         const QString message = MessageAfter("btnSlotRecord");
-        QVERIFY2(message.startsWith("Tarvessa Data Tool: The recording could not be started: "),
-                 qPrintable(message));
+        QCOMPARE(message, QString("Tarvessa Data Tool: The recording could not be started: "
+                                  "tool: No such file or directory"));
+    }
+
+    void quitTellsItTooAndClosesThen()
+    {
+        EnterRecordPage();
+        QFile::remove(BesideProgram("tool"));
+        Press("Record");
+        QVERIFY(MessageAfter("btnSlotMenuQuit").contains("could not be started"));
+        QVERIFY(!Window().isVisible());
+    }
+
+    void anEmptySaveDirectoryHarmsNothing()
+    {
+        WriteFile(BesideProgram("ScreenRecord.ini"), "[screen_record]\nsave_path=\n");
+        EnterRecordPage();
+        Press("Record");
+        Child<QTimer>("m_pRecTimer")->stop();
+        Call("btnSlotMenuStop");
+        QVERIFY(Window().isVisible());
     }
 
     void theCountersThatNothingReadsAreZero()

@@ -1,3 +1,4 @@
+#include "jobs/text_codec.h"
 #include "tests/window/fake_tool.h"
 
 #include <QLineEdit>
@@ -81,6 +82,13 @@ private Q_SLOTS:
             QCOMPARE(method.access(), i < 2 ? QMetaMethod::Protected : QMetaMethod::Private);
             QCOMPARE(QByteArray(method.typeName()), QByteArray(i == 28 ? "HRESULT" : "void"));
         }
+    }
+
+    void theWindowInstallsTheCodecOnceMore()
+    {
+        InstallTextCodec("ISO-8859-1");
+        const DRUI window;
+        QCOMPARE(FromEightBit(QByteArray("\xc4\xe3")), QString::fromUtf8("\u4f60"));
     }
 
     void theWindowIsFixedAndCentredOnTheDesktop()

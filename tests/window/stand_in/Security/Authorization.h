@@ -36,11 +36,12 @@ constexpr AuthorizationFlags kAuthorizationFlagExtendRights = 1U << 1U;
 constexpr AuthorizationFlags kAuthorizationFlagDestroyRights = 1U << 3U;
 constexpr AuthorizationFlags kAuthorizationFlagPreAuthorize = 1U << 4U;
 
-OSStatus AuthorizationCreate(const AuthorizationRights* rights, const AuthorizationEnvironment* environment,
-                             AuthorizationFlags flags, AuthorizationRef* authorization);
+OSStatus AuthorizationCreate(const AuthorizationRights* rights,
+                             const AuthorizationEnvironment* environment, AuthorizationFlags flags,
+                             AuthorizationRef* authorization);
 OSStatus AuthorizationCopyRights(AuthorizationRef authorization, const AuthorizationRights* rights,
-                                 const AuthorizationEnvironment* environment, AuthorizationFlags flags,
-                                 AuthorizationRights** authorizedRights);
+                                 const AuthorizationEnvironment* environment,
+                                 AuthorizationFlags flags, AuthorizationRights** authorizedRights);
 OSStatus AuthorizationExecuteWithPrivileges(AuthorizationRef authorization, const char* pathToTool,
                                             AuthorizationFlags options, char* const* arguments,
                                             void** communicationsPipe);

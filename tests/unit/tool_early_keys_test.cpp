@@ -1,0 +1,123 @@
+#include "tool/early_keys.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <array>
+#include <csignal>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+// A pipe that keys are typed into, with its reading end where ffmpeg looks.
+class Keyboard
+{
+public:
+    Keyboard() { Q_UNUSED(pipe(m_ends.data())); }
+    Keyboard(const Keyboard&) = delete;
+    Keyboard& operator=(const Keyboard&) = delete;
+    ~Keyboard()
+    {
+        close(m_ends[0]);
+        StopTyping();
+    }
+
+    int Input() const { return m_ends[0]; }
+    bool Type(const QByteArray& keys)
+    {
+        return write(m_ends[1], keys.data(), static_cast<size_t>(keys.size())) == keys.size();
+    }
+    void StopTyping()
+    {
+        close(m_ends[1]);
+        m_ends[1] = -1;
+    }
+
+    int Waiting() const
+    {
+        int bytes = -1;
+        ioctl(m_ends[0], FIONREAD, &bytes);
+        return bytes;
+    }
+
+    // What is typed next; "nothing" after ten seconds.
+    QByteArray Read() const
+    {
+        pollfd keys{m_ends[0], POLLIN, 0};
+        std::array<char, 100> text{};
+        return poll(&keys, 1, 10000) == 1
+                   ? QByteArray(text.data(),
+                                static_cast<int>(read(m_ends[0], text.data(), text.size())))
+                   : QByteArray("nothing");
+    }
+
+private:
+    std::array<int, 2> m_ends{};
+};
+
+} // namespace
+
+class ToolEarlyKeysTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { std::signal(SIGCHLD, SIG_IGN); } // no zombies
+    void keysOfTheFirstMomentsComeLater();
+    void laterKeysComeAtOnce();
+    void theEndOfTheKeyboardComesToo();
+    void whatIsNoPipeIsLeftAlone();
+};
+
+void ToolEarlyKeysTest::keysOfTheFirstMomentsComeLater()
+{
+    Keyboard keyboard;
+    QElapsedTimer time;
+    time.start();
+    tool::HoldEarlyKeys(keyboard.Input(), 500ms);
+    QVERIFY(keyboard.Type("q\r"));
+    QTRY_COMPARE(keyboard.Waiting(), 0);
+    QVERIFY(keyboard.Type("\n"));
+    QTRY_COMPARE(keyboard.Waiting(), 0);
+    QCOMPARE(keyboard.Read(), QByteArray("q\r\n"));
+    QVERIFY2(time.elapsed() >= 450, qPrintable(QString("after %1 ms").arg(time.elapsed())));
+}
+
+void ToolEarlyKeysTest::laterKeysComeAtOnce()
+{
+    Keyboard keyboard;
+    tool::HoldEarlyKeys(keyboard.Input(), 1ms);
+    QVERIFY(keyboard.Type("1"));
+    QCOMPARE(keyboard.Read(), QByteArray("1"));
+    QVERIFY(keyboard.Type("q\r\n"));
+    QCOMPARE(keyboard.Read(), QByteArray("q\r\n"));
+}
+
+void ToolEarlyKeysTest::theEndOfTheKeyboardComesToo()
+{
+    Keyboard keyboard;
+    tool::HoldEarlyKeys(keyboard.Input(), 100ms);
+    QVERIFY(keyboard.Type("q"));
+    keyboard.StopTyping();
+    QCOMPARE(keyboard.Read(), QByteArray("q"));
+    QCOMPARE(keyboard.Read(), QByteArray());
+}
+
+void ToolEarlyKeysTest::whatIsNoPipeIsLeftAlone()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath("keys"));
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.write("q\r\n") == 3 && file.seek(0));
+    tool::HoldEarlyKeys(file.handle(), 1ms);
+    tool::HoldEarlyKeys(-1, 1ms);
+    QCOMPARE(file.readAll(), QByteArray("q\r\n"));
+}
+
+QTEST_APPLESS_MAIN(ToolEarlyKeysTest)
+#include "tool_early_keys_test.moc"
