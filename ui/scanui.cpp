@@ -100,7 +100,9 @@ QVBoxLayout* SCANUI::CreateBody()
     m_labelInfo->setObjectName("m_labelInfo");
     m_labelInfo->setTextFormat(Qt::PlainText); // a file's name is no markup
     m_labelInfo->setFont(CalibriFont(12));
-    m_labelInfo->setMinimumHeight(3 * m_labelInfo->fontMetrics().lineSpacing());
+    m_labelInfo->setWordWrap(true); // of long paths; there is room for two more lines
+    m_labelInfo->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    m_labelInfo->setMinimumHeight(5 * (m_labelInfo->fontMetrics().lineSpacing() + 1));
     SetTextColor(m_labelInfo, Qt::black);
 
     auto* holder = new QLabel(this);

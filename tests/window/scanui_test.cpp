@@ -282,6 +282,20 @@ private Q_SLOTS:
         QCOMPARE(m_boxes->texts, QStringList{kCutGood});
     }
 
+    void longPathsAreShownWhole()
+    {
+        m_dialog->show();
+        const QString path = "/home/somebody/Videos/Recordings of the winter term/Part " +
+                             QString("%1 and ").arg(1).repeated(3) + "the rest.mp4";
+        Emit("AddProcessCallBack", 100 - 1, path, path, 0);
+        auto* label = m_dialog->findChild<QLabel*>("m_labelInfo");
+        QVERIFY2(label->heightForWidth(label->width()) <= label->height(),
+                 qPrintable(QString("%1 of %2 pixels are seen")
+                                .arg(label->height())
+                                .arg(label->heightForWidth(label->width()))));
+        QVERIFY(m_dialog->rect().contains(label->geometry()));
+    }
+
     void aFileNameIsNoMarkup()
     {
         m_dialog->show();
