@@ -171,6 +171,11 @@ void Desktop::Press(const QStringList& keys)
     RunProgram("xdotool", QStringList{"key", "--delay", "30"} + keys);
 }
 
+void Desktop::Type(const QString& text)
+{
+    RunProgram("xdotool", {"type", "--delay", "5", text});
+}
+
 void Desktop::Screenshot(const QString& file) const
 {
     RunProgram("ffmpeg", {"-v", "error", "-y", "-f", "x11grab", "-draw_mouse", "1", "-i",

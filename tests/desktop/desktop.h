@@ -55,6 +55,7 @@ public:
     void Click(QPoint place, int button = 1, int times = 1);
     // Names as xdotool has them.
     void Press(const QStringList& keys);
+    void Type(const QString& text);
 
     // Stores what the screen shows as a PNG file.
     void Screenshot(const QString& file) const;

@@ -169,11 +169,46 @@ bool Recorder::WaitHidden() const
     return WaitUntil([this] { return !IsShown(); });
 }
 
+void Recorder::ClickInWindow(QPoint place, int times)
+{
+    QVERIFY2(WaitShown(), "the window is not shown, for a click in it");
+    m_desktop.Click(m_desktop.Shown(kTitle)->place.topLeft() + place, 1, times);
+}
+
 void Recorder::Click(const QString& widget, int times)
 {
-    const auto window = m_desktop.Shown(kTitle);
-    QVERIFY2(window, qPrintable("the window is not shown, for a click on " + widget));
-    m_desktop.Click(window->place.topLeft() + Position(widget), 1, times);
+    ClickInWindow(Position(widget), times);
+}
+
+void Recorder::ClickBetween(const QString& from, const QString& to, double share)
+{
+    const QPoint start = Position(from);
+    ClickInWindow(start + (Position(to) - start) * share);
+}
+
+void Recorder::ClickRow(const QString& firstRow, int row)
+{
+    constexpr int rowHeight = 30;
+    ClickInWindow(Position(firstRow) + QPoint(0, row * rowHeight));
+}
+
+bool Recorder::ChooseFolder(const QString& folder)
+{
+    const auto chooser = [this]() -> std::optional<DesktopWindow> {
+        for (const DesktopWindow& window : m_desktop.Windows()) {
+            if (window.visible && window.managed && window.program == "lumenfold-recorder" &&
+                window.title.contains("Directory")) {
+                return window;
+            }
+        }
+        return std::nullopt;
+    };
+    if (!WaitUntil([&] { return chooser().has_value(); })) {
+        return false;
+    }
+    m_desktop.Type(folder);
+    m_desktop.Press({"Return"});
+    return WaitUntil([&] { return !chooser(); });
 }
 
 void Recorder::ChooseAudio(int entry)

@@ -49,6 +49,12 @@ public:
     bool WaitHidden() const;
     // On a widget of scripts/ui-positions.
     void Click(const QString& widget, int times = 1);
+    // At a share of the way from one place of scripts/ui-positions to another.
+    void ClickBetween(const QString& from, const QString& to, double share);
+    // On a row of the table whose first row the place is in, counted from 0.
+    void ClickRow(const QString& firstRow, int row);
+    // Answers the folder chooser that has been asked for.
+    bool ChooseFolder(const QString& folder);
     // Of the combo box's entries, from 0 on.
     void ChooseAudio(int entry);
 
@@ -84,6 +90,7 @@ public:
 
 private:
     bool StartWith(const QStringList& arguments);
+    void ClickInWindow(QPoint place, int times = 1);
     QList<qint64> Children() const;
     void EndEverything();
     std::optional<DesktopWindow> Menu() const;
