@@ -73,6 +73,7 @@ QLabel* SCANUI::CreateStrip()
     close->setFixedSize(30, 30);
     close->setCursor(Qt::PointingHandCursor);
     close->setAccessibleName("Close");
+    close->setAutoDefault(false);
     connect(close, SIGNAL(clicked()), this, SLOT(btnSlot()));
 
     auto* row = BareLayout<QHBoxLayout>();

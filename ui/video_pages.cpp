@@ -25,7 +25,9 @@ QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, c
     field->setFont(font);
     field->setCursorPosition(1);
     field->setAccessibleName("Video directory");
-    connect(CreateFolderButton(holder, shape.button), SIGNAL(clicked()), this, slot);
+    QPushButton* folder = CreateFolderButton(holder, shape.button);
+    folder->setCursor(Qt::PointingHandCursor);
+    connect(folder, SIGNAL(clicked()), this, slot);
 
     auto* row = new QHBoxLayout;
     row->setContentsMargins(20, 0, 20, 0);

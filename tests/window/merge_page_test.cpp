@@ -315,6 +315,9 @@ private Q_SLOTS:
         EnterMergePage();
         QCOMPARE(Child<QLineEdit>(kField)->geometry(), QRect(120, 0, 240, 25));
         QCOMPARE(Child<QLineEdit>(kField)->cursorPosition(), 1);
+        auto* folder = Child<QLineEdit>(kField)->parent()->findChild<QPushButton*>();
+        QCOMPARE(folder->geometry(), QRect(383, 0, 30, 25));
+        QCOMPARE(folder->cursor().shape(), Qt::PointingHandCursor);
         QCOMPARE(Button("Back")->geometry(), QRect(20, 2, 100, 35));
         QCOMPARE(Button("Merge")->geometry(), QRect(820, 2, 100, 35));
         for (const char* text : {"Add", "Up", "Down", "Delete"}) {
