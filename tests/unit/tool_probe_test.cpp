@@ -3,7 +3,6 @@
 #include "tool/movie.h"
 #include "tool_movies.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -28,7 +27,6 @@ private slots:
     void headerAtTheEndOfTenGigabytesIsFound();
     void noDamageReadsMuchOrCrashes();
     void pipesAreNotWaitedFor();
-    void isFasterThanFfmpeg();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
     QString Path(const QString& name) const { return m_folder.filePath(name); }
@@ -292,24 +290,6 @@ void ToolProbeTest::pipesAreNotWaitedFor()
     const QByteArray path = Path("pipe.mp4").toUtf8();
     QCOMPARE(mkfifo(path.constData(), S_IRUSR | S_IWUSR), 0);
     QVERIFY(!tool::ProbeText(path.toStdString()));
-}
-
-void ToolProbeTest::isFasterThanFfmpeg()
-{
-    const auto fastest = [this](const QString& program) {
-        qint64 best = std::numeric_limits<qint64>::max();
-        for (int i = 0; i < 5; ++i) {
-            QElapsedTimer time;
-            time.start();
-            RunProgram(program, {"-i", Path("plain.mp4")});
-            best = std::min(best, time.nsecsElapsed());
-        }
-        return best;
-    };
-    const qint64 ours = fastest(TOOL_PROGRAM);
-    const qint64 real = fastest("ffmpeg");
-    QVERIFY2(ours * 2 < real,
-             qPrintable(QString("tool %1 us, ffmpeg %2 us").arg(ours / 1000).arg(real / 1000)));
 }
 
 QTEST_GUILESS_MAIN(ToolProbeTest)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -25,6 +26,7 @@ public:
     QString directory;      // what answers the chooser; null presses its Cancel
     QString startDirectory; // where the last chooser began
     int choosers = 0;       // how many there were
+    qint64 jobNsecs = 0;    // from the chooser's answer to the message
 
 private:
     void Answer()
@@ -39,6 +41,7 @@ private:
             Choose(*chooser);
             return;
         }
+        jobNsecs = m_sinceChoice.nsecsElapsed();
         auto* message = box->findChild<QLabel*>("m_pMessageLabel");
         texts << (message != nullptr ? message->text() : "not ours: " + box->windowTitle());
         places << box->geometry();
@@ -51,8 +54,9 @@ private:
         box->close();
     }
 
-    void Choose(QFileDialog& chooser) const
+    void Choose(QFileDialog& chooser)
     {
+        m_sinceChoice.start();
         if (directory.isNull()) {
             chooser.reject();
             return;
@@ -62,4 +66,5 @@ private:
     }
 
     QTimer m_timer;
+    QElapsedTimer m_sinceChoice;
 };

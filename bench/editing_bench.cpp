@@ -1,0 +1,213 @@
+// Measures the cut, the merge and the list of videos through the window, against ffmpeg with the
+// same arguments. The window is offscreen, all else is real.
+#include "bench/measure.h"
+#include "bench/table.h"
+#include "tests/window/fake_tool.h"
+#include "tests/window/modal_boxes.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTableWidget>
+
+#include <functional>
+#include <unistd.h>
+
+class EditingBench : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cut();
+    void merge();
+    void listOfTwoHundred();
+
+private:
+    static constexpr int kRounds = 5;
+
+    // What a job wrote goes, so that every round writes a new file and none waits for another's.
+    static void Empty(const QString& folder);
+    // Runs ffmpeg to its end; false when it fails.
+    static bool Ffmpeg(const QStringList& arguments);
+    // Seconds that something takes.
+    static double Seconds(const std::function<void()>& work);
+    // A folder of its own with this movie in it, `copies` times.
+    QString Folder(const QString& name, const QString& movie, int copies);
+    std::unique_ptr<DRUI> Window(const QString& folder, const char* pageSlot) const;
+    static void Call(DRUI& window, const char* slot)
+    {
+        QVERIFY(QMetaObject::invokeMethod(&window, slot));
+    }
+    static void ClickRow(DRUI& window, const char* table, int row);
+
+    QTemporaryDir m_folder;
+};
+
+bool EditingBench::Ffmpeg(const QStringList& arguments)
+{
+    QProcess process;
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start("ffmpeg", QStringList{"-y"} + arguments);
+    return process.waitForFinished(300000) && process.exitCode() == 0;
+}
+
+void EditingBench::Empty(const QString& folder)
+{
+    for (const QFileInfo& file : QDir(folder).entryInfoList(QDir::Files)) {
+        QFile::remove(file.filePath());
+    }
+    sync();
+}
+
+double EditingBench::Seconds(const std::function<void()>& work)
+{
+    QElapsedTimer time;
+    time.start();
+    work();
+    return static_cast<double>(time.nsecsElapsed()) / 1e9;
+}
+
+// Two movies: a large one, so that the work outweighs the start of a program, and a short one.
+void EditingBench::initTestCase()
+{
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    QFile::remove(BesideProgram("tool"));
+    QVERIFY(QFile::copy(TOOL, BesideProgram("tool")));
+    const QStringList source{
+        "-f",      "lavfi",     "-i",       "testsrc2=size=1280x720:rate=30,noise=alls=40:allf=t",
+        "-f",      "lavfi",     "-i",       "sine=frequency=440:sample_rate=44100",
+        "-c:v",    "libx264",   "-g",       "59",
+        "-preset", "ultrafast", "-pix_fmt", "yuv420p",
+        "-c:a",    "aac"};
+    QVERIFY(Ffmpeg(source + QStringList{"-t", "8", "-crf", "14", m_folder.filePath("piece.mp4")}));
+    QVERIFY(Ffmpeg({"-stream_loop", "3", "-i", m_folder.filePath("piece.mp4"), "-c", "copy",
+                    m_folder.filePath("large.mp4")}));
+    QVERIFY(Ffmpeg(source + QStringList{"-t", "1", m_folder.filePath("short.mp4")}));
+}
+
+QString EditingBench::Folder(const QString& name, const QString& movie, int copies)
+{
+    const QString folder = m_folder.filePath(name);
+    QDir().mkpath(folder);
+    for (int i = 0; i < copies; ++i) {
+        QFile::copy(m_folder.filePath(movie),
+                    folder + QString("/%1.mp4").arg(i, 3, 10, QChar('0')));
+    }
+    return folder;
+}
+
+std::unique_ptr<DRUI> EditingBench::Window(const QString& folder, const char* pageSlot) const
+{
+    WriteFile(BesideProgram("ScreenRecord.ini"),
+              "[screen_record]\nsave_path=" + folder.toUtf8() + '\n');
+    auto window = std::make_unique<DRUI>();
+    window->Init();
+    window->show();
+    Call(*window, pageSlot);
+    return window;
+}
+
+void EditingBench::ClickRow(DRUI& window, const char* table, int row)
+{
+    auto* widget = window.findChild<QTableWidget*>(table);
+    QTest::mouseClick(widget->viewport(), Qt::LeftButton, {},
+                      widget->visualItemRect(widget->item(row, 0)).center());
+}
+
+void EditingBench::cut()
+{
+    const QString folder = Folder("cut", "large.mp4", 1);
+    const QString target = m_folder.filePath("cut to");
+    QVERIFY(QDir().mkpath(target));
+    const auto window = Window(folder, "btnMontageSlot");
+    ClickRow(*window, "m_pCutTable", 0);
+    for (const auto& [position, slot] : {std::pair(2, "btnSetHead"), {30, "btnSetTail"}}) {
+        QVERIFY(QMetaObject::invokeMethod(window.get(), "current", Q_ARG(int, position)));
+        Call(*window, slot);
+    }
+    ModalBoxes boxes;
+    boxes.directory = target;
+    QList<double> ours;
+    QList<double> shell;
+    for (int i = 0; i < kRounds; ++i) {
+        Call(*window, "btnSlotLayout3Cut");
+        ours << static_cast<double>(boxes.jobNsecs) / 1e9;
+        QVERIFY2(boxes.texts.takeLast().startsWith("Cut success"), "the cut failed");
+        Empty(target);
+        shell << Seconds([&] {
+            QVERIFY(Ffmpeg({"-i", folder + "/000.mp4", "-ss", "2", "-t", "28", "-codec", "copy",
+                            target + "/shell.mp4"}));
+        });
+        Empty(target);
+    }
+    const double ratio = Median(ours) / Median(shell);
+    Row("Cut of 28 s through the window / ffmpeg", Number(ratio), "<= 1.05", ratio <= 1.05);
+    Row("  of " +
+            Number(static_cast<double>(QFileInfo(folder + "/000.mp4").size()) / (1 << 20), 0) +
+            " MiB",
+        Number(Median(ours)) + " s, " + Number(Median(shell)) + " s");
+}
+
+void EditingBench::merge()
+{
+    constexpr int parts = 5;
+    const QString folder = Folder("merge", "piece.mp4", parts);
+    const QString target = m_folder.filePath("merge to");
+    QVERIFY(QDir().mkpath(target));
+    const auto window = Window(folder, "btnEditSlot");
+    for (int row = 0; row < parts; ++row) {
+        ClickRow(*window, "m_pSourceVideoTable", row);
+        Call(*window, "btnAddSlot");
+    }
+    ModalBoxes boxes;
+    boxes.directory = target;
+    QList<double> ours;
+    QList<double> shell;
+    for (int i = 0; i < kRounds; ++i) {
+        Call(*window, "btnSlotLayout4Merge");
+        ours << static_cast<double>(boxes.jobNsecs) / 1e9;
+        QVERIFY2(boxes.texts.takeLast().startsWith("Merge success"), "the merge failed");
+        Empty(target);
+        shell << Seconds([&] {
+            QString list;
+            for (int part = 0; part < parts; ++part) {
+                const QString stream = target + QString("/%1.ts").arg(part);
+                QVERIFY(Ffmpeg({"-i", folder + QString("/00%1.mp4").arg(part), "-vcodec", "copy",
+                                "-acodec", "copy", "-bsf:v", "h264_mp4toannexb", stream}));
+                list += stream + '|';
+            }
+            QVERIFY(Ffmpeg({"-i", "concat:" + list, "-acodec", "copy", "-vcodec", "copy", "-bsf:a",
+                            "aac_adtstoasc", target + "/shell.mp4"}));
+        });
+        Empty(target);
+    }
+    const double ratio = Median(ours) / Median(shell);
+    Row("Merge of 5 files through the window / ffmpeg", Number(ratio), "<= 1.05", ratio <= 1.05);
+    Row("  seconds", Number(Median(ours)) + " s, " + Number(Median(shell)) + " s");
+}
+
+void EditingBench::listOfTwoHundred()
+{
+    constexpr int files = 200;
+    const QString folder = Folder("list", "short.mp4", files);
+    const auto window = Window(folder, "btnSlotBack");
+    const double ours = Seconds([&] { Call(*window, "btnEditSlot"); });
+    QCOMPARE(window->findChild<QTableWidget*>("m_pSourceVideoTable")->rowCount(), files);
+    const double shell = Seconds([&] {
+        for (int i = 0; i < files; ++i) {
+            Ffmpeg({"-i", folder + QString("/%1.mp4").arg(i, 3, 10, QChar('0'))});
+        }
+    });
+    Row("Merge page on 200 videos / 200 runs of ffmpeg -i", Number(ours / shell), "<= 0.5",
+        ours / shell <= 0.5);
+    Row("  seconds", Number(ours) + " s, " + Number(shell) + " s");
+}
+
+int main(int argc, char** argv)
+{
+    const QApplication application(argc, argv);
+    EditingBench bench;
+    return RunMeasurements(bench);
+}
+
+#include "editing_bench.moc"
