@@ -16,6 +16,7 @@ CMessageBox::CMessageBox(QDialog* /*parent*/, Qt::WindowFlags /*flags*/)
     resize(400, 150);
 }
 
+// cppcheck-suppress passedByValue
 void CMessageBox::InitInfoDialog(QString text) // NOLINT(performance-unnecessary-value-param)
 {
     QLabel* strip = StartLayout();
@@ -36,6 +37,7 @@ void CMessageBox::InitInfoDialog(QString text) // NOLINT(performance-unnecessary
     AddButton(bar, width() / 3, "OK", SLOT(btnSlotOK()));
 }
 
+// cppcheck-suppress passedByValue
 void CMessageBox::InitQuestionDialog(QString text) // NOLINT(performance-unnecessary-value-param)
 {
     AddTitle(StartLayout(), 0, "  Question");

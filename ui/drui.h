@@ -64,8 +64,7 @@ public:
     /// The duration of the video at `path` as hh:mm:ss, or nothing. Text, in spite of its name.
     std::string GetVedioTimeSeconds(wchar_t* path);
 
-    // --- job entries for the job thread, which is never started: the jobs run in the slots below
-    // ---
+    // --- entries for the job thread, which is never started: jobs run in the slots below ---
     int StartRecord() { return 0; }
     int MakeAddVedio(wchar_t* path, int& result);
     static void _RecordProcess(void* param, int& result);

@@ -55,5 +55,5 @@ const QString slider_style =
 
 QFont CalibriFont(int points, QFont::Weight weight)
 {
-    return QFont("Calibri", points, weight);
+    return {"Calibri", points, weight};
 }

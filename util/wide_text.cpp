@@ -13,7 +13,7 @@ char g_language[256] = "";
 
 namespace {
 
-const iconv_t kInvalid =
+auto* const kInvalid =
     reinterpret_cast<iconv_t>(-1); // NOLINT(performance-no-int-to-ptr): iconv's way
 constexpr wchar_t kLastCharacter = 0xffff;
 

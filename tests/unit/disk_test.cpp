@@ -42,7 +42,7 @@ FreeSpace FreeSpaceUnder(QByteArray path)
     unsigned int high = 1;
     unsigned int low = 1;
     const int result = rsb_getFreeSpace(path.data(), 0, &high, &low);
-    return {result, Joined(high, low), path.data()};
+    return {result, Joined(high, low), QByteArray(path.constData())};
 }
 
 // What df would print as available, in bytes.
