@@ -87,7 +87,7 @@ void EditingBench::initTestCase()
 
 QString EditingBench::Folder(const QString& name, const QString& movie, int copies)
 {
-    const QString folder = m_folder.filePath(name);
+    QString folder = m_folder.filePath(name);
     QDir().mkpath(folder);
     for (int i = 0; i < copies; ++i) {
         QFile::copy(m_folder.filePath(movie),
