@@ -77,6 +77,7 @@ BuildPreset() {
     (
         cd "$project" || exit
         if [[ ! -f $folder/build.ninja ]]; then
+            mkdir -p "$project/build"
             cmake --preset "$preset" >"$folder.log" 2>&1 || {
                 cat "$folder.log"
                 exit 1

@@ -176,8 +176,7 @@ std::optional<std::string> ProbeText(const std::string& path)
     if (!start || bitRate >= 1e15) {
         return std::nullopt;
     }
-    return DurationText(*movie->duration, *start, bitRate) +
-           "At least one output file must be specified\n";
+    return DurationText(*movie->duration, *start, bitRate);
 }
 
 } // namespace tool

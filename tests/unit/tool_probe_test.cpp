@@ -135,9 +135,7 @@ void ToolProbeTest::answerIsFfmpegsToTheLetter()
     const auto text = tool::ProbeText(Path(name).toStdString());
     QVERIFY2(text, "it was left to ffmpeg");
     const Outcome real = RunProgram("ffmpeg", {"-i", Path(name)});
-    const QByteArray ending = "\nAt least one output file must be specified\n";
-    QCOMPARE(QByteArray::fromStdString(*text), DurationLine(real.error) + ending);
-    QVERIFY2(real.error.endsWith(ending), real.error);
+    QCOMPARE(QByteArray::fromStdString(*text), DurationLine(real.error) + '\n');
     const Outcome ours = RunProgram(TOOL_PROGRAM, {"-i", name}, m_folder.path());
     QCOMPARE(ours.code, real.code);
     QCOMPARE(ours.error, QByteArray::fromStdString(*text));

@@ -101,6 +101,29 @@ protected:
                            widget->visualItemRect(widget->item(row, 0)).center());
     }
 
+    void EnterMergePage()
+    {
+        OpenWindow();
+        Call("btnEditSlot");
+    }
+
+    void Add(int row)
+    {
+        ClickRow("m_pSourceVideoTable", row);
+        Press("Add");
+    }
+
+    void MakeList(const QStringList& names)
+    {
+        for (const QString& name : names) {
+            MakeVideo(name);
+        }
+        EnterMergePage();
+        for (int row = 0; row < names.size(); ++row) {
+            Add(row);
+        }
+    }
+
     bool Enabled(const QString& text)
     {
         for (auto* button : Window().findChildren<QPushButton*>()) {

@@ -344,29 +344,6 @@ private Q_SLOTS:
     }
 
 private:
-    void EnterMergePage()
-    {
-        OpenWindow();
-        Call("btnEditSlot");
-    }
-
-    void Add(int row)
-    {
-        ClickRow(kSource, row);
-        Press("Add");
-    }
-
-    void MakeList(const QStringList& names)
-    {
-        for (const QString& name : names) {
-            MakeVideo(name);
-        }
-        EnterMergePage();
-        for (int row = 0; row < names.size(); ++row) {
-            Add(row);
-        }
-    }
-
     QString Row(const char* table, int row)
     {
         QStringList texts;

@@ -4,7 +4,6 @@
 #include <QProcess>
 
 namespace {
-constexpr auto kSource = "m_pSourceVideoTable";
 const QString kFailure =
     "Merge failed, not an valid format, it's better to merge created mp4 files";
 } // namespace
@@ -302,27 +301,9 @@ public Q_SLOTS:
     void Cancel() { DRUI::m_bisFinished = true; }
 
 private:
-    void EnterMergePage()
-    {
-        OpenWindow();
-        Call("btnEditSlot");
-    }
-
-    void Add(int row)
-    {
-        ClickRow(kSource, row);
-        Press("Add");
-    }
-
     void MakeList(const QStringList& names)
     {
-        for (const QString& name : names) {
-            MakeVideo(name);
-        }
-        EnterMergePage();
-        for (int row = 0; row < names.size(); ++row) {
-            Add(row);
-        }
+        VideoPageTest::MakeList(names);
         Calls();
     }
 
