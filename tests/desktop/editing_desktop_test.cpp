@@ -19,6 +19,9 @@ private slots:
     void mergePlaysOneAfterTheOther();
     void sourceThatVanishesIsToldAndNothingIsLost();
     void destinationThatCannotBeWrittenToHarmsNothing();
+    void destinationThatFillsUpHarmsNothing();
+    void trimOfHalfAnHour();
+    void trimOfLessThanASecond();
 
 private:
     static constexpr auto kPlain = "-c:v libx264 -preset ultrafast -g 50 -c:a aac";
@@ -120,6 +123,12 @@ void EditingDesktopTest::trimKeepsWhatLiesBetweenStartAndEnd_data()
                            << "-c:v libx265 -preset ultrafast -c:a aac" << true;
     QTest::newRow("fragmented") << "fragments.mp4"
                                 << QString(kPlain) + " -movflags frag_keyframe+empty_moov" << true;
+    QTest::newRow("a bar and a line break") << "a|b\nc.mp4" << kPlain << true;
+    QTest::newRow("60 pictures a second") << "60.mp4" << QString(kPlain) + " -r 60" << true;
+    QTest::newRow("uneven pictures")
+        << "uneven.mp4" << QString(kPlain) + " -vf select='gt(random(0),0.5)' -vsync vfr" << true;
+    QTest::newRow("5.1 sound") << "six.mp4" << QString(kPlain) + " -ac 6" << true;
+    QTest::newRow("turned") << "turned.mp4" << QString(kPlain) + " -metadata:s:v rotate=90" << true;
     QTest::newRow("B-frames") << "b.mp4"
                               << "-c:v libx264 -bf 3 -g 100 -c:a aac" << true;
 }
@@ -250,6 +259,53 @@ void EditingDesktopTest::destinationThatCannotBeWrittenToHarmsNothing()
     QVERIFY(recorder.IsRunning());
     QVERIFY2(Content(source) == before, "the source was changed");
     QCOMPARE(Names(recorder.SaveDirectory()), QStringList{"1.mp4"});
+}
+
+// The tool may write no more than 100 KiB into a file.
+void EditingDesktopTest::destinationThatFillsUpHarmsNothing()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(MakeMovie(recorder, "1.mp4", 20));
+    const QString source = recorder.SaveDirectory() + "/1.mp4";
+    const QByteArray before = Content(source);
+    QVERIFY2(before.size() > 400 * 1024, "the movie is too small to fill anything");
+    recorder.ReplaceTool("[[ $* == *copy* ]] && ulimit -f 100\nexec \"$REAL\" \"$@\"\n");
+    QVERIFY(recorder.Start());
+    MarkFirstVideo(recorder, 0.1, 0.9);
+    QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString("told"));
+    recorder.Click("cut.back");
+    AddVideos(recorder, 1);
+    recorder.Click("merge.add");
+    QCOMPARE(RunJob(recorder, "merge.merge", recorder.SaveDirectory()), QString("told"));
+    QVERIFY(recorder.IsRunning());
+    QVERIFY2(Content(source) == before, "the source was changed");
+    QVERIFY2(Names(recorder.SaveDirectory()).filter(".ts").isEmpty(), "a stream is left behind");
+}
+
+void EditingDesktopTest::trimOfHalfAnHour()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(MakeMovie(recorder, "long.mp4", 1800, QString(kPlain) + " -r 5", true, "128x96"));
+    QVERIFY(recorder.Start());
+    MarkFirstVideo(recorder, 0.5, 0.75);
+    QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString("told"));
+    const RecordingFile cut = ReadRecording(recorder.SaveDirectory() + "/Cut_long.mp4");
+    QVERIFY2(cut.fault.isEmpty(), qPrintable(cut.fault));
+    QVERIFY2(std::abs(cut.seconds - 450) <= 20, qPrintable(QString("%1 s").arg(cut.seconds)));
+}
+
+// Its length reads 00:00:00, so that there is nothing to move the slider over: a cut of no length.
+void EditingDesktopTest::trimOfLessThanASecond()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(MakeMovie(recorder, "short.mp4", 1, "-frames:v 10 -shortest -c:a aac"));
+    const QString source = recorder.SaveDirectory() + "/short.mp4";
+    const QByteArray before = Content(source);
+    QVERIFY(recorder.Start());
+    MarkFirstVideo(recorder, 0.1, 0.9);
+    QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString("told"));
+    QVERIFY2(Content(source) == before, "the source was changed");
+    QVERIFY(recorder.IsRunning());
 }
 
 QTEST_GUILESS_MAIN(EditingDesktopTest)
