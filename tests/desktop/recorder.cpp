@@ -283,9 +283,18 @@ QList<qint64> Recorder::Children() const
     return children;
 }
 
+// The tray moves its icons about while it makes room for a new one.
 bool Recorder::WaitTrayIcon()
 {
-    return WaitUntil([this] { return !TrayIcon().isNull(); });
+    constexpr int looksAtRest = 6;
+    QPoint last;
+    int looks = 0;
+    return WaitUntil([&] {
+        const QPoint now = TrayIcon();
+        looks = !now.isNull() && now == last ? looks + 1 : 0;
+        last = now;
+        return looks >= looksAtRest;
+    });
 }
 
 QPoint Recorder::TrayIcon() const
@@ -319,11 +328,15 @@ std::optional<DesktopWindow> Recorder::Menu() const
 
 bool Recorder::ChooseInTray(int entry)
 {
-    if (!WaitTrayIcon()) {
-        return false;
+    // A press that the program was not ready for is made again, as a person would.
+    for (int press = 0; press < 3 && !Menu(); ++press) {
+        if (!WaitTrayIcon()) {
+            return false;
+        }
+        m_desktop.Click(TrayIcon(), 3);
+        WaitUntil([this] { return Menu().has_value(); }, 5000);
     }
-    m_desktop.Click(TrayIcon(), 3);
-    if (!WaitUntil([this] { return Menu().has_value(); })) {
+    if (!Menu()) {
         return false;
     }
     const QRect menu = Menu()->place;

@@ -19,5 +19,6 @@ if(TARGET tool)
     add_dependencies(${test} tool)
   endforeach()
   # A minute or two of encoding, nothing that sanitizers would see: it all happens in ffmpeg.
-  set_tests_properties(tool_cut_test tool_merge_test PROPERTIES LABELS media TIMEOUT 900)
+  set_tests_properties(tool_cut_test tool_merge_test PROPERTIES LABELS media TIMEOUT 900
+                                                                        RESOURCE_LOCK encoder)
 endif()
