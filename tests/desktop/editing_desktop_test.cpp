@@ -268,7 +268,7 @@ void EditingDesktopTest::destinationThatFillsUpHarmsNothing()
     QVERIFY(MakeMovie(recorder, "1.mp4", 20));
     const QString source = recorder.SaveDirectory() + "/1.mp4";
     const QByteArray before = Content(source);
-    QVERIFY2(before.size() > 400 * 1024, "the movie is too small to fill anything");
+    QVERIFY2(before.size() > qsizetype{400} * 1024, "the movie is too small to fill anything");
     recorder.ReplaceTool("[[ $* == *copy* ]] && ulimit -f 100\nexec \"$REAL\" \"$@\"\n");
     QVERIFY(recorder.Start());
     MarkFirstVideo(recorder, 0.1, 0.9);
