@@ -112,7 +112,7 @@ Answer Ask(const std::string& program, const std::vector<std::string>& arguments
     if (child == 0) {
         const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
         dup2(nothing, STDIN_FILENO);
-        dup2(nothing, STDOUT_FILENO);
+        dup2(pipe[1], STDOUT_FILENO);
         dup2(pipe[1], STDERR_FILENO);
         Become(program, arguments);
         _exit(failed);

@@ -23,7 +23,7 @@ std::string FindFfmpeg();
 // script.
 bool KnowsOption(const std::string& program, const std::string& option);
 
-// How a program ended and what it printed on its standard error.
+// How a program ended and what it printed, on standard output and error.
 struct Answer
 {
     int code = 127;

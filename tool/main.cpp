@@ -205,6 +205,14 @@ int JoinParts(const std::string& ffmpeg, const tool::Arguments& arguments, const
             return Complain(join.parts[i] + ": Invalid data: neither picture nor sound", failed);
         }
     }
+    // ffmpeg's own words about a missing encoder hold nothing that the recorder takes for a
+    // failure.
+    const tool::Answer encoder = tool::Ask(ffmpeg, {"-hide_banner", "-h", "encoder=libx264"});
+    if (encoder.text.find("Encoder libx264") == std::string::npos) {
+        return Complain("Invalid data: the parts do not fit together, and this ffmpeg has no "
+                        "libx264 to encode them anew",
+                        failed);
+    }
     return Become(ffmpeg, tool::EncodingJoin(join, parts));
 }
 

@@ -28,6 +28,7 @@ private slots:
     void folderWithABarInItsName();
     void missingPartIsTold();
     void damagedPartIsTold();
+    void missingEncoderIsTold();
     void emptyListFails();
     void quitStopsTheJoin();
 
@@ -351,6 +352,24 @@ void ToolMergeTest::damagedPartIsTold()
     const Outcome outcome = RunProgram(TOOL_PROGRAM, JoinArguments({part, damaged.fileName()}));
     QVERIFY(outcome.code != 0);
     QVERIFY2(outcome.error.contains("Invalid data"), outcome.error);
+    QVERIFY(!QFile::exists(m_result));
+}
+
+void ToolMergeTest::missingEncoderIsTold()
+{
+    QDir().mkpath(Path("parts"));
+    const QStringList parts = {Convert("plain.mp4", "parts", 1), Convert("size.mp4", "parts", 2)};
+    QFile ffmpeg(Path("ffmpeg without libx264"));
+    QVERIFY(ffmpeg.open(QIODevice::WriteOnly));
+    ffmpeg.write("#!/bin/bash\nexec ffmpeg \"${@//libx264/libnone}\"\n");
+    ffmpeg.close();
+    ffmpeg.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    qputenv("LUMENFOLD_FFMPEG", QFile::encodeName(ffmpeg.fileName()));
+    const Outcome outcome = RunProgram(TOOL_PROGRAM, JoinArguments(parts));
+    qunsetenv("LUMENFOLD_FFMPEG");
+    QVERIFY(outcome.code != 0);
+    QVERIFY2(outcome.error.contains("Invalid data") && outcome.error.contains("no libx264"),
+             outcome.error);
     QVERIFY(!QFile::exists(m_result));
 }
 
