@@ -1,7 +1,6 @@
 #include "tests/window/job_tool.h"
 
 #include <QHeaderView>
-#include <QProcess>
 
 namespace {
 constexpr auto kTable = "m_pCutTable";
@@ -170,192 +169,6 @@ private Q_SLOTS:
         QCOMPARE(Calls().size(), 1); // of the row itself
     }
 
-    void theEnableChainOfTheButtons()
-    {
-        MakeVideo("a.mp4");
-        EnterCutPage();
-        QCOMPARE(EnabledButtons(), QString("Cut")); // before a video is selected, and only then
-        ClickRow(kTable, 0);
-        QCOMPARE(EnabledButtons(), QString("Play Start"));
-        Call("btnSetHead");
-        QCOMPARE(EnabledButtons(), QString("Play Start End"));
-        Call("btnSetTail");
-        QCOMPARE(EnabledButtons(), QString("Play Start End Cut"));
-        ClickRow(kTable, 0);
-        QCOMPARE(EnabledButtons(), QString("Play Start"));
-    }
-
-    void withoutASelectionPlayAndCutGoOff()
-    {
-        MakeVideo("a.mp4");
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        Call("btnSetHead");
-        Call("btnSetTail");
-        Child<QTableWidget>(kTable)->clearSelection();
-        QMetaObject::invokeMethod(&Window(), "CutTableItemClick",
-                                  Q_ARG(QTableWidgetItem*, nullptr));
-        QCOMPARE(EnabledButtons(), QString("Start End"));
-    }
-
-    void selectingAVideoShowsItsLengthAndResetsTheMarks()
-    {
-        MakeVideo("a.mp4", "01:02:03");
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        auto* slider = Child<QSlider>("m_pCutSlider");
-        QCOMPARE(slider->minimum(), 0);
-        QCOMPARE(slider->maximum(), 3723);
-        QCOMPARE(slider->value(), 0);
-        QCOMPARE(Position(), QString("00:00:00/01:02:03"));
-        QCOMPARE(Marks(), QString("00:00 00:00"));
-        Move(61);
-        Call("btnSetHead");
-        Move(3600);
-        Call("btnSetTail");
-        QCOMPARE(Position(), QString("01:00:00/01:02:03"));
-        QCOMPARE(Marks(), QString("00:01:01 01:00:00"));
-        ClickRow(kTable, 0);
-        QCOMPARE(Marks(), QString("00:00 00:00"));
-        QCOMPARE(slider->value(), 0);
-    }
-
-    // The slider goes back to 0; the position that the label and Start read does not.
-    void startTakesThePositionOfThePreviousVideo()
-    {
-        MakeVideo("a.mp4", "00:00:30");
-        MakeVideo("b.mp4", "00:00:10");
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        Call("btnSetHead");
-        QCOMPARE(Marks(), QString("00:00:00 00:00")); // never moved reads as 0
-        Move(25);
-        ClickRow(kTable, 1);
-        QCOMPARE(Position(), QString("00:00:25/00:00:10"));
-        Call("btnSetHead");
-        QCOMPARE(Marks(), QString("00:00:25 00:00"));
-    }
-
-    void aLengthThatCannotBeReadCountsWhatIsThere_data()
-    {
-        QTest::addColumn<QByteArray>("duration");
-        QTest::addColumn<int>("seconds");
-        QTest::addColumn<QString>("position");
-        QTest::newRow("N/A") << QByteArray("N/A, start") << 0 << "00:00:00/N/A, sta";
-        QTest::newRow("100 hours") << QByteArray("100:00:05") << 360000 << "00:00:00/100:00:0";
-        QTest::newRow("half a second") << QByteArray("00:00:00") << 0 << "00:00:00/00:00:00";
-    }
-
-    void aLengthThatCannotBeReadCountsWhatIsThere()
-    {
-        QFETCH(QByteArray, duration);
-        MakeVideo("a.mp4", duration);
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        QTEST(Child<QSlider>("m_pCutSlider")->maximum(), "seconds");
-        QTEST(Position(), "position");
-    }
-
-    void withoutAToolALengthIsZero()
-    {
-        MakeVideo("a.mp4");
-        EnterCutPage();
-        QFile::remove(BesideProgram("tool"));
-        ClickRow(kTable, 0);
-        QCOMPARE(Child<QSlider>("m_pCutSlider")->maximum(), 0);
-        QCOMPARE(Position(), QString("00:00:00/"));
-    }
-
-    void draggingTheSliderMovesThePosition()
-    {
-        MakeVideo("a.mp4", "00:01:40");
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        auto* slider = Child<QSlider>("m_pCutSlider");
-        QTest::mousePress(slider, Qt::LeftButton, {}, slider->rect().center());
-        QCOMPARE(Position(), QString("00:00:50/00:01:40"));
-        QTest::mouseMove(slider, slider->rect().topRight());
-        QTRY_COMPARE(Position(), QString("00:01:40/00:01:40"));
-        QTest::mouseRelease(slider, Qt::LeftButton, {}, slider->rect().topRight());
-        QCOMPARE(slider->value(), 100);
-    }
-
-    void theKeyboardMovesThePositionToo()
-    {
-        MakeVideo("a.mp4", "00:01:40");
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        auto* slider = Child<QSlider>("m_pCutSlider");
-        QTest::keyClick(slider, Qt::Key_Right);
-        QCOMPARE(Position(), QString("00:00:01/00:01:40"));
-        QTest::keyClick(slider, Qt::Key_PageUp);
-        QCOMPARE(Position(), QString("00:00:11/00:01:40"));
-        Call("btnSetHead");
-        QCOMPARE(Marks(), QString("00:00:11 00:00"));
-    }
-
-    void settingTheSlidersValueIsNoMove()
-    {
-        MakeVideo("a.mp4");
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        Child<QSlider>("m_pCutSlider")->setValue(12);
-        QCOMPARE(Position(), QString("00:00:00/00:00:30"));
-    }
-
-    void playAndADoubleClickDoNothing()
-    {
-        MakeVideo("a.mp4");
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        Calls();
-        Press("Play");
-        QMetaObject::invokeMethod(&Window(), "CutTableItemDoubleClick",
-                                  Q_ARG(QTableWidgetItem*, nullptr));
-        QCOMPARE(Calls(), QStringList());
-        QCOMPARE(EnabledButtons(), QString("Play Start"));
-    }
-
-    void aMoveSeeksInThePlayer()
-    {
-        MakeVideo("a.mp4");
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        const QString keys = Target() + "/keys";
-        auto* player = Child<QProcess>("m_pPlayerProcess");
-        player->start("/bin/sh", {"-c", "cat >\"$0\"", keys});
-        QVERIFY(player->waitForStarted());
-        Move(17);
-        QTRY_COMPARE(ReadFile(keys), QByteArray("-ss 17 \r\np\r\n"));
-    }
-
-    void thePlayersDurationSetsTheRange()
-    {
-        MakeVideo("a.mp4");
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        Move(7);
-        auto* player = Child<QProcess>("m_pPlayerProcess");
-        player->start("/bin/echo", {"x Duration: 00:02:03.99, start"});
-        QTRY_COMPARE(Child<QSlider>("m_pCutSlider")->maximum(), 123);
-        QCOMPARE(Position(), QString("00:00:07/00:02:03"));
-    }
-
-    void backEndsThePreviewAndRewindsTheSlider()
-    {
-        MakeVideo("a.mp4");
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        Move(12);
-        auto* player = Child<QProcess>("m_pPlayerProcess");
-        player->start("/bin/cat", QStringList());
-        QVERIFY(player->waitForStarted());
-        Press("Back");
-        QCOMPARE(Child<QSlider>("m_pCutSlider")->value(), 0);
-        QTRY_COMPARE(player->state(), QProcess::NotRunning);
-        QCOMPARE(Page(), 0);
-    }
-
     void textsStylesAndSizes()
     {
         EnterCutPage();
@@ -426,12 +239,6 @@ private Q_SLOTS:
     }
 
 private:
-    void EnterCutPage()
-    {
-        OpenWindow();
-        Call("btnMontageSlot");
-    }
-
     static bool IsIcon(const QWidget* widget)
     {
         const auto* button = qobject_cast<const QPushButton*>(widget);
@@ -442,28 +249,6 @@ private:
     {
         const auto* button = qobject_cast<const QPushButton*>(widget);
         return button != nullptr ? button->text() : static_cast<const QLabel*>(widget)->text();
-    }
-
-    void Move(int seconds)
-    {
-        QVERIFY(QMetaObject::invokeMethod(&Window(), "current", Q_ARG(int, seconds)));
-    }
-
-    QString Position() { return Child<QLabel>("m_pCutPosLabel")->text(); }
-    QString Marks()
-    {
-        return Child<QLabel>("m_pHeadLabel")->text() + ' ' + Child<QLabel>("m_pTailLabel")->text();
-    }
-
-    QString EnabledButtons()
-    {
-        QStringList enabled;
-        for (const char* text : {"Play", "Start", "End", "Cut"}) {
-            if (Enabled(text)) {
-                enabled << text;
-            }
-        }
-        return enabled.join(' ');
     }
 };
 

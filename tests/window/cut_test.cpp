@@ -97,8 +97,7 @@ private Q_SLOTS:
     void pressedBeforeAVideoIsSelectedItRunsWithoutASource()
     {
         MakeVideo("a.mp4");
-        OpenWindow();
-        Call("btnMontageSlot");
+        EnterCutPage();
         Calls();
         Press("Cut");
         QCOMPARE(Calls(), QStringList{"<-i><-ss><0><-t><0><-codec><copy><" + Target() + "/Cut_>"});
@@ -258,8 +257,7 @@ private:
     void SelectRange(const QString& name, int start, int end)
     {
         MakeVideo(name);
-        OpenWindow();
-        Call("btnMontageSlot");
+        EnterCutPage();
         ClickRow(kTable, 0);
         for (const auto& [position, slot] : {std::pair(start, "btnSetHead"), {end, "btnSetTail"}}) {
             QVERIFY(QMetaObject::invokeMethod(&Window(), "current", Q_ARG(int, position)));

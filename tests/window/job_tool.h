@@ -63,6 +63,12 @@ protected:
                              QFileDevice::FileModificationTime));
     }
 
+    void EnterCutPage()
+    {
+        OpenWindow();
+        Call("btnMontageSlot");
+    }
+
     // A shell script for the runs that are no probe; "$@" are their arguments.
     void SetJob(const QByteArray& script) { WriteFile(BesideProgram("job"), script); }
 

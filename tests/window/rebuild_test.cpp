@@ -12,8 +12,7 @@ private Q_SLOTS:
         PrepareVideos();
         MakeVideo("new.mp4", "00:00:11");
         MakeVideo("old.mp4", "00:00:22");
-        OpenWindow();
-        Call("btnMontageSlot");
+        EnterCutPage();
         Call("btnEditSlot");
         for (const int row : {1, 0, 1}) {
             ClickRow("m_pSourceVideoTable", row);
