@@ -345,11 +345,9 @@ void ToolMergeTest::damagedPartIsTold()
 {
     QDir().mkpath(Path("parts"));
     const QString part = Convert("plain.mp4", "parts", 1);
-    QFile damaged(Path("parts/8.ts"));
-    QVERIFY(damaged.open(QIODevice::WriteOnly));
-    damaged.write(QByteArray(20000, 'x'));
-    damaged.close();
-    const Outcome outcome = RunProgram(TOOL_PROGRAM, JoinArguments({part, damaged.fileName()}));
+    const QString damaged = Path("parts/8.ts");
+    QVERIFY(WriteProgram(damaged, QByteArray(20000, 'x')));
+    const Outcome outcome = RunProgram(TOOL_PROGRAM, JoinArguments({part, damaged}));
     QVERIFY(outcome.code != 0);
     QVERIFY2(outcome.error.contains("Invalid data"), outcome.error);
     QVERIFY(!QFile::exists(m_result));
@@ -359,12 +357,9 @@ void ToolMergeTest::missingEncoderIsTold()
 {
     QDir().mkpath(Path("parts"));
     const QStringList parts = {Convert("plain.mp4", "parts", 1), Convert("size.mp4", "parts", 2)};
-    QFile ffmpeg(Path("ffmpeg without libx264"));
-    QVERIFY(ffmpeg.open(QIODevice::WriteOnly));
-    ffmpeg.write("#!/bin/bash\nexec ffmpeg \"${@//libx264/libnone}\"\n");
-    ffmpeg.close();
-    ffmpeg.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    qputenv("LUMENFOLD_FFMPEG", QFile::encodeName(ffmpeg.fileName()));
+    const QString ffmpeg = Path("ffmpeg without libx264");
+    QVERIFY(WriteProgram(ffmpeg, "#!/bin/bash\nexec ffmpeg \"${@//libx264/libnone}\"\n"));
+    qputenv("LUMENFOLD_FFMPEG", QFile::encodeName(ffmpeg));
     const Outcome outcome = RunProgram(TOOL_PROGRAM, JoinArguments(parts));
     qunsetenv("LUMENFOLD_FFMPEG");
     QVERIFY(outcome.code != 0);

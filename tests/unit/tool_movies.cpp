@@ -1,5 +1,6 @@
 #include "tool_movies.h"
 
+#include <QFile>
 #include <QProcess>
 
 #include <cstdlib>
@@ -17,6 +18,13 @@ Outcome RunProgram(const QString& program, const QStringList& arguments, const Q
         return {-1, process.readAllStandardOutput(), process.readAllStandardError()};
     }
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+bool WriteProgram(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() &&
+           file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
 QByteArray MakeMovie(const QStringList& arguments)

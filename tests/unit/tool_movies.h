@@ -16,6 +16,9 @@ struct Outcome
 Outcome RunProgram(const QString& program, const QStringList& arguments,
                    const QString& directory = {});
 
+// Writes a file that may be run; false when that fails.
+bool WriteProgram(const QString& path, const QByteArray& content);
+
 // Runs ffmpeg with its errors alone printed, over an existing file; "" or what went wrong.
 QByteArray MakeMovie(const QStringList& arguments);
 
