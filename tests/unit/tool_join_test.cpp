@@ -49,7 +49,7 @@ private slots:
     void copiedSoundIsThinnedWhereFfmpegCan();
     void shapeTellsStreamsApart();
     void damagedStreamsAreHarmless();
-    void programIsAskedAndItsErrorsRead();
+    void programIsAskedAndAllItPrintsRead();
 };
 
 void ToolJoinTest::otherCommandsAreNeitherConversionNorJoin_data()
@@ -275,12 +275,12 @@ void ToolJoinTest::damagedStreamsAreHarmless()
     QVERIFY2(unread > 20 && unread < 2000, qPrintable(QString::number(unread)));
 }
 
-void ToolJoinTest::programIsAskedAndItsErrorsRead()
+void ToolJoinTest::programIsAskedAndAllItPrintsRead()
 {
     const tool::Answer answer =
         tool::Ask("/bin/sh", {"-c", "echo a; echo 'b c' >&2; read x; exit 3"});
     QCOMPARE(answer.code, 3);
-    QCOMPARE(answer.text, std::string("b c\n"));
+    QCOMPARE(answer.text, std::string("a\nb c\n"));
     QCOMPARE(tool::Ask("/no/such/program", {}).code, 127);
     QCOMPARE(tool::Ask("/bin/sh", {"-c", "kill -9 $$"}).code, 127);
 }
