@@ -1,5 +1,7 @@
 #include "jobs/duration.h"
 
+#include "jobs/job_report.h"
+
 #include <QStringList>
 
 QString ProbeCommand(const QString& tool, const QString& path)
@@ -9,7 +11,7 @@ QString ProbeCommand(const QString& tool, const QString& path)
 
 std::string FindDuration(const QString& output)
 {
-    const QString marker = "Duration: ";
+    const QLatin1String marker(kDurationMarker);
     const qsizetype found = output.indexOf(marker);
     return found < 0 ? std::string()
                      : output.mid(found + marker.size(), 8).toLatin1().toStdString();
