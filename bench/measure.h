@@ -11,11 +11,11 @@ struct Memory
     double pss = 0; // MiB, shared pages counted in parts
 };
 
-// Milliseconds from the start of this program until its window is mapped; ends it then. Negative
+// Milliseconds from the start of this program until its window is seen; ends it then. Negative
 // when no window comes.
 double StartTime(const QString& program, const QStringList& arguments, const QString& folder);
 
-// The same of a running one.
+// What a running program holds.
 Memory MemoryOf(qint64 pid);
 
 // Seconds of processor time that these processes used until now, ended children included.

@@ -67,7 +67,7 @@ void DRUI::InitLayout3Widget()
     page->addLayout(middle, 1);
 
     page->addLayout(CreateCutBar());
-    page->addWidget(CreateFooter(m_pLayout3Widget, width(), 11));
+    page->addWidget(CreateFooter(m_pLayout3Widget, {width(), true, true}));
     m_pLayout3Widget->setLayout(page);
 }
 
@@ -149,6 +149,10 @@ QHBoxLayout* DRUI::CreateCutBar()
     for (QPushButton* disabled : {m_pBtnPlay, m_pBtnHead, m_pBtnTail}) {
         disabled->setEnabled(false);
     }
+    m_pBtnPlay->setObjectName("m_pBtnPlay");
+    m_pBtnHead->setObjectName("m_pBtnHead");
+    m_pBtnTail->setObjectName("m_pBtnTail");
+    m_pBtnCut->setObjectName("m_pBtnCut");
 
     auto* bar = BareLayout<QHBoxLayout>();
     bar->setContentsMargins(20, 6, 20, 6);

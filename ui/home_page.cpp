@@ -49,9 +49,9 @@ void DRUI::InitLayout1Widget()
     auto* page = BareLayout<QVBoxLayout>();
     page->addLayout(header);
     page->addStretch(1);
-    page->addLayout(rows, 10); // the stretches around would take all the room between the entries
+    page->addLayout(rows, 10); // without factors the rows would get no room, and the entries touch
     page->addStretch(1);
-    page->addWidget(CreateFooter(m_pLayout1Widget, stripWidth, 11));
+    page->addWidget(CreateFooter(m_pLayout1Widget, {stripWidth, true, true}));
     m_pLayout1Widget->setLayout(page);
 }
 

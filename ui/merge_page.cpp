@@ -56,7 +56,7 @@ void DRUI::InitLayout4Widget()
     page->addSpacing(4);
     auto* bottom = BareLayout<QVBoxLayout>();
     bottom->addWidget(CreateMergeBar());
-    bottom->addWidget(CreateFooter(m_pLayout4Widget, width(), 11));
+    bottom->addWidget(CreateFooter(m_pLayout4Widget, {width(), true, false}));
     page->addLayout(bottom);
     m_pLayout4Widget->setLayout(page);
 }
@@ -80,6 +80,11 @@ QHBoxLayout* DRUI::CreateMergeTables()
     m_pBtnUp = button("Up", ":/image/up.png", SLOT(btnUpSlot()));
     m_pBtnDown = button("Down", ":/image/down.png", SLOT(btnDownSlot()));
     m_pBtnDel = button("Delete", ":/image/delete.png", SLOT(btnDelSlot()));
+
+    m_pBtnAdd->setObjectName("m_pBtnAdd");
+    m_pBtnUp->setObjectName("m_pBtnUp");
+    m_pBtnDown->setObjectName("m_pBtnDown");
+    m_pBtnDel->setObjectName("m_pBtnDel");
 
     auto* add = new QVBoxLayout;
     add->addStretch(5);
@@ -145,6 +150,7 @@ QWidget* DRUI::CreateMergeBar()
     connect(back, SIGNAL(clicked()), this, SLOT(btnSlotBack()));
     m_pBtnMerge = CreateBarButton(bar, {width() - 180, 2, 100, 35}, "Merge");
     m_pBtnMerge->setFont(CalibriFont(11, QFont::Bold));
+    m_pBtnMerge->setObjectName("m_pBtnMerge");
     m_pBtnMerge->setEnabled(false);
     connect(m_pBtnMerge, SIGNAL(clicked()), this, SLOT(btnSlotLayout4Merge()));
     return bar;

@@ -30,19 +30,21 @@ QLabel* CreateSeparator(QWidget* parent, int width)
     return separator;
 }
 
-QLabel* CreateFooter(QWidget* parent, int width, int noticePoints)
+QLabel* CreateFooter(QWidget* parent, const FooterShape& shape)
 {
     auto* footer = new QLabel(parent);
     footer->setStyleSheet(window_style);
-    footer->setMinimumSize(width, 40);
+    footer->setMinimumSize(shape.width, 40);
     const int windowWidth = parent->window()->width();
-    if (noticePoints > 0) {
+    if (shape.notice) {
         QLabel* notice =
-            CreateText(footer, {10, 10, windowWidth, 30}, kMakerNotice, CalibriFont(noticePoints));
+            CreateText(footer, {10, 10, windowWidth, 30}, kMakerNotice, CalibriFont(11));
         notice->setAlignment(Qt::AlignHCenter);
         SetTextColor(notice, Qt::white);
     }
-    CreateSeparator(footer, windowWidth)->move(0, 0);
+    if (shape.line) {
+        CreateSeparator(footer, windowWidth)->move(0, 0);
+    }
     return footer;
 }
 

@@ -39,9 +39,14 @@ QLabel* CreateTitleStrip(QWidget* parent, const TitleStripShape& shape);
 /// A light line of fixed size.
 QLabel* CreateSeparator(QWidget* parent, int width);
 
-/// The dark strip along the bottom edge, with the line across its top; `noticePoints` above 0 adds
-/// the maker's notice in that font size.
-QLabel* CreateFooter(QWidget* parent, int width, int noticePoints = 0);
+/// The dark strip along the bottom edge, 40 high; what it holds differs between the pages.
+struct FooterShape
+{
+    int width;
+    bool notice; // holds the maker's line
+    bool line;   // has a light line across its top
+};
+QLabel* CreateFooter(QWidget* parent, const FooterShape& shape);
 
 QLabel* CreateText(QWidget* parent, const QRect& place, const QString& text, const QFont& font);
 

@@ -34,7 +34,7 @@ void DRUI::InitLayout2Widget()
     page->addLayout(center);
     page->addStretch(3);
     page->addWidget(CreateRecordBar());
-    page->addWidget(CreateFooter(m_pLayout2Widget, width()));
+    page->addWidget(CreateFooter(m_pLayout2Widget, {width(), false, true}));
     m_pLayout2Widget->setLayout(page);
 }
 

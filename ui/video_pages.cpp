@@ -49,6 +49,7 @@ QTableWidget* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setSelectionMode(QAbstractItemView::SingleSelection);
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table->setWordWrap(false); // a name too long for its column would lose the time behind the date
     return table;
 }
 
