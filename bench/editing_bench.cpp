@@ -1,6 +1,5 @@
 // Measures the cut, the merge and the list of videos through the window, against ffmpeg with the
 // same arguments. The window is offscreen, all else is real.
-#include "bench/measure.h"
 #include "bench/table.h"
 #include "tests/window/fake_tool.h"
 #include "tests/window/modal_boxes.h"

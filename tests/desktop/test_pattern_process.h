@@ -1,4 +1,5 @@
-// The moving picture in the screen's upper left corner, and a different tone on each sound device.
+// The moving picture in the screen's upper left corner, and sound: a different tone on each device,
+// where nothing else is asked for.
 #pragma once
 
 #include <QProcess>
@@ -9,12 +10,12 @@ public:
     static constexpr int kSpeakerTone = 600;
     static constexpr int kMicrophoneTone = 1400;
 
-    TestPatternProcess()
+    explicit TestPatternProcess(const QStringList& sound = {
+                                    "--hum", QString("%1@speaker").arg(kSpeakerTone), "--hum",
+                                    QString("%1@mic_in").arg(kMicrophoneTone)})
     {
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(TEST_PATTERN, {"--geometry", "640x64+0+0", "--hum",
-                                       QString("%1@speaker").arg(kSpeakerTone), "--hum",
-                                       QString("%1@mic_in").arg(kMicrophoneTone)});
+        m_process.start(TEST_PATTERN, QStringList{"--geometry", "640x64+0+0"} + sound);
     }
     TestPatternProcess(const TestPatternProcess&) = delete;
     TestPatternProcess& operator=(const TestPatternProcess&) = delete;
