@@ -1,0 +1,74 @@
+// Runs the real program where there is a screen and a sound server, with a stand-in for ffmpeg that
+// writes down what it was given. The sound server has a microphone and an output.
+#include "tool_movies.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+class ToolRecordingTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void numbersAreUnderstoodWherever_data();
+    void numbersAreUnderstoodWherever();
+
+private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void ToolRecordingTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    const QString ffmpeg = m_folder->filePath("ffmpeg");
+    QVERIFY(WriteProgram(ffmpeg, "#!/bin/sh\necho \"started $*\"\nexit 42\n"));
+    qputenv("LUMENFOLD_FFMPEG", QFile::encodeName(ffmpeg));
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_folder->path()));
+}
+
+void ToolRecordingTest::numbersAreUnderstoodWherever_data()
+{
+    QTest::addColumn<QString>("directory");
+    QTest::addColumn<bool>("made");
+    QTest::addColumn<int>("permissions");
+    const int own = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    QTest::newRow("where the list is remembered") << "run" << true << own;
+    QTest::newRow("without a place for the list") << "missing" << false << 0;
+    QTest::newRow("where others may write the list")
+        << "run" << true << (own | QFile::WriteOther | QFile::ExeOther);
+}
+
+// The numbers of the list mean the same for the recording, remembered or not.
+void ToolRecordingTest::numbersAreUnderstoodWherever()
+{
+    QFETCH(QString, directory);
+    QFETCH(bool, made);
+    QFETCH(int, permissions);
+    const QString place = m_folder->filePath(directory);
+    const QString own = place + "/lumenfold-recorder";
+    if (made) {
+        QVERIFY(QDir().mkpath(own) && QFile::setPermissions(own, QFile::Permissions(permissions)));
+    }
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(place));
+    const Outcome list =
+        RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-list_devices", "true", "-i", " "});
+    QVERIFY2(list.error.contains("[0] Microphone") && list.error.contains("[1] Computer sounds"),
+             list.error);
+    for (const char* device : {"0:0", "0:1"}) {
+        const Outcome outcome =
+            RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-i", device, "o.mp4"});
+        QVERIFY2(outcome.code == 42, outcome.error);
+        QVERIFY2(outcome.output.contains("-f s16le"), outcome.output);
+    }
+    const Outcome outcome = RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-i", "0:2", "o.mp4"});
+    QCOMPARE(outcome.code, 1);
+    QCOMPARE(outcome.error, QByteArray("tool: there is no audio device 2, the list has 2.\n"));
+    QCOMPARE(QDir(own).entryList(QDir::Files).isEmpty(),
+             directory != "run" || permissions & QFile::WriteOther);
+}
+
+QTEST_GUILESS_MAIN(ToolRecordingTest)
+#include "tool_recording_test.moc"
