@@ -209,7 +209,7 @@ int PassOn(const std::string& ffmpeg, const tool::Arguments& arguments)
     }
     if (const auto conversion = tool::ReadConversion(arguments)) {
         const auto intermediate = tool::ChooseIntermediate(Look(conversion->source));
-        return Become(ffmpeg, tool::TranslateConversion(arguments, intermediate));
+        return Become(ffmpeg, tool::TranslateConversion(*conversion, intermediate));
     }
     if (const auto join = tool::ReadJoin(arguments)) {
         return JoinParts(ffmpeg, arguments, *join);

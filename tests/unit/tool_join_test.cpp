@@ -156,11 +156,13 @@ void ToolJoinTest::plainMovieIsConvertedAsAsked()
 {
     const char* line = "-i a -vcodec copy -acodec copy -vbsf h264_mp4toannexb 1.ts";
     QVERIFY(tool::ChooseIntermediate(std::nullopt) == tool::Intermediate::AsAsked);
-    QCOMPARE(Joined(tool::TranslateConversion(Split(line), tool::Intermediate::AsAsked)),
+    const auto conversion = tool::ReadConversion(Split(line));
+    QVERIFY(conversion);
+    QCOMPARE(Joined(tool::TranslateConversion(*conversion, tool::Intermediate::AsAsked)),
              QString("-i a -vcodec copy -acodec copy -bsf:v h264_mp4toannexb 1.ts"));
-    QCOMPARE(Joined(tool::TranslateConversion(Split(line), tool::Intermediate::TransportStream)),
+    QCOMPARE(Joined(tool::TranslateConversion(*conversion, tool::Intermediate::TransportStream)),
              QString("-i a -vcodec copy -acodec copy 1.ts"));
-    QCOMPARE(Joined(tool::TranslateConversion(Split(line), tool::Intermediate::Movie)),
+    QCOMPARE(Joined(tool::TranslateConversion(*conversion, tool::Intermediate::Movie)),
              QString("-i a -vcodec copy -acodec copy -f mp4 1.ts"));
 }
 
