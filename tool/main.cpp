@@ -126,7 +126,7 @@ int Become(const std::string& ffmpeg, const tool::Arguments& arguments)
 }
 
 int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
-           const tool::Request& request)
+           const tool::Request& request, pid_t recorder)
 {
     tool::CapturePlan plan;
     plan.display = tool::Variable("DISPLAY");
@@ -149,6 +149,9 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     // Should the recorder die, nobody would stop ffmpeg: this signal makes it finish the file. It
     // survives the exec.
     prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != recorder) {
+        return failed; // it has died already
+    }
     tool::HoldEarlyKeys(STDIN_FILENO, untilFirstPicture);
     if (!sources->empty()) {
         const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments)});
@@ -221,6 +224,7 @@ int PassOn(const std::string& ffmpeg, const tool::Arguments& arguments)
 
 int main(int count, char** values)
 {
+    const pid_t recorder = getppid();
     const tool::Arguments arguments(values + (count > 0 ? 1 : 0), values + count);
     if (arguments.size() == 2 && arguments.front() == "-i") {
         if (const auto text = tool::ProbeText(arguments.back())) {
@@ -245,7 +249,7 @@ int main(int count, char** values)
                         noProgram);
     }
     if (request.kind == tool::RequestKind::Capture) {
-        return Record(ffmpeg, arguments, request);
+        return Record(ffmpeg, arguments, request, recorder);
     }
     return PassOn(ffmpeg, arguments);
 }
