@@ -44,6 +44,7 @@ private slots:
     void intermediateSuitsTheMovie_data();
     void intermediateSuitsTheMovie();
     void plainMovieIsConvertedAsAsked();
+    void descriptionsAreReadFromFfmpegsText_data();
     void descriptionsAreReadFromFfmpegsText();
     void silentAndBlackPartsAreMade();
     void copiedSoundIsThinnedWhereFfmpegCan();
@@ -166,9 +167,17 @@ void ToolJoinTest::plainMovieIsConvertedAsAsked()
              QString("-i a -vcodec copy -acodec copy -f mp4 1.ts"));
 }
 
+void ToolJoinTest::descriptionsAreReadFromFfmpegsText_data()
+{
+    QTest::addColumn<QString>("indent");
+    QTest::newRow("ffmpeg 5") << "  ";
+    QTest::newRow("ffmpeg 4") << "    ";
+}
+
 void ToolJoinTest::descriptionsAreReadFromFfmpegsText()
 {
-    const auto parts = tool::ParseDescriptions(
+    QFETCH(QString, indent);
+    QString text =
         "Input #0, mpegts, from '1.ts':\n  Duration: 00:01:02.50, start: 1.400000, bitrate: 1 "
         "kb/s\n"
         "  Stream #0:0[0x100]: Video: h264 (High) ([27][0][0][0] / 0x001B), yuv420p(tv, bt709, "
@@ -181,7 +190,9 @@ void ToolJoinTest::descriptionsAreReadFromFfmpegsText()
         "4:3], 12.5 fps, 25 tbr, 12800 tbn (default)\n    Side data:\n"
         "      displaymatrix: rotation of -90.00 degrees\n"
         "Input #2, mov, from '3.ts':\n"
-        "  Stream #2:0: Video: h264, yuv420p, 101x99, 90k tbr, 90k tbn\n");
+        "  Stream #2:0: Video: h264, yuv420p, 101x99, 90k tbr, 90k tbn\n";
+    text.replace("  Stream #", indent + "Stream #");
+    const auto parts = tool::ParseDescriptions(text.toStdString());
     QCOMPARE(parts.size(), size_t{3});
     QCOMPARE(parts[0].width, 1280);
     QCOMPARE(parts[0].height, 720);
