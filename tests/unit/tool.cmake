@@ -13,8 +13,9 @@ if(TARGET tool)
     TOOL_PROGRAM="$<TARGET_FILE:tool>")
   add_dependencies(tool_program_test tool)
   # With a screen and a sound server.
+  find_package(Qt6 6.4 REQUIRED COMPONENTS Network)
   add_executable(tool_recording_test tool_recording_test.cpp tool_movies.cpp)
-  target_link_libraries(tool_recording_test PRIVATE lumenfold_flags Qt6::Test)
+  target_link_libraries(tool_recording_test PRIVATE lumenfold_flags Qt6::Test Qt6::Network)
   target_compile_definitions(tool_recording_test PRIVATE TOOL_PROGRAM="$<TARGET_FILE:tool>")
   add_dependencies(tool_recording_test tool)
   add_test(NAME tool_recording_test COMMAND "${PROJECT_SOURCE_DIR}/scripts/virtual-desktop" --no-tray

@@ -4,8 +4,16 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <memory>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 
 class ToolRecordingTest : public QObject
 {
@@ -15,6 +23,8 @@ private slots:
     void init();
     void numbersAreUnderstoodWherever_data();
     void numbersAreUnderstoodWherever();
+    void recorderThatDiesBeforeTheStartLeavesNoRecording_data();
+    void recorderThatDiesBeforeTheStartLeavesNoRecording();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -68,6 +78,56 @@ void ToolRecordingTest::numbersAreUnderstoodWherever()
     QCOMPARE(outcome.error, QByteArray("tool: there is no audio device 2, the list has 2.\n"));
     QCOMPARE(QDir(own).entryList(QDir::Files).isEmpty(),
              directory != "run" || permissions & QFile::WriteOther);
+}
+
+void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording_data()
+{
+    QTest::addColumn<bool>("dies");
+    QTest::addColumn<int>("code");
+    QTest::newRow("dies") << true << 1;
+    QTest::newRow("lives") << false << 42;
+}
+
+// `tool` reaches the screen through this test, which so can stop it half way.
+void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording()
+{
+    QFETCH(bool, dies);
+    QFETCH(int, code);
+    QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0); // its end is told to this test
+    QTcpServer server;
+    QVERIFY2(server.listen(QHostAddress::LocalHost), qPrintable(server.errorString()));
+    QProcess recorder;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("DISPLAY", QString("127.0.0.1:%1").arg(server.serverPort() - 6000));
+    recorder.setProcessEnvironment(environment);
+    recorder.start("/bin/sh", {"-c", "\"$@\" >/dev/null & echo $!; wait $!; echo $?", "sh",
+                               TOOL_PROGRAM, "-f", "avfoundation", "-i", "0", "o.mp4"});
+    QVERIFY(server.waitForNewConnection(10000));
+    const std::unique_ptr<QTcpSocket> asked(server.nextPendingConnection());
+    QVERIFY(recorder.bytesAvailable() > 0 || recorder.waitForReadyRead());
+    const pid_t tool = recorder.readLine().trimmed().toInt();
+    QVERIFY(tool > 0);
+    if (dies) {
+        recorder.kill();
+        QVERIFY(recorder.waitForFinished());
+    }
+    QLocalSocket screen;
+    screen.connectToServer("/tmp/.X11-unix/X" + qEnvironmentVariable("DISPLAY").mid(1));
+    QVERIFY2(screen.waitForConnected(), qPrintable(screen.errorString()));
+    const auto pass = [](QIODevice& from, QIODevice& to) { to.write(from.readAll()); };
+    connect(asked.get(), &QTcpSocket::readyRead, &screen, [&] { pass(*asked, screen); });
+    connect(&screen, &QLocalSocket::readyRead, asked.get(), [&] { pass(screen, *asked); });
+    pass(*asked, screen);
+    QTRY_COMPARE(asked->state(), QTcpSocket::UnconnectedState);
+    int status = 0;
+    if (dies) {
+        QCOMPARE(waitpid(tool, &status, 0), tool);
+    } else {
+        QTRY_COMPARE(recorder.state(), QProcess::NotRunning);
+        status = recorder.readLine().toInt() << 8;
+    }
+    QVERIFY2(WIFEXITED(status) && WEXITSTATUS(status) == code,
+             qPrintable(QString("status %1").arg(status)));
 }
 
 QTEST_GUILESS_MAIN(ToolRecordingTest)
