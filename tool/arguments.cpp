@@ -1,5 +1,7 @@
 #include "tool/arguments.h"
 
+#include "tool/one_of.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -78,6 +80,33 @@ std::optional<int> ParseIndex(std::string_view text)
     return value;
 }
 
+// The name after -i, "S" or "S:A": screen index and audio device index, both decimal. "none" as A
+// is no sound.
+struct CaptureName
+{
+    int screen = 0;
+    std::optional<int> audio;
+};
+
+// Nothing when it is malformed.
+std::optional<CaptureName> ParseCaptureName(const std::string& name)
+{
+    const std::string_view text = name;
+    const size_t colon = text.find(':');
+    const auto screen = ParseIndex(text.substr(0, colon));
+    if (!screen) {
+        return std::nullopt;
+    }
+    CaptureName result{*screen, std::nullopt};
+    if (colon != std::string_view::npos && text.substr(colon + 1) != "none") {
+        result.audio = ParseIndex(text.substr(colon + 1));
+        if (!result.audio) {
+            return std::nullopt;
+        }
+    }
+    return result;
+}
+
 std::string RenamedOption(const std::string& option)
 {
     if (option == "-vbsf") {
@@ -98,8 +127,7 @@ Arguments WithoutCaptureOptions(const Arguments& options)
 {
     Arguments kept;
     for (size_t i = 0; i < options.size(); ++i) {
-        if (std::find(captureOptions.begin(), captureOptions.end(), options[i]) !=
-            captureOptions.end()) {
+        if (IsOneOf(captureOptions, options[i])) {
             ++i;
         } else {
             kept.push_back(options[i]);
@@ -113,7 +141,7 @@ void PrependFilter(Arguments& options, std::initializer_list<std::string_view> n
                    const std::string& filter)
 {
     for (size_t i = 0; i + 1 < options.size(); ++i) {
-        if (std::find(names.begin(), names.end(), options[i]) != names.end()) {
+        if (IsOneOf(names, options[i])) {
             options[i + 1] = filter + "," + options[i + 1];
             return;
         }
@@ -211,24 +239,6 @@ std::string FrameRate(const std::vector<Section>& sections)
 
 } // namespace
 
-std::optional<CaptureName> ParseCaptureName(const std::string& name)
-{
-    const std::string_view text = name;
-    const size_t colon = text.find(':');
-    const auto screen = ParseIndex(text.substr(0, colon));
-    if (!screen) {
-        return std::nullopt;
-    }
-    CaptureName result{*screen, std::nullopt};
-    if (colon != std::string_view::npos && text.substr(colon + 1) != "none") {
-        result.audio = ParseIndex(text.substr(colon + 1));
-        if (!result.audio) {
-            return std::nullopt;
-        }
-    }
-    return result;
-}
-
 Request ReadRequest(const Arguments& arguments)
 {
     Request request;
@@ -256,8 +266,7 @@ Request ReadRequest(const Arguments& arguments)
             first = false;
         }
         // A second input names the same screen again: only its sound counts.
-        if (name->audio && std::find(request.audio.begin(), request.audio.end(), *name->audio) ==
-                               request.audio.end()) {
+        if (name->audio && !IsOneOf(request.audio, *name->audio)) {
             request.audio.push_back(*name->audio);
         }
     }

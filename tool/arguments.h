@@ -40,15 +40,6 @@ struct CapturePlan
     bool knowsStatsPeriod = false; // whether this ffmpeg has -stats_period (4.4 and later)
 };
 
-// The name after -i, "S" or "S:A": screen index and audio device index, both decimal. "none" as A
-// is no sound. Nothing when it is malformed.
-struct CaptureName
-{
-    int screen = 0;
-    std::optional<int> audio;
-};
-std::optional<CaptureName> ParseCaptureName(const std::string& name);
-
 // Tells which of the four kinds of command this is.
 Request ReadRequest(const Arguments& arguments);
 

@@ -28,6 +28,9 @@ int CloseAllBut(int kept)
 
 bool StartCompanion(int kept, const std::function<void(int)>& run)
 {
+    // ffmpeg knows nothing of its companions and waits for none: the kernel clears away those that
+    // end before it. This outlives the exec.
+    std::signal(SIGCHLD, SIG_IGN);
     const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0) {

@@ -1,7 +1,10 @@
 #include "tool/conversion.h"
 
+#include "tool/one_of.h"
+
 #include <algorithm>
-#include <cstdlib>
+#include <array>
+#include <string_view>
 
 namespace tool {
 namespace {
@@ -14,11 +17,8 @@ constexpr int64_t hardlyHidden = 100000;
 constexpr int64_t longestPause = 1000000;
 constexpr int64_t longestLoss = 200000;
 
-bool IsOneOf(const std::string& codec, std::initializer_list<const char*> codecs)
-{
-    return std::any_of(codecs.begin(), codecs.end(),
-                       [&](const char* each) { return codec == each; });
-}
+constexpr std::array<std::string_view, 2> h264 = {"avc1", "avc3"};
+constexpr std::array<std::string_view, 2> h265 = {"hvc1", "hev1"};
 
 bool EndTogether(const Movie& movie)
 {
@@ -57,30 +57,28 @@ Intermediate ChooseIntermediate(const std::optional<Movie>& movie)
         if (track.kind == TrackKind::Other || track.codec.empty()) {
             continue;
         }
-        const bool known = isPicture ? IsOneOf(track.codec, {"avc1", "avc3", "hvc1", "hev1"})
+        const bool known = isPicture ? IsOneOf(h264, track.codec) || IsOneOf(h265, track.codec)
                                      : track.codec == "aac ";
         if (!known || track.turned || track.pieced || track.hidden > hardlyHidden) {
             return Intermediate::Movie;
         }
-        if (IsOneOf(track.codec, {"hvc1", "hev1"})) {
+        if (IsOneOf(h265, track.codec)) {
             chosen = Intermediate::TransportStream;
         }
     }
     return EndTogether(*movie) ? chosen : Intermediate::Movie;
 }
 
-Arguments TranslateConversion(const Arguments& arguments, Intermediate intermediate)
+Arguments TranslateConversion(const Conversion& conversion, Intermediate intermediate)
 {
-    const auto conversion = ReadConversion(arguments);
-    if (!conversion || intermediate == Intermediate::AsAsked) {
-        return TranslatePassThrough(arguments);
-    }
-    Arguments result = {"-i", conversion->source, "-vcodec", "copy", "-acodec", "copy"};
-    if (intermediate == Intermediate::Movie) {
+    Arguments result = {"-i", conversion.source, "-vcodec", "copy", "-acodec", "copy"};
+    if (intermediate == Intermediate::AsAsked) {
+        result.insert(result.end(), {"-bsf:v", "h264_mp4toannexb"});
+    } else if (intermediate == Intermediate::Movie) {
         // Under the name of a transport stream all the same: readers look at what is in it.
         result.insert(result.end(), {"-f", "mp4"});
     }
-    result.push_back(conversion->destination);
+    result.push_back(conversion.destination);
     return result;
 }
 

@@ -27,7 +27,7 @@ enum class Intermediate {
 
 Intermediate ChooseIntermediate(const std::optional<Movie>& movie);
 
-// The command for it; `arguments` are the recorder's own.
-Arguments TranslateConversion(const Arguments& arguments, Intermediate intermediate);
+// The command for it.
+Arguments TranslateConversion(const Conversion& conversion, Intermediate intermediate);
 
 } // namespace tool

@@ -1,30 +1,20 @@
 #include "tool/ffmpeg_program.h"
 
+#include "tool/ask_child.h"
+#include "tool/environment.h"
+
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/mman.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
 
 namespace tool {
-namespace {
 
 namespace fs = std::filesystem;
-
-std::string Variable(const char* name)
-{
-    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): one thread only
-    return value == nullptr ? std::string() : value;
-}
-
-} // namespace
 
 std::vector<std::string> FfmpegPlaces(const std::string& chosen, const std::string& ownDirectory,
                                       const std::string& path)
@@ -101,38 +91,15 @@ void Become(const std::string& program, const std::vector<std::string>& argument
     execv(program.c_str(), pointers.data());
 }
 
-Answer Ask(const std::string& program, const std::vector<std::string>& arguments)
+std::string Ask(const std::string& program, const std::vector<std::string>& arguments)
 {
-    constexpr int failed = 127;
-    std::array<int, 2> pipe{};
-    if (pipe2(pipe.data(), O_CLOEXEC) != 0) {
-        return {};
-    }
-    const pid_t child = fork();
-    if (child == 0) {
+    return AskChild([&](int output) {
         const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
         dup2(nothing, STDIN_FILENO);
-        dup2(pipe[1], STDOUT_FILENO);
-        dup2(pipe[1], STDERR_FILENO);
+        dup2(nothing, STDOUT_FILENO);
+        dup2(output, STDERR_FILENO);
         Become(program, arguments);
-        _exit(failed);
-    }
-    close(pipe[1]);
-    Answer answer;
-    std::array<char, 4096> bytes{};
-    for (ssize_t got = 1; child > 0 && got != 0;) {
-        got = read(pipe[0], bytes.data(), bytes.size());
-        if (got < 0 && errno != EINTR) {
-            break;
-        }
-        answer.text.append(bytes.data(), static_cast<size_t>(std::max<ssize_t>(got, 0)));
-    }
-    close(pipe[0]);
-    int status = 0;
-    while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    answer.code = child > 0 && WIFEXITED(status) ? WEXITSTATUS(status) : failed;
-    return answer;
+    });
 }
 
 } // namespace tool

@@ -23,15 +23,8 @@ std::string FindFfmpeg();
 // script.
 bool KnowsOption(const std::string& program, const std::string& option);
 
-// How a program ended and what it printed, on standard output and error.
-struct Answer
-{
-    int code = 127;
-    std::string text;
-};
-
-// Runs the program to its end, without input. Code 127 when it cannot be run or dies.
-Answer Ask(const std::string& program, const std::vector<std::string>& arguments);
+// Runs the program to its end, without input, and gives what it printed on its standard error.
+std::string Ask(const std::string& program, const std::vector<std::string>& arguments);
 
 // Becomes the program; returns only when that fails, with errno set.
 void Become(const std::string& program, const std::vector<std::string>& arguments);

@@ -3,7 +3,6 @@
 #include "tool/transport_stream.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <filesystem>
@@ -155,8 +154,10 @@ double ParseDuration(std::string_view line)
 void ParseLine(std::string_view line, PartDescription& part)
 {
     constexpr std::string_view turned = "displaymatrix: rotation of ";
-    const bool isStream = line.starts_with("  Stream #");
-    if (line.starts_with("  Duration: ")) {
+    // Versions before 5 indent what they say about a stream more.
+    line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
+    const bool isStream = line.starts_with("Stream #");
+    if (line.starts_with("Duration: ")) {
         part.duration = ParseDuration(line);
     } else if (isStream && line.find(": Video: ") != std::string_view::npos && part.width == 0) {
         ParsePicture(line, part);
@@ -226,9 +227,11 @@ std::string JoinGraph::PictureChain(size_t index) const
         return "color=black:s=" + width + "x" + height + ":r=" + m_picture->rate +
                ":d=" + std::to_string(m_parts[index].duration) + even;
     }
+    // As large as fits, and even: versions before 4.3 have no option for that.
+    const std::string fitting = "'round(min(" + width + "," + height + "*a)/2)*2':'round(min(" +
+                                height + "," + width + "/a)/2)*2'";
     return Input(index, "v") + "fps=" + m_picture->rate +
-           ":start_time=0,scale=trunc(iw*sar/2)*2:ih,scale=" + size +
-           ":force_original_aspect_ratio=decrease:force_divisible_by=2,pad=" + size +
+           ":start_time=0,scale=trunc(iw*sar/2)*2:ih,scale=" + fitting + ",pad=" + size +
            ":(ow-iw)/2:(oh-ih)/2" + even;
 }
 

@@ -5,9 +5,11 @@
 // Exit codes of its own: 1 for a list or a duration (as ffmpeg, which ends either with an error)
 // and for a device that does not exist, 127 when there is no ffmpeg.
 #include "tool/arguments.h"
+#include "tool/ask_child.h"
 #include "tool/conversion.h"
 #include "tool/cut.h"
 #include "tool/early_keys.h"
+#include "tool/environment.h"
 #include "tool/ffmpeg_program.h"
 #include "tool/frugal_file.h"
 #include "tool/join.h"
@@ -22,13 +24,10 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <optional>
 #include <string>
 #include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -39,12 +38,6 @@ constexpr int noProgram = 127;
 constexpr std::chrono::milliseconds soundPatience{1500};
 constexpr std::chrono::milliseconds untilFirstPicture{1000}; // measured: 130 ms
 
-std::string Variable(const char* name)
-{
-    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): one thread only
-    return value == nullptr ? std::string() : value;
-}
-
 int Complain(const std::string& sentence, int code)
 {
     std::fprintf(stderr, "tool: %s.\n", sentence.c_str());
@@ -53,11 +46,11 @@ int Complain(const std::string& sentence, int code)
 
 std::string NoScreenReason()
 {
-    const std::string display = Variable("DISPLAY");
+    const std::string display = tool::Variable("DISPLAY");
     std::string reason = display.empty() ? "No screen can be recorded: DISPLAY is not set"
                                          : "No screen can be recorded: the X display " + display +
                                                " cannot be opened";
-    if (!Variable("WAYLAND_DISPLAY").empty()) {
+    if (!tool::Variable("WAYLAND_DISPLAY").empty()) {
         reason += "; a Wayland session without X gives programs no access to the screen";
     }
     return reason + ".";
@@ -66,25 +59,29 @@ std::string NoScreenReason()
 std::vector<tool::SoundDevice> ReadSoundDevices()
 {
     const auto server = tool::ReadSoundServer(soundPatience);
-    auto devices = server ? tool::ArrangeSoundDevices(*server) : std::vector<tool::SoundDevice>();
+    return server ? tool::ArrangeSoundDevices(*server) : std::vector<tool::SoundDevice>();
+}
+
+std::vector<std::string> SourcesOf(const std::vector<tool::SoundDevice>& devices)
+{
     std::vector<std::string> sources;
     sources.reserve(devices.size());
     for (const tool::SoundDevice& device : devices) {
         sources.push_back(device.source);
     }
-    tool::RememberDevices(sources);
-    return devices;
+    return sources;
 }
 
 int PrintListing()
 {
     tool::Listing listing;
-    if (const auto monitors = tool::ReadMonitors(Variable("DISPLAY"))) {
+    if (const auto monitors = tool::ReadMonitors(tool::Variable("DISPLAY"))) {
         listing.screens = monitors->size();
     } else {
         listing.noScreenReason = NoScreenReason();
     }
     listing.sound = ReadSoundDevices();
+    tool::RememberDevices(SourcesOf(listing.sound));
     const std::string text =
         tool::ListingText(listing, reinterpret_cast<uintptr_t>(&listing) & 0xffffffffffff);
     std::fwrite(text.data(), 1, text.size(), stderr);
@@ -94,15 +91,12 @@ int PrintListing()
 // The sound library refuses to work on both sides of a fork, so a process of its own asks.
 std::vector<std::string> AskForSources()
 {
-    const pid_t child = fork();
-    if (child == 0) {
-        ReadSoundDevices();
-        _exit(0);
-    }
-    int status = 0;
-    while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    return tool::RecallDevices().value_or(std::vector<std::string>());
+    const std::string answer = tool::AskChild([](int output) {
+        const std::string text = tool::RememberedText({}, SourcesOf(ReadSoundDevices()));
+        // A pipe holds far more than the names of all sources.
+        [[maybe_unused]] const ssize_t written = write(output, text.data(), text.size());
+    });
+    return tool::ParseRemembered(answer, {}).value_or(std::vector<std::string>());
 }
 
 // The sources' names; nothing after a complaint about a number that is not in the list.
@@ -132,10 +126,10 @@ int Become(const std::string& ffmpeg, const tool::Arguments& arguments)
 }
 
 int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
-           const tool::Request& request)
+           const tool::Request& request, pid_t recorder)
 {
     tool::CapturePlan plan;
-    plan.display = Variable("DISPLAY");
+    plan.display = tool::Variable("DISPLAY");
     const auto monitors = tool::ReadMonitors(plan.display);
     if (!monitors) {
         std::fprintf(stderr, "tool: %s\n", NoScreenReason().c_str());
@@ -155,6 +149,9 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     // Should the recorder die, nobody would stop ffmpeg: this signal makes it finish the file. It
     // survives the exec.
     prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != recorder) {
+        return failed; // it has died already
+    }
     tool::HoldEarlyKeys(STDIN_FILENO, untilFirstPicture);
     if (!sources->empty()) {
         const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments)});
@@ -193,25 +190,17 @@ int JoinParts(const std::string& ffmpeg, const tool::Arguments& arguments, const
     for (const std::string& part : join.parts) {
         question.insert(question.end(), {"-i", part});
     }
-    const tool::Answer answer = tool::Ask(ffmpeg, question);
-    const auto parts = tool::ParseDescriptions(answer.text);
+    const std::string answer = tool::Ask(ffmpeg, question);
+    const auto parts = tool::ParseDescriptions(answer);
     if (parts.size() != join.parts.size()) {
         // It says itself which part it cannot read.
-        std::fwrite(answer.text.data(), 1, answer.text.size(), stderr);
+        std::fwrite(answer.data(), 1, answer.size(), stderr);
         return failed;
     }
     for (size_t i = 0; i < parts.size(); ++i) {
         if (!parts[i].HasPicture() && !parts[i].HasSound()) {
             return Complain(join.parts[i] + ": Invalid data: neither picture nor sound", failed);
         }
-    }
-    // ffmpeg's own words about a missing encoder hold nothing that the recorder takes for a
-    // failure.
-    const tool::Answer encoder = tool::Ask(ffmpeg, {"-hide_banner", "-h", "encoder=libx264"});
-    if (encoder.text.find("Encoder libx264") == std::string::npos) {
-        return Complain("Invalid data: the parts do not fit together, and this ffmpeg has no "
-                        "libx264 to encode them anew",
-                        failed);
     }
     return Become(ffmpeg, tool::EncodingJoin(join, parts));
 }
@@ -223,7 +212,7 @@ int PassOn(const std::string& ffmpeg, const tool::Arguments& arguments)
     }
     if (const auto conversion = tool::ReadConversion(arguments)) {
         const auto intermediate = tool::ChooseIntermediate(Look(conversion->source));
-        return Become(ffmpeg, tool::TranslateConversion(arguments, intermediate));
+        return Become(ffmpeg, tool::TranslateConversion(*conversion, intermediate));
     }
     if (const auto join = tool::ReadJoin(arguments)) {
         return JoinParts(ffmpeg, arguments, *join);
@@ -235,6 +224,7 @@ int PassOn(const std::string& ffmpeg, const tool::Arguments& arguments)
 
 int main(int count, char** values)
 {
+    const pid_t recorder = getppid();
     const tool::Arguments arguments(values + (count > 0 ? 1 : 0), values + count);
     if (arguments.size() == 2 && arguments.front() == "-i") {
         if (const auto text = tool::ProbeText(arguments.back())) {
@@ -251,7 +241,7 @@ int main(int count, char** values)
     }
     const std::string ffmpeg = tool::FindFfmpeg();
     if (ffmpeg.empty()) {
-        const std::string chosen = Variable("LUMENFOLD_FFMPEG");
+        const std::string chosen = tool::Variable("LUMENFOLD_FFMPEG");
         return Complain(chosen.empty() ? "no ffmpeg is installed: neither beside this program nor "
                                          "in PATH"
                                        : "LUMENFOLD_FFMPEG names " + chosen +
@@ -259,7 +249,7 @@ int main(int count, char** values)
                         noProgram);
     }
     if (request.kind == tool::RequestKind::Capture) {
-        return Record(ffmpeg, arguments, request);
+        return Record(ffmpeg, arguments, request, recorder);
     }
     return PassOn(ffmpeg, arguments);
 }

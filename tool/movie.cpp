@@ -3,6 +3,7 @@
 #include "tool/boxes.h"
 #include "tool/frugal_file.h"
 #include "tool/movie_track.h"
+#include "tool/one_of.h"
 
 #include <algorithm>
 #include <array>
@@ -21,12 +22,6 @@ constexpr std::array<uint32_t, 5> harmless = {BoxType("mdat"), BoxType("free"), 
 // What tells that the movie goes on in pieces.
 constexpr std::array<uint32_t, 4> pieces = {BoxType("moof"), BoxType("sidx"), BoxType("mfra"),
                                             BoxType("styp")};
-
-template <size_t count>
-bool IsOneOf(const std::array<uint32_t, count>& types, uint32_t type)
-{
-    return std::find(types.begin(), types.end(), type) != types.end();
-}
 
 class MovieReader
 {

@@ -1,9 +1,10 @@
 #include "tool/remembered_devices.h"
 
+#include "tool/environment.h"
+
 #include <cerrno>
 #include <charconv>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -19,12 +20,6 @@ namespace fs = std::filesystem;
 constexpr const char* firstWords = "server ";
 constexpr const char* anyone = "devices";
 
-std::string Variable(const char* name)
-{
-    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): one thread only
-    return value == nullptr ? std::string() : value;
-}
-
 // A directory that no one else can write to; empty when there is none.
 fs::path OwnDirectory()
 {
@@ -32,7 +27,12 @@ fs::path OwnDirectory()
     if (const std::string runtime = Variable("XDG_RUNTIME_DIR"); !runtime.empty()) {
         directory = fs::path(runtime) / "lumenfold-recorder";
     } else {
-        directory = fs::temp_directory_path() / ("lumenfold-recorder-" + std::to_string(getuid()));
+        std::error_code error;
+        directory = fs::temp_directory_path(error);
+        if (error) {
+            return {};
+        }
+        directory /= "lumenfold-recorder-" + std::to_string(getuid());
     }
     if (mkdir(directory.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
         return {};
@@ -67,8 +67,9 @@ void Replace(const fs::path& file, const std::string& text)
 void ForgetEndedPrograms(const fs::path& directory)
 {
     std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator(directory, error)) {
-        const std::string name = entry.path().filename().string();
+    for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
         const size_t dash = name.rfind('-');
         pid_t process = 0;
         if (dash == std::string::npos ||
@@ -78,7 +79,7 @@ void ForgetEndedPrograms(const fs::path& directory)
         }
         if (kill(process, 0) != 0 && errno == ESRCH) {
             std::error_code ignored;
-            fs::remove(entry.path(), ignored);
+            fs::remove(entry->path(), ignored);
         }
     }
 }

@@ -8,7 +8,8 @@
 
 namespace tool {
 
-// The text of the file: the server's address on the first line, then one source name a line.
+// The text of the file, and of an answer between processes: the server's address on the first line,
+// then one source name a line.
 std::string RememberedText(const std::string& server, const std::vector<std::string>& sources);
 
 // The source names of such a text; nothing when it is of another server or is no such text.

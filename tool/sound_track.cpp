@@ -93,6 +93,12 @@ int64_t SoundTrack::SkipLate(int64_t frames, int64_t given)
     return skipped;
 }
 
+size_t SoundTrack::Slot(int64_t position) const
+{
+    const auto capacity = static_cast<int64_t>(m_ring.size() / 2);
+    return static_cast<size_t>(((position % capacity) + capacity) % capacity) * 2;
+}
+
 void SoundTrack::Write(std::span<const int16_t> stereo)
 {
     const auto capacity = static_cast<int64_t>(m_ring.size() / 2);
@@ -101,16 +107,13 @@ void SoundTrack::Write(std::span<const int16_t> stereo)
         m_nBegin = m_nNext;
         m_nEnd = m_nNext;
     }
-    const auto slot = [&](int64_t position) {
-        return static_cast<size_t>(((position % capacity) + capacity) % capacity) * 2;
-    };
     for (int64_t position = m_nEnd; position < m_nNext; ++position) {
-        m_ring[slot(position)] = 0;
-        m_ring[slot(position) + 1] = 0;
+        m_ring[Slot(position)] = 0;
+        m_ring[Slot(position) + 1] = 0;
     }
     for (int64_t i = 0; i < frames; ++i) {
-        m_ring[slot(m_nNext + i)] = stereo[static_cast<size_t>(i) * 2];
-        m_ring[slot(m_nNext + i) + 1] = stereo[static_cast<size_t>(i) * 2 + 1];
+        m_ring[Slot(m_nNext + i)] = stereo[static_cast<size_t>(i) * 2];
+        m_ring[Slot(m_nNext + i) + 1] = stereo[static_cast<size_t>(i) * 2 + 1];
     }
     m_nNext += frames;
     m_nEnd = std::max(m_nEnd, m_nNext);
@@ -127,10 +130,9 @@ void SoundTrack::Restart()
 
 void SoundTrack::AddTo(int64_t from, std::span<int32_t> sum) const
 {
-    const auto capacity = static_cast<int64_t>(m_ring.size() / 2);
     const int64_t end = std::min(from + static_cast<int64_t>(sum.size() / 2), m_nEnd);
     for (int64_t position = std::max(from, m_nBegin); position < end; ++position) {
-        const auto slot = static_cast<size_t>(((position % capacity) + capacity) % capacity) * 2;
+        const size_t slot = Slot(position);
         const auto target = static_cast<size_t>(position - from) * 2;
         sum[target] += m_ring[slot];
         sum[target + 1] += m_ring[slot + 1];

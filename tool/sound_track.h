@@ -2,6 +2,7 @@
 // of the two channels) from the first picture on; the timeline is the wall clock.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -31,6 +32,7 @@ private:
     int64_t Correction(int64_t at, int64_t frames);
     int64_t SkipLate(int64_t frames, int64_t given);
     void Write(std::span<const int16_t> stereo);
+    size_t Slot(int64_t position) const;
 
     int m_nRate;
     std::vector<int16_t> m_ring; // the last seconds; position p lies at p modulo its length

@@ -12,6 +12,15 @@ if(TARGET tool)
     tool_program_test unit SOURCES tool_program_test.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
     TOOL_PROGRAM="$<TARGET_FILE:tool>")
   add_dependencies(tool_program_test tool)
+  # With a screen and a sound server.
+  find_package(Qt6 6.4 REQUIRED COMPONENTS Network)
+  add_executable(tool_recording_test tool_recording_test.cpp tool_movies.cpp)
+  target_link_libraries(tool_recording_test PRIVATE lumenfold_flags Qt6::Test Qt6::Network)
+  target_compile_definitions(tool_recording_test PRIVATE TOOL_PROGRAM="$<TARGET_FILE:tool>")
+  add_dependencies(tool_recording_test tool)
+  add_test(NAME tool_recording_test COMMAND "${PROJECT_SOURCE_DIR}/scripts/virtual-desktop" --no-tray
+                                            $<TARGET_FILE:tool_recording_test>)
+  set_tests_properties(tool_recording_test PROPERTIES LABELS desktop TIMEOUT 300)
   # With the real ffmpeg.
   foreach(test tool_probe_test tool_join_test tool_cut_test tool_merge_test)
     lumenfold_test(${test} unit SOURCES ${test}.cpp tool_movies.cpp LIBRARIES lumenfold_tool_core DEFINITIONS

@@ -28,7 +28,6 @@ private slots:
     void folderWithABarInItsName();
     void missingPartIsTold();
     void damagedPartIsTold();
-    void missingEncoderIsTold();
     void emptyListFails();
     void quitStopsTheJoin();
 
@@ -350,21 +349,6 @@ void ToolMergeTest::damagedPartIsTold()
     const Outcome outcome = RunProgram(TOOL_PROGRAM, JoinArguments({part, damaged}));
     QVERIFY(outcome.code != 0);
     QVERIFY2(outcome.error.contains("Invalid data"), outcome.error);
-    QVERIFY(!QFile::exists(m_result));
-}
-
-void ToolMergeTest::missingEncoderIsTold()
-{
-    QDir().mkpath(Path("parts"));
-    const QStringList parts = {Convert("plain.mp4", "parts", 1), Convert("size.mp4", "parts", 2)};
-    const QString ffmpeg = Path("ffmpeg without libx264");
-    QVERIFY(WriteProgram(ffmpeg, "#!/bin/bash\nexec ffmpeg \"${@//libx264/libnone}\"\n"));
-    qputenv("LUMENFOLD_FFMPEG", QFile::encodeName(ffmpeg));
-    const Outcome outcome = RunProgram(TOOL_PROGRAM, JoinArguments(parts));
-    qunsetenv("LUMENFOLD_FFMPEG");
-    QVERIFY(outcome.code != 0);
-    QVERIFY2(outcome.error.contains("Invalid data") && outcome.error.contains("no libx264"),
-             outcome.error);
     QVERIFY(!QFile::exists(m_result));
 }
 

@@ -15,6 +15,7 @@ private slots:
     void withoutFfmpegOneLineAnd127();
     void chosenFfmpegThatIsMissingIsNamed();
     void listWithoutScreenAndSoundSaysWhy();
+    void listNeedsNoPlaceToRememberIt();
     void recordingWithoutDisplayStartsNoFfmpeg();
     void malformedDeviceStartsNoFfmpeg();
 
@@ -107,6 +108,16 @@ void ToolProgramTest::listWithoutScreenAndSoundSaysWhy()
     QVERIFY2(m_error.contains("Wayland"), m_error);
     QVERIFY2(!m_error.contains("Capture screen") && !m_error.contains("audio devices:"), m_error);
     QVERIFY2(m_output.isEmpty(), m_output);
+}
+
+void ToolProgramTest::listNeedsNoPlaceToRememberIt()
+{
+    m_environment.insert("XDG_RUNTIME_DIR", m_folder->filePath("missing"));
+    QCOMPARE(Run({"-f", "avfoundation", "-list_devices", "true", "-i", " "}), 1);
+    m_environment.remove("XDG_RUNTIME_DIR");
+    m_environment.insert("TMPDIR", m_folder->filePath("missing"));
+    QCOMPARE(Run({"-f", "avfoundation", "-list_devices", "true", "-i", " "}), 1);
+    QVERIFY2(m_error.startsWith("[AVFoundation indev @ 0x"), m_error);
 }
 
 void ToolProgramTest::recordingWithoutDisplayStartsNoFfmpeg()
