@@ -32,15 +32,17 @@ if(TARGET tool)
     set_tests_properties(versions_${name} PROPERTIES LABELS ${label} TIMEOUT 300 ENVIRONMENT LC_ALL=C.UTF-8)
   endfunction()
   set(shown cutShowsAPictureAtOnceAndIsAsLongAsAsked)
+  set(copied whatFitsIsCopied)
   set(other whatDoesNotFitIsJoinedAllTheSame)
   lumenfold_versions_test(
     cut versions tool_cut_test "${shown}:moving.mp4 from 0" soundAndPictureAreInStep cutOfACutIsExact
     cutFromBehindTheEndHoldsNothing nothingIsEncodedAgain)
   lumenfold_versions_test(
-    merge versions tool_merge_test whatFitsIsCopied "${other}:mute.mp4" "${other}:size.mp4" "${other}:h265.mp4"
-    "${other}:turned.mp4" "${other}:sound alone.mp4" "twentyFilesEndInStep:late sound" firstMovieGivesSizeRateAndSound
-    otherShapesAreCentredOnBlack partWithoutSoundIsSilent partWithoutPictureIsBlack deletedPartsAreJoinedToTheEnd
-    folderWithABarInItsName missingPartIsTold damagedPartIsTold)
+    merge versions tool_merge_test "${copied}:plain.mp4, longer.mp4, plain.mp4" "${copied}:b frames.mp4, b frames.mp4"
+    "${copied}:h265.mp4, h265.mp4" "${other}:mute.mp4" "${other}:size.mp4" "${other}:h265.mp4"
+    "${other}:sound alone.mp4" "twentyFilesEndInStep:late sound" firstMovieGivesSizeRateAndSound
+    partWithoutSoundIsSilent deletedPartsAreJoinedToTheEnd folderWithABarInItsName missingPartIsTold
+    damagedPartIsTold)
   # ffmpeg 4 counts the lead-in of a cut, which no player shows, in the file's duration; and it cannot
   # drop the pictures by which copied parts overlap, so that these drift by some ms a part.
   lumenfold_versions_test(cut_exactly versions_from_5 tool_cut_test
