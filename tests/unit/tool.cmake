@@ -31,3 +31,30 @@ if(TARGET tool)
   set_tests_properties(tool_cut_test tool_merge_test PROPERTIES LABELS media TIMEOUT 900
                                                                         RESOURCE_LOCK encoder)
 endif()
+
+# scripts/other-ffmpegs runs these with each version of ffmpeg that is there: the rows where versions
+# differ, and none that measures the same with another picture. Nothing else runs them.
+if(TARGET tool)
+  # lumenfold_versions_test(NAME LABEL COMMAND...): versions_NAME, of this label.
+  function(lumenfold_versions_test name label)
+    add_test(NAME versions_${name} CONFIGURATIONS versions COMMAND ${ARGN})
+    set_tests_properties(versions_${name} PROPERTIES LABELS ${label} TIMEOUT 300 ENVIRONMENT LC_ALL=C.UTF-8)
+  endfunction()
+  set(shown cutShowsAPictureAtOnceAndIsAsLongAsAsked)
+  set(copied whatFitsIsCopied)
+  set(other whatDoesNotFitIsJoinedAllTheSame)
+  lumenfold_versions_test(
+    cut versions tool_cut_test "${shown}:moving.mp4 from 0" soundAndPictureAreInStep cutOfACutIsExact
+    cutFromBehindTheEndHoldsNothing nothingIsEncodedAgain)
+  lumenfold_versions_test(
+    merge versions tool_merge_test "${copied}:plain.mp4, longer.mp4, plain.mp4" "${copied}:b frames.mp4, b frames.mp4"
+    "${copied}:h265.mp4, h265.mp4" "${other}:mute.mp4" "${other}:size.mp4" "${other}:h265.mp4"
+    "${other}:sound alone.mp4" "twentyFilesEndInStep:late sound" firstMovieGivesSizeRateAndSound
+    partWithoutSoundIsSilent deletedPartsAreJoinedToTheEnd folderWithABarInItsName missingPartIsTold
+    damagedPartIsTold)
+  # ffmpeg 4 counts the lead-in of a cut, which no player shows, in the file's duration; and it cannot
+  # drop the pictures by which copied parts overlap, so that these drift by some ms a part.
+  lumenfold_versions_test(cut_exactly versions_from_5 tool_cut_test
+                          "${shown}:moving.mp4 from 4" "${shown}:turned.mp4 from 7")
+  lumenfold_versions_test(merge_exactly versions_from_5 tool_merge_test twentyFilesEndInStep:copied)
+endif()
