@@ -77,13 +77,12 @@ private Q_SLOTS:
 private:
     static constexpr int kWentOn = 7;
 
-    // An end that a hide or a close brings about is posted at once, to the application, so it comes
-    // before this one.
+    // An end that a hide or a close brings about is posted at once, so it comes before this call.
+    // Its timer has its turn in a later round of the loop, and there is none once the end has come.
     static void EndAfterWhatIsPosted()
     {
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(), [] { QCoreApplication::exit(kWentOn); },
-            Qt::QueuedConnection);
+        const auto goOn = [] { QTimer::singleShot(1, [] { QCoreApplication::exit(kWentOn); }); };
+        QMetaObject::invokeMethod(QCoreApplication::instance(), goOn, Qt::QueuedConnection);
     }
 };
 
