@@ -33,3 +33,12 @@ QString RecordingFailure(int result)
     return result == kStoppedForSpace ? "Not enough space, recording stopped."
                                       : "Record failed. Create mp4 file failed.";
 }
+
+QString StartFailure(bool started, const QString& processError, bool finishing)
+{
+    if (!started) {
+        // "execvp: No such file or directory" tells the user less than which file.
+        return "tool: " + processError.section(": ", -1);
+    }
+    return finishing ? "the recording before it was still being finished" : QString();
+}

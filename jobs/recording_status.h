@@ -19,3 +19,8 @@ QString RecordingStatus(quint32 elapsedMs, qint64 fileBytes);
 /// file that could not be made.
 constexpr int kStoppedForSpace = -101;
 QString RecordingFailure(int result);
+
+/// Why a recording that was asked for never began; empty when it did. `started` tells whether the
+/// tool was started or a run of it was going already, `processError` is the text of the process for
+/// a start that failed, `finishing` tells that the run that was going finishes another recording.
+QString StartFailure(bool started, const QString& processError, bool finishing);

@@ -117,14 +117,10 @@ int DRUI::StartQProcessRecord()
     // recording that never begins; one that goes on (after a pause) is this recording.
     const bool finishing = m_bQuitSent && m_pRecProcess->state() != QProcess::NotRunning;
     m_bQuitSent = finishing;
-    m_strStartError.clear();
     const RecordDevices devices{m_cScreenIndex, m_nMicIndex, m_nSoundIndex};
-    if (!StartTool(*m_pRecProcess, RecordCommand(ToolPrefix(), devices, audio, m_strRecFile))) {
-        // "execvp: No such file or directory" tells the user less than which file.
-        m_strStartError = "tool: " + m_pRecProcess->errorString().section(": ", -1);
-    } else if (finishing) {
-        m_strStartError = "the recording before it was still being finished";
-    }
+    const bool started =
+        StartTool(*m_pRecProcess, RecordCommand(ToolPrefix(), devices, audio, m_strRecFile));
+    m_strStartError = StartFailure(started, m_pRecProcess->errorString(), finishing);
     return 0;
 }
 
@@ -140,7 +136,7 @@ void DRUI::doTimerRec()
     // Its place is made for 72 dots to the inch; where letters are larger, it grows downwards.
     m_pStereoMix->resize(m_pStereoMix->width(),
                          qMax(m_pStereoMix->height(), m_pStereoMix->sizeHint().height()));
-    if (FreeBytes(m_pSaveDirEdit->text()) < kLeastFreeBytes) {
+    if (IsTooLittleSpace(FreeBytes(m_pSaveDirEdit->text()))) {
         m_nRecorderRet = kStoppedForSpace;
         btnSlotRecord();
     }

@@ -9,6 +9,7 @@
 void DRUI::CreateSystemTray()
 {
     m_pTrayIcon = new QSystemTrayIcon(QIcon(":/image/rec1.png"), this);
+    m_pTrayIcon->setObjectName("m_pTrayIcon");
     m_pTrayIcon->setToolTip(tr("Lumenfold Screen Recorder"));
     connect(m_pTrayIcon, SIGNAL(activated(QSystemTrayIcon::ActivationReason)), this,
             SLOT(trayiconActivated(QSystemTrayIcon::ActivationReason)));

@@ -1,9 +1,12 @@
 #include "jobs/free_space.h"
 #include "jobs/recording_status.h"
 
+#include <QDir>
 #include <QStorageInfo>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <unistd.h>
 
 class RecordingStatusTest : public QObject
 {
@@ -43,6 +46,57 @@ private Q_SLOTS:
         QCOMPARE(RecordingFailure(-101), QString("Not enough space, recording stopped."));
         QCOMPARE(RecordingFailure(1), QString("Record failed. Create mp4 file failed."));
         QCOMPARE(RecordingFailure(-1), QString("Record failed. Create mp4 file failed."));
+    }
+
+    void aStartThatFailedNamesTheToolAndTheLastOfTheProcesssReasons()
+    {
+        QCOMPARE(StartFailure(false, "execvp: No such file or directory", false),
+                 QString("tool: No such file or directory"));
+        QCOMPARE(StartFailure(false, "one: two: three", true), QString("tool: three"));
+        QCOMPARE(StartFailure(false, "Permission denied", false),
+                 QString("tool: Permission denied"));
+    }
+
+    void aStartIsOneUnlessARecordingWasStillBeingFinished()
+    {
+        QCOMPARE(StartFailure(true, "Unknown error", false), QString());
+        QCOMPARE(StartFailure(true, "Unknown error", true),
+                 QString("the recording before it was still being finished"));
+    }
+
+    void tenMebibytesAreEnoughAndOneByteLessIsNot()
+    {
+        QVERIFY(!IsTooLittleSpace(10485760));
+        QVERIFY(IsTooLittleSpace(10485759));
+        QVERIFY(IsTooLittleSpace(0));
+        QVERIFY(!IsTooLittleSpace(1ULL << 33)); // more than 32 bits hold
+    }
+
+    void thePathGoesThroughLatin1()
+    {
+        const QString volume = "/dev/shm"; // another volume than that of temporary files on Linux
+        const QTemporaryDir directory;
+        const QString path = directory.filePath(QString::fromUtf8("\u00e4"));
+        QVERIFY(QDir().mkdir(path));
+        const QByteArray latin1 = QFile::encodeName(directory.path()) + "/\xe4";
+        if (!QFile::exists(volume) || symlink("/dev/shm", latin1.constData()) != 0) {
+            QSKIP("no second volume, or no such name here");
+        }
+        // Others write too: the figures are held against each other where none did meanwhile.
+        quint64 before = 0;
+        quint64 shown = 0;
+        quint64 after = 1;
+        for (int attempt = 0; attempt < 1000 && before != after; ++attempt) {
+            before = FreeBytes(volume);
+            shown = FreeBytes(path);
+            after = FreeBytes(volume);
+        }
+        unlink(latin1.constData()); // Qt cannot spell it, and so would not remove it
+        QCOMPARE(before, after);
+        if (before == FreeBytes(directory.path())) {
+            QSKIP("no second volume with another figure");
+        }
+        QCOMPARE(shown, before);
     }
 
     void theFreeSpaceIsThatOfTheNearestExistingParent()

@@ -5,6 +5,7 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -21,6 +22,7 @@ public:
     }
 
     QStringList texts;      // of the message dialogs, in their order
+    QStringList titles;     // of their windows
     QList<QRect> places;    // where they stood
     QString button = "OK";  // what answers them
     QString directory;      // what answers the chooser; null presses its Cancel
@@ -43,7 +45,11 @@ private:
         }
         jobNsecs = m_sinceChoice.nsecsElapsed();
         auto* message = box->findChild<QLabel*>("m_pMessageLabel");
-        texts << (message != nullptr ? message->text() : "not ours: " + box->windowTitle());
+        auto* standard = qobject_cast<QMessageBox*>(box);
+        texts << (message != nullptr    ? message->text()
+                  : standard != nullptr ? standard->text()
+                                        : "no message");
+        titles << box->windowTitle();
         places << box->geometry();
         for (auto* candidate : box->findChildren<QPushButton*>()) {
             if (candidate->text() == button) {

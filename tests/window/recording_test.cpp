@@ -1,12 +1,33 @@
 #include "tests/window/fake_tool.h"
+#include "tests/window/modal_boxes.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QMenu>
-#include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
 #include <QTimer>
+
+namespace {
+
+// Prints only when the test lets it: nothing until "stopped" lies beside it, then three outputs,
+// each after the answer to the one before. Notes the answers in "keys", and "early" for a key that
+// came without an output.
+constexpr auto kSilentTool = R"(#!/bin/bash
+here=$(dirname "$0")
+if [[ "$*" == *-list_devices* ]]; then cat "$here/listing" >&2; exit 1; fi
+printf 'x' >>"$here/starts"
+until [[ -e "$here/stopped" ]]; do sleep 0.01; done
+if read -t 0; then printf 'early ' >>"$here/keys"; fi
+for output in 1 2 3; do
+    printf 'frame=    %d\r' $output >&2
+    read -r -t 10 -N 3 answer || exit
+    printf '%s' "$answer" >>"$here/keys"
+done
+printf 'finished' >"$here/finished"
+)";
+
+} // namespace
 
 class RecordingTest : public WindowTest
 {
@@ -14,7 +35,11 @@ class RecordingTest : public WindowTest
 
 private Q_SLOTS:
     void init() { Prepare(); }
-    void cleanup() { CloseWindow(); }
+    void cleanup()
+    {
+        WriteFile(BesideProgram("stopped"), QByteArray());
+        CloseWindow();
+    }
 
     void recordHidesTheWindowAndShowsTheStatus()
     {
@@ -24,7 +49,7 @@ private Q_SLOTS:
         QVERIFY(DRUI::m_bIsStart);
         QVERIFY(!Window().isVisible());
         QCOMPARE(Button(), QString("Stop"));
-        QVERIFY(Child<QSystemTrayIcon>("")->isVisible());
+        QVERIFY(Child<QSystemTrayIcon>("m_pTrayIcon")->isVisible());
         QCOMPARE(Entry(1)->text(), QString("Stop"));
         QCOMPARE(Child<QTimer>("m_pRecTimer")->interval(), 200);
         QTRY_VERIFY(DRUI::m_pStereoMix->text().startsWith("Recording... \n\n00:00:0"));
@@ -62,6 +87,36 @@ private Q_SLOTS:
                  inputs + fixed + QStringList{SaveDirectory() + '/' + Recordings().first()});
     }
 
+    void aSecondListingWithoutAScreenKeepsTheScreenOfTheOneBefore()
+    {
+        EnterRecordPage();
+        WriteFile(BesideProgram("listing"), "[x] AVFoundation audio devices:\n"
+                                            "[x] [3] Built-in Microphone\n"
+                                            "[x] [4] Loopback\n");
+        Call("btnMaxSlot"); // lists anew
+        Press("Record");
+        QTRY_COMPARE(Recordings().size(), 1);
+        QCOMPARE(ToolArguments().value(5), QString("1:3"));
+        QCOMPARE(ToolArguments().value(9), QString("1:4"));
+    }
+
+    void theSaveDirectoryIsMadeOneLevelDeepOnly()
+    {
+        const QString parent = QFileInfo(SaveDirectory()).path();
+        WriteFile(BesideProgram("ScreenRecord.ini"),
+                  "[screen_record]\nsave_path=" + parent.toUtf8() + "/missing/Save\n");
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(ReadFile(BesideProgram("starts")), QByteArray("x"));
+        QCOMPARE(QDir(parent).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+        Call("btnSlotMenuStop");
+        QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
+
+        QVERIFY(QDir(parent).mkdir("missing"));
+        Press("Start");
+        QTRY_COMPARE(QDir(parent + "/missing/Save").entryList(QDir::Files).size(), 1);
+    }
+
     void theFileIsNamedByItsStart()
     {
         EnterRecordPage();
@@ -96,6 +151,26 @@ private Q_SLOTS:
         QSignalSpy output(Child<QProcess>("m_pRecProcess"), SIGNAL(readyRead()));
         QTRY_VERIFY(output.count() >= 5);
         QVERIFY(!QFile::exists(BesideProgram("keys")));
+    }
+
+    void aToolThatPrintsNothingIsNotAskedToQuitAndEveryOutputAfterTheStopAsksAgain()
+    {
+        QFile::remove(BesideProgram("stopped"));
+        InstallTool(kSilentTool);
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(ReadFile(BesideProgram("starts")), QByteArray("x"));
+        Call("btnSlotRecord");
+        QVERIFY(Window().isVisible());
+        auto* process = Child<QProcess>("m_pRecProcess");
+        QCoreApplication::processEvents();
+        QTRY_COMPARE(process->bytesToWrite(), 0); // a key typed by the stop has arrived by now
+        QCOMPARE(process->state(), QProcess::Running);
+
+        WriteFile(BesideProgram("stopped"), QByteArray());
+        QTRY_COMPARE(process->state(), QProcess::NotRunning);
+        QCOMPARE(ReadFile(BesideProgram("keys")), QByteArray("q\r\nq\r\nq\r\n"));
+        QCOMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
     }
 
     void theTrayStopsAndStartsAgain()
@@ -182,7 +257,8 @@ private Q_SLOTS:
             for (int tick = 1; tick <= 10; ++tick) {
                 Call("doTimerRec");
             }
-            const QImage shown = Child<QSystemTrayIcon>("")->icon().pixmap(22, 22).toImage();
+            const QImage shown =
+                Child<QSystemTrayIcon>("m_pTrayIcon")->icon().pixmap(22, 22).toImage();
             QVERIFY(shown == Picture(recording == 0 ? ":/image/rec1.png" : ":/image/rec2.png"));
             Call("btnSlotMenuStop");
             QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
@@ -194,7 +270,7 @@ private Q_SLOTS:
         EnterRecordPage();
         Press("Record");
         Child<QTimer>("m_pRecTimer")->stop();
-        auto* icon = Child<QSystemTrayIcon>("");
+        auto* icon = Child<QSystemTrayIcon>("m_pTrayIcon");
         const QImage first = Picture(":/image/rec1.png");
         const QImage second = Picture(":/image/rec2.png");
         QVERIFY(first != second);
@@ -208,86 +284,27 @@ private Q_SLOTS:
 
     void recordPressedAsFastAsAMachineCanLosesNoFile()
     {
+        const ModalBoxes boxes;
         EnterRecordPage();
         for (int i = 0; i < 50; ++i) {
             Call("btnSlotRecord");
-            AnswerBoxes();
         }
         QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
         QCOMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
-    }
-
-    void aStopForAnyOtherReasonSaysThatTheFileFailed()
-    {
-        EnterRecordPage();
-        Press("Record");
-        DRUI::m_nRecorderRet = 1;
-        QCOMPARE(MessageAfter("btnSlotRecord"),
-                 QString("Recorder: Record failed. Create mp4 file failed."));
-        QCOMPARE(DRUI::m_nRecorderRet, 0);
-    }
-
-    void theTraysStopShowsNoMessageForTheResult()
-    {
-        EnterRecordPage();
-        Press("Record");
-        DRUI::m_nRecorderRet = -101;
-        Call("btnSlotMenuStop"); // a message would block here
-        QVERIFY(Window().isVisible());
-        QCOMPARE(DRUI::m_nRecorderRet, -101);
-    }
-
-    void aRelativeDirectoryHasNoSpaceAndStopsTheRecording()
-    {
-        WriteFile(BesideProgram("ScreenRecord.ini"), "[screen_record]\nsave_path=relative\n");
-        EnterRecordPage();
-        Press("Record");
-        QCOMPARE(MessageAfter("doTimerRec"),
-                 QString("Recorder: Not enough space, recording stopped."));
-        QVERIFY(!DRUI::m_bIsStart);
-        QVERIFY(Window().isVisible());
-    }
-
-    void aToolThatDoesNotStartIsToldAfterTheStop()
-    {
-        EnterRecordPage();
-        QFile::remove(BesideProgram("tool"));
-        Press("Record");
-        QVERIFY(DRUI::m_bIsStart);
-        QTRY_VERIFY(DRUI::m_pStereoMix->text().endsWith("\n\n0 Bytes"));
-        const QString message = MessageAfter("btnSlotRecord");
-        QCOMPARE(message, QString("Tarvessa Data Tool: The recording could not be started: "
-                                  "tool: No such file or directory"));
-    }
-
-    void quitTellsItTooAndClosesThen()
-    {
-        EnterRecordPage();
-        QFile::remove(BesideProgram("tool"));
-        Press("Record");
-        QVERIFY(MessageAfter("btnSlotMenuQuit").contains("could not be started"));
-        QVERIFY(!Window().isVisible());
-    }
-
-    void anEmptySaveDirectoryHarmsNothing()
-    {
-        WriteFile(BesideProgram("ScreenRecord.ini"), "[screen_record]\nsave_path=\n");
-        EnterRecordPage();
-        Press("Record");
-        Child<QTimer>("m_pRecTimer")->stop();
-        Call("btnSlotMenuStop");
-        QVERIFY(Window().isVisible());
+        const qsizetype starts = ReadFile(BesideProgram("starts")).size();
+        QVERIFY2(starts > 0, "nothing was recorded");
+        QCOMPARE(Recordings().size(), starts);
     }
 
     void theCountersThatNothingReadsAreZero()
     {
+        const ModalBoxes boxes;
         DRUI::m_n64AudioFrames = 5;
         EnterRecordPage();
         QCOMPARE(DRUI::m_n64AudioFrames, 0);
         for (const char* slot :
              {"btnSlotRecord", "btnSlotRecord", "btnSlotMenuStop", "btnSlotMenuStop"}) {
             DRUI::m_n64AudioFrames = 5;
-            AnswerBoxes();
             Call(slot);
             QCOMPARE(DRUI::m_n64AudioFrames, 0);
         }
@@ -299,40 +316,10 @@ private:
 
     QAction* Entry(int position)
     {
-        return Window().findChildren<QSystemTrayIcon*>().last()->contextMenu()->actions().at(
-            position);
+        return Child<QSystemTrayIcon>("m_pTrayIcon")->contextMenu()->actions().at(position);
     }
 
     static QImage Picture(const QString& name) { return QIcon(name).pixmap(22, 22).toImage(); }
-
-    // Closes whatever modal dialog the next seconds bring, and keeps "title: text".
-    void AnswerBoxes()
-    {
-        m_message.clear();
-        m_answer.disconnect();
-        connect(&m_answer, &QTimer::timeout, this, [this] {
-            QWidget* box = QApplication::activeModalWidget();
-            if (box == nullptr) {
-                return;
-            }
-            auto* text = box->findChild<QLabel*>("m_pMessageLabel");
-            auto* standard = qobject_cast<QMessageBox*>(box);
-            m_message =
-                box->windowTitle() + ": " + (standard != nullptr ? standard->text() : text->text());
-            box->close();
-        });
-        m_answer.start(10);
-    }
-
-    QString MessageAfter(const char* slot)
-    {
-        AnswerBoxes();
-        [&] { Call(slot); }();
-        return m_message;
-    }
-
-    QTimer m_answer;
-    QString m_message;
 };
 
 QTEST_MAIN(RecordingTest)

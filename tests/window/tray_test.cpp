@@ -5,6 +5,7 @@
 #include <QMenu>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QTimer>
 
 class TrayTest : public WindowTest
 {
@@ -27,6 +28,52 @@ private Q_SLOTS:
             QCOMPARE(entry->parent(), &Window());
         }
         QCOMPARE(Icons().first()->toolTip(), QString("Lumenfold Screen Recorder"));
+    }
+
+    void thePicturesTellWhatARecordingDoes()
+    {
+        EnterRecordPage();
+        QCOMPARE(Pictures(), QString("pause stop quit, tray rec1")); // idle
+        Call("btnSlotRecord");
+        BlinkToTheSecondImage();
+        QCOMPARE(Pictures(), QString("pause stop quit, tray rec2"));
+        Call("btnSlotRecord");
+        QCOMPARE(Pictures(), QString("pause play quit, tray rec1")); // stopped
+        QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
+
+        Call("btnSlotMenuStop");
+        BlinkToTheSecondImage();
+        QCOMPARE(Pictures(), QString("pause stop quit, tray rec2")); // started from the menu
+        Call("btnSlotMenuPause");
+        QCOMPARE(Pictures(), QString("play stop quit, tray rec1")); // paused
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("already running"));
+        Call("btnSlotMenuPause");
+        QCOMPARE(Pictures(), QString("pause stop quit, tray rec1")); // resumed
+        BlinkToTheSecondImage();
+        Call("btnSlotMenuStop");
+        QCOMPARE(Pictures(), QString("pause play quit, tray rec1")); // stopped from the menu
+    }
+
+    void aStopWhilePausedLeavesNoPause_data()
+    {
+        QTest::addColumn<QByteArray>("stop");
+        QTest::newRow("by the button") << QByteArray("btnSlotRecord");
+        QTest::newRow("by the menu") << QByteArray("btnSlotMenuStop");
+    }
+
+    void aStopWhilePausedLeavesNoPause()
+    {
+        QFETCH(QByteArray, stop);
+        EnterRecordPage();
+        Call("btnSlotRecord");
+        Call("btnSlotMenuPause");
+        QVERIFY(DRUI::m_bIsPause);
+        QAction* pause = Icons().first()->contextMenu()->actions().first();
+        QCOMPARE(pause->text(), QString("Start"));
+        Call(stop.constData());
+        QVERIFY2(!DRUI::m_bIsPause, "the next recording's display begins paused");
+        QCOMPARE(pause->text(), QString("Pause"));
+        QCOMPARE(Pictures(), QString("pause play quit, tray rec1"));
     }
 
     void pauseIsDisabledFromTheStartAndStaysSo()
@@ -64,6 +111,21 @@ private Q_SLOTS:
         QVERIFY(!Icons().at(1)->isVisible());
         Call("btnSlotRecord");
         QVERIFY(Icons().at(1)->isVisible());
+    }
+
+    void aStartFromTheMenuShowsNoHiddenIcon()
+    {
+        EnterRecordPage();
+        Call("btnSlotRecord");
+        Call("btnSlotRecord");
+        QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
+        Call("btnSlotBack");
+        Call("btnSlot");
+        QCOMPARE(Icons().size(), 2);
+        Icons().first()->contextMenu()->actions().at(1)->trigger();
+        QVERIFY(DRUI::m_bIsStart);
+        QVERIFY(Icons().at(0)->isVisible());
+        QVERIFY2(!Icons().at(1)->isVisible(), "the start from the menu showed the second icon");
     }
 
     void backLeavesTheRecordingRunning()
@@ -153,7 +215,41 @@ private Q_SLOTS:
     }
 
 private:
-    QList<QSystemTrayIcon*> Icons() { return Window().findChildren<QSystemTrayIcon*>(); }
+    QList<QSystemTrayIcon*> Icons()
+    {
+        return Window().findChildren<QSystemTrayIcon*>("m_pTrayIcon");
+    }
+
+    // The image under ":/image/" that the icon shows.
+    static QString Name(const QIcon& icon)
+    {
+        const QImage shown = icon.pixmap(22, 22).toImage();
+        for (const char* name : {"pause", "play", "stop", "quit", "rec1", "rec2"}) {
+            if (shown == QIcon(QString(":/image/%1.png").arg(name)).pixmap(22, 22).toImage()) {
+                return name;
+            }
+        }
+        return "another";
+    }
+
+    // What the entries of the menu show, in their order, and the icon itself.
+    QString Pictures()
+    {
+        QStringList names;
+        for (QAction* entry : Icons().first()->contextMenu()->actions()) {
+            names << Name(entry->icon());
+        }
+        return names.join(' ') + ", tray " + Name(Icons().first()->icon());
+    }
+
+    // The timer's ticks come from here, until the icon is not what a stop or a pause would show.
+    void BlinkToTheSecondImage()
+    {
+        Child<QTimer>("m_pRecTimer")->stop();
+        for (int tick = 0; tick < 32 && Name(Icons().first()->icon()) != "rec2"; ++tick) {
+            Call("doTimerRec");
+        }
+    }
 
     // The stand-in, while it is in the task list.
     static TrayStandIn* StandIn()
