@@ -9,6 +9,12 @@ QString ThroughLatin1(const QString& text)
 
 } // namespace
 
+OutputMarks MarksIn(const QString& chunk)
+{
+    return {chunk.contains("frame="), chunk.contains("Invalid data"),
+            chunk.contains("No such file")};
+}
+
 int CutPercent(int step)
 {
     return step * 100 / kTicksPerStep;

@@ -4,11 +4,7 @@
 
 // What a cut or a merge reads in the tool's output, and what it tells the user.
 
-// Looked for in each chunk of output alone; one that is split between two chunks is not seen.
-inline constexpr auto kFrameMarker = "frame=";         // a step of progress
-inline constexpr auto kInvalidMarker = "Invalid data"; // an input is no readable video
-inline constexpr auto kMissingMarker = "No such file"; // an input is missing
-inline constexpr auto kDurationMarker = "Duration: ";  // before the input's hh:mm:ss
+inline constexpr auto kDurationMarker = "Duration: "; // before the input's hh:mm:ss
 
 // The results of a job.
 constexpr int kJobGood = 0;
@@ -21,6 +17,17 @@ constexpr int kCutOperation = 2;
 
 /// The chunks of progress that one run of the tool is taken to print; more do not count.
 constexpr int kTicksPerStep = 20;
+
+// What a chunk of the tool's output tells. Which of it counts is for the job to say.
+struct OutputMarks
+{
+    bool tick = false;    // a step of progress, one for any number of them
+    bool invalid = false; // an input is no readable video
+    bool missing = false; // an input is missing
+};
+
+/// Looks through one chunk alone, letter for letter: what is split between two is not seen.
+OutputMarks MarksIn(const QString& chunk);
 
 /// Percent of a cut that has printed `step` chunks of progress, 0 to 20.
 int CutPercent(int step);

@@ -19,8 +19,13 @@ QString ChangeToTSCommand(const QString& tool, const QString& input, const QStri
            stream + "\" ";
 }
 
-QString ConcatCommand(const QString& tool, const QString& list, const QString& output)
+// Every stream is followed by the separator, the last one too; this is meant.
+QString ConcatCommand(const QString& tool, const QStringList& streams, const QString& output)
 {
+    QString list;
+    for (const QString& stream : streams) {
+        list += stream + '|';
+    }
     return tool + " -i \"concat:" + list + "\" -acodec copy -vcodec copy -absf aac_adtstoasc \"" +
            output + '"';
 }
@@ -32,5 +37,5 @@ qint64 MergeTicks(qsizetype files)
 
 int MergePercent(qint64 position, qint64 total)
 {
-    return static_cast<int>(position * 100 / total);
+    return total <= 0 ? 0 : static_cast<int>(position * 100 / total);
 }

@@ -45,11 +45,11 @@ int DRUI::StartQProcessCut()
 // its result, and the tool runs to its end before the file is removed.
 void DRUI::ReadCutInfo()
 {
-    const QString text = ReadToolText(*m_pChangeTSProcess);
-    if (text.contains(kInvalidMarker)) {
+    const OutputMarks marks = MarksIn(ReadToolText(*m_pChangeTSProcess));
+    if (marks.invalid) {
         m_nCutState = kJobInvalid;
     }
-    if (text.contains(kFrameMarker)) {
+    if (marks.tick) {
         m_nCutStep = qMin(m_nCutStep + 1, kTicksPerStep);
         Q_EMIT CutProcessCallBack(CutPercent(m_nCutStep), m_strCutFile, m_strCutDestFile, kJobGood);
     }

@@ -76,15 +76,10 @@ int DRUI::ConvertAll(const QString& output, QStringList& streams)
     return kJobGood;
 }
 
-// Every stream is followed by the separator, the last one too; this is meant.
 void DRUI::JoinStreams(const QStringList& streams, const QString& output)
 {
     m_strTargetName = output;
-    QString list;
-    for (const QString& stream : streams) {
-        list += stream + '|';
-    }
-    RunTool(*m_pMergeProcess, ConcatCommand(ToolPrefix(), list, output));
+    RunTool(*m_pMergeProcess, ConcatCommand(ToolPrefix(), streams, output));
 }
 
 int DRUI::ChangeToTS(wchar_t* tsPath, wchar_t* inputPath, wchar_t* targetPath)
@@ -102,11 +97,11 @@ int DRUI::ChangeToTS(wchar_t* tsPath, wchar_t* inputPath, wchar_t* targetPath)
 // A bad input marks the merge as failed but stops nothing; only a cancel does.
 void DRUI::ReadChange2TSInfo()
 {
-    const QString text = ReadToolText(*m_pChangeTSProcess);
-    if (text.contains(kInvalidMarker)) {
+    const OutputMarks marks = MarksIn(ReadToolText(*m_pChangeTSProcess));
+    if (marks.invalid) {
         m_nMergeRet = kJobInvalid;
     }
-    if (text.contains(kFrameMarker)) {
+    if (marks.tick) {
         CountMergeTick(m_strCurMergeName);
     }
     if (m_bisFinished) {
@@ -117,11 +112,11 @@ void DRUI::ReadChange2TSInfo()
 
 void DRUI::ReadMergeInfo()
 {
-    const QString text = ReadToolText(*m_pMergeProcess);
-    if (text.contains(kInvalidMarker) || text.contains(kMissingMarker)) {
+    const OutputMarks marks = MarksIn(ReadToolText(*m_pMergeProcess));
+    if (marks.invalid || marks.missing) {
         m_nMergeRet = kJobInvalid;
     }
-    if (text.contains(kFrameMarker)) {
+    if (marks.tick) {
         CountMergeTick(m_strTargetName);
     }
     if (m_bisFinished) {

@@ -1,6 +1,7 @@
 // Trims and joins real movies in the real window, and looks at what comes out.
 #include "tests/desktop/recorder.h"
 #include "tests/desktop/recording_file.h"
+#include "tests/desktop/shown_pictures.h"
 
 #include <QFile>
 #include <QTest>
@@ -17,6 +18,7 @@ private slots:
     void trimNeverOverwrites();
     void mergePlaysOneAfterTheOther_data();
     void mergePlaysOneAfterTheOther();
+    void mergeOfTwoRecordingsOfOurs();
     void sourceThatVanishesIsToldAndNothingIsLost();
     void destinationThatCannotBeWrittenToHarmsNothing();
     void destinationThatFillsUpHarmsNothing();
@@ -33,9 +35,12 @@ private:
                           const QString& size = "320x240");
     // Selects the first video of the cut page, moves the slider and presses Start and End.
     static void MarkFirstVideo(Recorder& recorder, double start, double end);
+    // Records for some seconds and stops; whether there is a recording then.
+    static bool Record(Recorder& recorder, int milliseconds);
     // Adds the first `count` videos of the merge page to the list.
     static void AddVideos(Recorder& recorder, int count);
-    // Presses the button, chooses the folder, and gives the message that follows; it is closed.
+    // Presses the button, chooses the folder and closes the message that follows; gives what went
+    // wrong. What the message reads cannot be told from outside, so every test looks at the files.
     QString RunJob(Recorder& recorder, const QString& button, const QString& folder);
 
     Desktop m_desktop;
@@ -52,6 +57,15 @@ QByteArray Content(const QString& path)
 QStringList Names(const QString& folder)
 {
     return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+QMap<QString, QByteArray> Contents(const QString& folder)
+{
+    QMap<QString, QByteArray> contents;
+    for (const QString& name : Names(folder)) {
+        contents[name] = Content(folder + '/' + name);
+    }
+    return contents;
 }
 
 } // namespace
@@ -103,7 +117,13 @@ QString EditingDesktopTest::RunJob(Recorder& recorder, const QString& button, co
     if (!WaitUntil([&] { return recorder.Message().has_value(); }, 60000)) {
         return "no message";
     }
-    return recorder.CloseMessage() ? "told" : "the message cannot be closed";
+    return recorder.CloseMessage() ? QString() : "the message cannot be closed";
+}
+
+bool EditingDesktopTest::Record(Recorder& recorder, int milliseconds)
+{
+    return recorder.StartRecording() && recorder.RecordFor(milliseconds) &&
+           recorder.ChooseInTray(1) && recorder.WaitShown() && recorder.WaitForTool();
 }
 
 void EditingDesktopTest::trimKeepsWhatLiesBetweenStartAndEnd_data()
@@ -118,9 +138,9 @@ void EditingDesktopTest::trimKeepsWhatLiesBetweenStartAndEnd_data()
                              << true;
     QTest::newRow("a leading dash") << "-v.mp4" << kPlain << true;
     QTest::newRow("no sound") << "silent.mp4"
-                              << "-c:v libx264 -preset ultrafast" << false;
+                              << "-c:v libx264 -preset ultrafast -g 50" << false;
     QTest::newRow("H.265") << "h265.mp4"
-                           << "-c:v libx265 -preset ultrafast -c:a aac" << true;
+                           << "-c:v libx265 -preset ultrafast -g 50 -c:a aac" << true;
     QTest::newRow("fragmented") << "fragments.mp4"
                                 << QString(kPlain) + " -movflags frag_keyframe+empty_moov" << true;
     QTest::newRow("a bar and a line break") << "a|b\nc.mp4" << kPlain << true;
@@ -130,8 +150,10 @@ void EditingDesktopTest::trimKeepsWhatLiesBetweenStartAndEnd_data()
     QTest::newRow("5.1 sound") << "six.mp4" << QString(kPlain) + " -ac 6" << true;
     QTest::newRow("turned") << "turned.mp4" << QString(kPlain) + " -metadata:s:v rotate=90" << true;
     QTest::newRow("B-frames") << "b.mp4"
-                              << "-c:v libx264 -bf 3 -g 100 -c:a aac" << true;
+                              << "-c:v libx264 -bf 3 -g 50 -c:a aac" << true;
 }
+
+// A key frame stands every two seconds: so exact has a cut to be that copies.
 
 void EditingDesktopTest::trimKeepsWhatLiesBetweenStartAndEnd()
 {
@@ -144,15 +166,23 @@ void EditingDesktopTest::trimKeepsWhatLiesBetweenStartAndEnd()
     const QByteArray before = Content(source);
     QVERIFY(recorder.Start());
     MarkFirstVideo(recorder, 0.25, 0.75);
-    QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString("told"));
+    QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString());
 
     QVERIFY2(Content(source) == before, "the source was changed");
     QCOMPARE(Names(recorder.SaveDirectory()).size(), 2);
     const RecordingFile cut = ReadRecording(recorder.SaveDirectory() + "/Cut_" + name);
     QVERIFY2(cut.fault.isEmpty(), qPrintable(cut.fault));
     QCOMPARE(cut.soundTracks.size(), sound ? 1 : 0);
-    // As exact as the slider can be pressed, whole seconds and a key frame's distance apart.
-    QVERIFY2(std::abs(cut.seconds - 10) <= 4.5, qPrintable(QString("%1 s").arg(cut.seconds)));
+    QVERIFY2(std::abs(cut.seconds - 10) <= 2, qPrintable(QString("%1 s").arg(cut.seconds)));
+    const QList<Picture> all = Pictures(source);
+    const QList<Picture> kept = Pictures(recorder.SaveDirectory() + "/Cut_" + name);
+    QVERIFY2(!kept.isEmpty(), "no picture is shown");
+    const double first = SecondOf(all, kept.first());
+    const double last = SecondOf(all, kept.last());
+    QVERIFY2(std::abs(first - 5) <= 2 && std::abs(last - 15) <= 2,
+             qPrintable(QString("it shows %1 s to %2 s of the source").arg(first).arg(last)));
+    QVERIFY2(kept.first().seconds <= 0.1,
+             qPrintable(QString("the first picture comes after %1 s").arg(kept.first().seconds)));
 }
 
 void EditingDesktopTest::trimOfARecordingOfOurs()
@@ -162,15 +192,11 @@ void EditingDesktopTest::trimOfARecordingOfOurs()
     }
     Recorder recorder(m_desktop);
     QVERIFY(recorder.StartOnRecordPage());
-    QVERIFY(recorder.StartRecording());
-    QVERIFY(recorder.RecordFor(9000));
-    QVERIFY(recorder.ChooseInTray(1));
-    QVERIFY(recorder.WaitShown());
-    QVERIFY(recorder.WaitForTool());
+    QVERIFY(Record(recorder, 9000));
     const QString source = recorder.Recording();
     recorder.Click("record.back");
     MarkFirstVideo(recorder, 0.3, 0.8);
-    QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString("told"));
+    QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString());
     const RecordingFile cut =
         ReadRecording(recorder.SaveDirectory() + "/Cut_" + QFileInfo(source).fileName());
     QVERIFY2(cut.fault.isEmpty(), qPrintable(cut.fault));
@@ -185,7 +211,7 @@ void EditingDesktopTest::trimNeverOverwrites()
     QVERIFY(recorder.Start());
     MarkFirstVideo(recorder, 0.2, 0.6);
     for (int i = 0; i < 2; ++i) {
-        QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString("told"));
+        QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString());
     }
     QCOMPARE(Names(recorder.SaveDirectory()), QStringList({"Cut_a (1).mp4", "Cut_a.mp4", "a.mp4"}));
 }
@@ -195,11 +221,21 @@ void EditingDesktopTest::mergePlaysOneAfterTheOther_data()
     QTest::addColumn<QString>("second"); // how the second movie differs from the first
     QTest::addColumn<bool>("sound");
     QTest::addColumn<QString>("size");
-    QTest::newRow("alike") << kPlain << true << "320x240";
-    QTest::newRow("another size") << kPlain << true << "400x300";
-    QTest::newRow("no sound") << "-c:v libx264 -preset ultrafast" << false << "320x240";
-    QTest::newRow("another rate of the sound")
-        << QString(kPlain) + " -ar 48000 -ac 2" << true << "320x240";
+    QTest::addColumn<QString>("name");
+    const auto row = [](const char* title, const QString& second, bool sound = true,
+                        const char* size = "320x240", const char* name = "1 and %1.mp4") {
+        QTest::newRow(title) << second << sound << size << name;
+    };
+    row("alike", kPlain);
+    row("another size", kPlain, true, "400x300");
+    row("no sound", "-c:v libx264 -preset ultrafast", false);
+    row("another rate of the sound", QString(kPlain) + " -ar 48000 -ac 2");
+    row("5.1 sound", QString(kPlain) + " -ac 6");
+    row("H.265", "-c:v libx265 -preset ultrafast -c:a aac");
+    row("B-frames", "-c:v libx264 -bf 3 -c:a aac");
+    row("fragmented", QString(kPlain) + " -movflags frag_keyframe+empty_moov");
+    row("turned", QString(kPlain) + " -metadata:s:v rotate=90");
+    row("blanks and an apostrophe", kPlain, true, "320x240", "1  Ann's  one.mp4");
 }
 
 void EditingDesktopTest::mergePlaysOneAfterTheOther()
@@ -207,24 +243,57 @@ void EditingDesktopTest::mergePlaysOneAfterTheOther()
     QFETCH(QString, second);
     QFETCH(bool, sound);
     QFETCH(QString, size);
+    QFETCH(QString, name);
     Recorder recorder(m_desktop);
     // The page lists the newest name first.
     QVERIFY(MakeMovie(recorder, "2.mp4", 4));
-    QVERIFY(MakeMovie(recorder, "1 and %1.mp4", 3, second, sound, size));
+    QVERIFY(MakeMovie(recorder, name, 3, second, sound, size));
     QVERIFY(recorder.Start());
     AddVideos(recorder, 2);
-    const QStringList before = Names(recorder.SaveDirectory());
-    QCOMPARE(RunJob(recorder, "merge.merge", recorder.SaveDirectory()), QString("told"));
+    const auto before = Contents(recorder.SaveDirectory());
+    QCOMPARE(RunJob(recorder, "merge.merge", recorder.SaveDirectory()), QString());
     QStringList after = Names(recorder.SaveDirectory());
-    for (const QString& name : before) {
-        QVERIFY2(after.removeOne(name), qPrintable(name + " is gone"));
+    for (auto source = before.begin(); source != before.end(); ++source) {
+        QVERIFY2(after.removeOne(source.key()), qPrintable(source.key() + " is gone"));
+        QVERIFY2(Content(recorder.SaveDirectory() + '/' + source.key()) == source.value(),
+                 qPrintable(source.key() + " was changed"));
     }
     QCOMPARE(after.size(), 1);
     QVERIFY2(after[0].startsWith("Merge_"), qPrintable(after[0]));
     const RecordingFile merged = ReadRecording(recorder.SaveDirectory() + '/' + after[0]);
     QVERIFY2(merged.fault.isEmpty(), qPrintable(merged.fault));
     QVERIFY2(std::abs(merged.seconds - 7) <= 0.4, qPrintable(QString("%1 s").arg(merged.seconds)));
-    QVERIFY2(merged.soundTracks.size() <= 1, "two tracks of sound");
+    QCOMPARE(merged.soundTracks.size(), 1);
+    QCOMPARE(merged.pictureTracks.size(), 1);
+}
+
+void EditingDesktopTest::mergeOfTwoRecordingsOfOurs()
+{
+    if (!m_desktop.HasTray()) {
+        QSKIP("no tray to stop the recordings from");
+    }
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(Record(recorder, 4000));
+    QVERIFY(Record(recorder, 3000));
+    const auto before = Contents(recorder.SaveDirectory());
+    QCOMPARE(before.size(), 2);
+    double seconds = 0;
+    for (const QString& recording : recorder.Recordings()) {
+        seconds += ReadRecording(recording).seconds;
+    }
+    const QString target = QDir::cleanPath(recorder.SaveDirectory() + "/../merged");
+    QVERIFY(QDir().mkpath(target));
+    recorder.Click("record.back");
+    AddVideos(recorder, 2);
+    QCOMPARE(RunJob(recorder, "merge.merge", target), QString());
+    QVERIFY2(Contents(recorder.SaveDirectory()) == before, "a recording was changed");
+    QCOMPARE(Names(target).size(), 1);
+    const RecordingFile merged = ReadRecording(target + '/' + Names(target).first());
+    QVERIFY2(merged.fault.isEmpty(), qPrintable(merged.fault));
+    QCOMPARE(merged.soundTracks, QStringList{"aac"});
+    QVERIFY2(std::abs(merged.seconds - seconds) <= 0.4,
+             qPrintable(QString("%1 s of %2 s").arg(merged.seconds).arg(seconds)));
 }
 
 void EditingDesktopTest::sourceThatVanishesIsToldAndNothingIsLost()
@@ -235,13 +304,12 @@ void EditingDesktopTest::sourceThatVanishesIsToldAndNothingIsLost()
     QVERIFY(recorder.Start());
     AddVideos(recorder, 2);
     QVERIFY(QFile::remove(recorder.SaveDirectory() + "/1.mp4"));
-    QCOMPARE(RunJob(recorder, "merge.merge", recorder.SaveDirectory()), QString("told"));
+    QCOMPARE(RunJob(recorder, "merge.merge", recorder.SaveDirectory()), QString());
     QVERIFY(recorder.IsRunning());
-    QVERIFY(Names(recorder.SaveDirectory()).contains("2.mp4"));
-    QVERIFY2(Names(recorder.SaveDirectory()).filter(".ts").isEmpty(), "a stream is left behind");
+    QCOMPARE(Names(recorder.SaveDirectory()), QStringList{"2.mp4"});
 }
 
-// A file stands where the folder was: root can write everywhere else.
+// A file stands where the folder was: nobody can write into that, root neither.
 void EditingDesktopTest::destinationThatCannotBeWrittenToHarmsNothing()
 {
     Recorder recorder(m_desktop);
@@ -249,13 +317,14 @@ void EditingDesktopTest::destinationThatCannotBeWrittenToHarmsNothing()
     const QString source = recorder.SaveDirectory() + "/1.mp4";
     const QByteArray before = Content(source);
     recorder.ReplaceTool(
-        "[[ $* == *-codec* ]] && rmdir \"$HOME/vanishing\"\nexec \"$REAL\" \"$@\"\n");
-    QVERIFY(QDir().mkpath(recorder.SaveDirectory() + "/../vanishing"));
+        "[[ $* == *-codec* ]] && rmdir \"$HOME/vanishing\" && printf mine >\"$HOME/vanishing\"\n"
+        "exec \"$REAL\" \"$@\"\n");
+    const QString target = QDir::cleanPath(recorder.SaveDirectory() + "/../vanishing");
+    QVERIFY(QDir().mkpath(target));
     QVERIFY(recorder.Start());
     MarkFirstVideo(recorder, 0.2, 0.6);
-    QCOMPARE(
-        RunJob(recorder, "cut.cut", QDir::cleanPath(recorder.SaveDirectory() + "/../vanishing")),
-        QString("told"));
+    QCOMPARE(RunJob(recorder, "cut.cut", target), QString());
+    QCOMPARE(Content(target), QByteArray("mine"));
     QVERIFY(recorder.IsRunning());
     QVERIFY2(Content(source) == before, "the source was changed");
     QCOMPARE(Names(recorder.SaveDirectory()), QStringList{"1.mp4"});
@@ -269,17 +338,25 @@ void EditingDesktopTest::destinationThatFillsUpHarmsNothing()
     const QString source = recorder.SaveDirectory() + "/1.mp4";
     const QByteArray before = Content(source);
     QVERIFY2(before.size() > qsizetype{400} * 1024, "the movie is too small to fill anything");
-    recorder.ReplaceTool("[[ $* == *copy* ]] && ulimit -f 100\nexec \"$REAL\" \"$@\"\n");
+    recorder.ReplaceTool("[[ $* == *copy* ]] || exec \"$REAL\" \"$@\"\n"
+                         "ulimit -f 100\n\"$REAL\" \"$@\"\necho $? >>\"$HOME/ends\"\n");
+    const QDir home(QDir::cleanPath(recorder.SaveDirectory() + "/.."));
+    QVERIFY(home.mkdir("cut") && home.mkdir("merged"));
     QVERIFY(recorder.Start());
     MarkFirstVideo(recorder, 0.1, 0.9);
-    QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString("told"));
+    QCOMPARE(RunJob(recorder, "cut.cut", home.filePath("cut")), QString());
     recorder.Click("cut.back");
     AddVideos(recorder, 1);
     recorder.Click("merge.add");
-    QCOMPARE(RunJob(recorder, "merge.merge", recorder.SaveDirectory()), QString("told"));
+    QCOMPARE(RunJob(recorder, "merge.merge", home.filePath("merged")), QString());
     QVERIFY(recorder.IsRunning());
     QVERIFY2(Content(source) == before, "the source was changed");
-    QVERIFY2(Names(recorder.SaveDirectory()).filter(".ts").isEmpty(), "a stream is left behind");
+    QCOMPARE(Names(recorder.SaveDirectory()), QStringList{"1.mp4"});
+    QVERIFY2(Names(home.filePath("merged")).filter(".ts").isEmpty(), "a stream is left behind");
+    const QStringList ends =
+        QString(Content(home.filePath("ends"))).split('\n', Qt::SkipEmptyParts);
+    QCOMPARE(ends.size(), 4); // the cut, both conversions and the join
+    QVERIFY2(!ends.mid(0, 3).contains("0"), qPrintable("nothing was full: " + ends.join(' ')));
 }
 
 void EditingDesktopTest::trimOfHalfAnHour()
@@ -288,7 +365,7 @@ void EditingDesktopTest::trimOfHalfAnHour()
     QVERIFY(MakeMovie(recorder, "long.mp4", 1800, QString(kPlain) + " -r 5", true, "128x96"));
     QVERIFY(recorder.Start());
     MarkFirstVideo(recorder, 0.5, 0.75);
-    QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString("told"));
+    QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString());
     const RecordingFile cut = ReadRecording(recorder.SaveDirectory() + "/Cut_long.mp4");
     QVERIFY2(cut.fault.isEmpty(), qPrintable(cut.fault));
     QVERIFY2(std::abs(cut.seconds - 450) <= 20, qPrintable(QString("%1 s").arg(cut.seconds)));
@@ -303,7 +380,7 @@ void EditingDesktopTest::trimOfLessThanASecond()
     const QByteArray before = Content(source);
     QVERIFY(recorder.Start());
     MarkFirstVideo(recorder, 0.1, 0.9);
-    QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString("told"));
+    QCOMPARE(RunJob(recorder, "cut.cut", recorder.SaveDirectory()), QString());
     QVERIFY2(Content(source) == before, "the source was changed");
     QVERIFY(recorder.IsRunning());
 }

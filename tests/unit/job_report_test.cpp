@@ -7,6 +7,37 @@ class JobReportTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void aChunkTellsWhatItHoldsLetterForLetter_data()
+    {
+        QTest::addColumn<QString>("chunk");
+        QTest::addColumn<QString>("marks");
+        QTest::newRow("progress") << "frame=  1\rframe=  2\r"
+                                  << "tick ";
+        QTest::newRow("invalid") << "x.mp4: Invalid data found when processing input"
+                                 << "invalid ";
+        QTest::newRow("missing") << "x.mp4: No such file or directory"
+                                 << "missing ";
+        QTest::newRow("all") << "No such file\nframe=Invalid data"
+                             << "tick invalid missing ";
+        QTest::newRow("half") << "rame=, nvalid data, o such file, fram"
+                              << "";
+        QTest::newRow("other case") << "Frame= FRAME= invalid data NO SUCH FILE no such file"
+                                    << "";
+        QTest::newRow("over a line's end") << "frame\n=Invalid\ndata No such\nfile"
+                                           << "";
+        QTest::newRow("nothing") << ""
+                                 << "";
+    }
+
+    void aChunkTellsWhatItHoldsLetterForLetter()
+    {
+        QFETCH(QString, chunk);
+        const OutputMarks marks = MarksIn(chunk);
+        QTEST(QString(marks.tick ? "tick " : "") + (marks.invalid ? "invalid " : "") +
+                  (marks.missing ? "missing " : ""),
+              "marks");
+    }
+
     void everyLineOfTheProgressBeginsWithTwoBlanks()
     {
         QCOMPARE(ProgressText(kCutOperation, 5, "/v/a.mp4", "/o/Cut_a.mp4"),

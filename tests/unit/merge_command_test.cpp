@@ -15,18 +15,24 @@ private Q_SLOTS:
                          "h264_mp4toannexb \"/D/1.ts\" "));
     }
 
-    void theConcatenationEndsInItsQuote()
+    void everyStreamIsFollowedByTheSeparatorTheLastOneToo()
     {
-        QCOMPARE(ConcatCommand("\"/app/tool\"", "/D/1.ts|/D/2.ts|", "/D/Merge_x.mp4"),
+        QCOMPARE(ConcatCommand("\"/app/tool\"", {"/D/1.ts", "/D/2.ts"}, "/D/Merge_x.mp4"),
                  QString("\"/app/tool\" -i \"concat:/D/1.ts|/D/2.ts|\" -acodec copy -vcodec copy "
                          "-absf aac_adtstoasc \"/D/Merge_x.mp4\""));
     }
 
     void theToolGetsOneArgumentForTheWholeList()
     {
-        QCOMPARE(QProcess::splitCommand(ConcatCommand("\"/a b/tool\"", "/D d/1.ts|", "/D d/x.mp4")),
-                 QStringList({"/a b/tool", "-i", "concat:/D d/1.ts|", "-acodec", "copy", "-vcodec",
-                              "copy", "-absf", "aac_adtstoasc", "/D d/x.mp4"}));
+        QCOMPARE(
+            QProcess::splitCommand(ConcatCommand("\"/a b/tool\"", {"/D d/1.ts"}, "/D d/x.mp4")),
+            QStringList({"/a b/tool", "-i", "concat:/D d/1.ts|", "-acodec", "copy", "-vcodec",
+                         "copy", "-absf", "aac_adtstoasc", "/D d/x.mp4"}));
+    }
+
+    void nothingToJoinIsAnEmptyList()
+    {
+        QVERIFY(ConcatCommand("t", {}, "o").startsWith("t -i \"concat:\" -acodec"));
     }
 
     void theFilesOfAMergeAreNamedByTheTimeAndByTheirNumber()
@@ -51,6 +57,13 @@ private Q_SLOTS:
         QCOMPARE(MergePercent(59, 60), 98);
         QCOMPARE(MergePercent(60, 60), 100);
         QCOMPARE(MergePercent(419, 420), 99);
+    }
+
+    void withoutTicksToCountThePercentageIsZero()
+    {
+        QCOMPARE(MergePercent(0, 0), 0);
+        QCOMPARE(MergePercent(1, 0), 0);
+        QCOMPARE(MergePercent(1, -20), 0);
     }
 };
 

@@ -1,3 +1,4 @@
+#include "tests/window/fake_tool.h"
 #include "ui/cmessagebox.h"
 
 #include <QLabel>
@@ -98,6 +99,77 @@ private Q_SLOTS:
         QVERIFY(!m_box->isVisible());
     }
 
+    void aRightClickAfterOkKeepsTheAnswer()
+    {
+        m_box->InitQuestionDialog("Sure?");
+        m_box->show();
+        QTest::mouseClick(Button("OK"), Qt::LeftButton);
+        QVERIFY(!m_box->isVisible());
+        QTest::mouseClick(m_box.get(), Qt::RightButton); // hidden already
+        QCOMPARE(m_box->GetMessageBoxRet(), 1);
+        m_box->show();
+        QTest::mouseClick(m_box.get(), Qt::RightButton);
+        QVERIFY(!m_box->isVisible());
+        QCOMPARE(m_box->GetMessageBoxRet(), 1);
+    }
+
+    void stripBodyAndBarLookAsTheyShould_data()
+    {
+        QTest::addColumn<bool>("question");
+        QTest::addColumn<QRect>("title");
+        QTest::addColumn<QString>("picture");
+        QTest::newRow("information") << false << QRect(10, 5, 400, 40) << ":/image/information.png";
+        QTest::newRow("question") << true << QRect(0, 5, 400, 40) << ":/image/question.png";
+    }
+
+    void stripBodyAndBarLookAsTheyShould()
+    {
+        QFETCH(bool, question);
+        QFETCH(QString, picture);
+        if (question) {
+            m_box->InitQuestionDialog("text");
+        } else {
+            m_box->InitInfoDialog("text");
+        }
+        m_box->show();
+        const QLabel* title = Label(question ? "  Question" : "Info");
+        QVERIFY(title != nullptr);
+        QTEST(title->geometry(), "title");
+        QCOMPARE(title->alignment() & Qt::AlignHorizontal_Mask, Qt::AlignLeft);
+        QCOMPARE(title->palette().color(QPalette::WindowText), QColor(Qt::white));
+        const auto* strip = qobject_cast<QLabel*>(title->parentWidget());
+        QVERIFY(strip != nullptr);
+        QCOMPARE(strip->styleSheet(), QString("background-color: rgb(28, 28, 28);"));
+        QCOMPARE(strip->minimumSize(), QSize(400, 30));
+        QCOMPARE(strip->mapTo(m_box.get(), QPoint()), QPoint(0, 0));
+
+        const auto* message = m_box->findChild<QLabel*>("m_pMessageLabel");
+        QCOMPARE(message->minimumSize(), QSize(340, 80));
+        QCOMPARE(message->palette().color(QPalette::WindowText), QColor(Qt::black));
+        const QLabel* shown = Picture();
+        QVERIFY2(shown != nullptr, "no picture");
+        QVERIFY(!QPixmap(picture).isNull());
+        QCOMPARE(shown->pixmap(Qt::ReturnByValue).toImage(), QPixmap(picture).toImage());
+        QCOMPARE(shown->alignment(), Qt::AlignCenter);
+
+        for (QPushButton* button : {Button("OK"), Button(question ? "NO" : "OK")}) {
+            const auto* bar = qobject_cast<QLabel*>(button->parentWidget());
+            QVERIFY(bar != nullptr);
+            QCOMPARE(bar->styleSheet(), QString("background-color: rgb(220, 220, 220);"));
+            QCOMPARE(bar->minimumSize(), QSize(400, 40));
+            QCOMPARE(button->styleSheet(), GreyButtonStyle("\t\t\t\t\t\t\t\t   "));
+            QCOMPARE(button->cursor().shape(), Qt::PointingHandCursor);
+            QVERIFY(button->isFlat());
+        }
+        for (const QWidget* text : m_box->findChildren<QWidget*>()) {
+            if (text == title || text == message || text == Button("OK")) {
+                QCOMPARE(text->font().family(), QString("Calibri"));
+                QCOMPARE(text->font().pointSize(), 12);
+                QVERIFY(!text->font().bold());
+            }
+        }
+    }
+
     void theInformationsCloseButtonDoesNothing()
     {
         QTest::ignoreMessage(QtWarningMsg,
@@ -158,6 +230,27 @@ private:
         for (auto* button : m_box->findChildren<QPushButton*>()) {
             if (button->text() == text) {
                 return button;
+            }
+        }
+        return nullptr;
+    }
+
+    QLabel* Label(const QString& text)
+    {
+        for (auto* label : m_box->findChildren<QLabel*>()) {
+            if (label->text() == text) {
+                return label;
+            }
+        }
+        return nullptr;
+    }
+
+    // The only label without words that shows one.
+    QLabel* Picture()
+    {
+        for (auto* label : m_box->findChildren<QLabel*>()) {
+            if (!label->pixmap(Qt::ReturnByValue).isNull()) {
+                return label;
             }
         }
         return nullptr;

@@ -95,19 +95,46 @@ private Q_SLOTS:
         QCOMPARE(Names(kTable).size(), QDir("/").entryList({"*.mp4"}, QDir::Files).size());
     }
 
+    void leavingTheFieldReadsItsOwnFolderOnTheSamePage_data()
+    {
+        QTest::addColumn<QByteArray>("entry");
+        QTest::addColumn<int>("page");
+        QTest::newRow("home") << QByteArray("btnSlotBack") << 0;
+        QTest::newRow("record") << QByteArray("btnSlot") << 1;
+        QTest::newRow("cut") << QByteArray("btnMontageSlot") << 2;
+        QTest::newRow("merge") << QByteArray("btnEditSlot") << 3;
+    }
+
+    // Wherever the field is left, also from behind another page.
     void leavingTheFieldReadsItsOwnFolderOnTheSamePage()
     {
+        QFETCH(QByteArray, entry);
+        QFETCH(int, page);
         MakeVideo("in save.mp4");
         MakeVideo("new.mp4", "00:00:05", Target());
         MakeVideo("old.mp4", "00:00:05", Target());
         EnterCutPage();
+        Call(entry.constData());
+        QCOMPARE(Page(), page);
         Child<QLineEdit>(kField)->setText(Target());
         Leave(kField);
         QCOMPARE(Names(kTable), QStringList({"new.mp4", "old.mp4"}));
-        QCOMPARE(Page(), 2);
+        QCOMPARE(Page(), page);
         Child<QLineEdit>(kField)->setText("/no/such/folder");
         Leave(kField);
         QCOMPARE(Names(kTable), QStringList());
+        QCOMPARE(Page(), page);
+    }
+
+    void theFolderButtonDisablesTheMergePagesAdd()
+    {
+        MakeVideo("a.mp4");
+        EnterMergePage();
+        ClickRow("m_pSourceVideoTable", 0);
+        QVERIFY(Enabled("Add"));
+        Call("btnSlotLayout3Dir");
+        QVERIFY(!Enabled("Add"));
+        QCOMPARE(Page(), 3);
     }
 
     void leavingAnEmptyFieldReadsNothing()
@@ -134,8 +161,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, field);
         QFETCH(bool, empty);
         MakeVideo("a.mp4");
-        OpenWindow();
-        Call("btnEditSlot");
+        EnterMergePage();
         ClickRow("m_pSourceVideoTable", 0);
         QVERIFY(Enabled("Add"));
         if (empty) {
@@ -198,13 +224,27 @@ private Q_SLOTS:
     void theSlidersStyleKeepsItsTabs()
     {
         EnterCutPage();
-        const QString sheet = Child<QSlider>("m_pCutSlider")->styleSheet();
-        QCOMPARE(sheet.count(QString(8, '\t') + "QSlider::"), 3);
-        QVERIFY(sheet.startsWith("QSlider::groove:horizontal{border: 1px solid #4A708B;background: "
-                                 "#C0C0C0;height: 5px;border-radius: 1px;padding-left:-1px;"
-                                 "padding-right:-1px;}"));
-        QVERIFY(sheet.endsWith("QSlider::handle:horizontal:disabled{background: #eee;border: 1px "
-                               "solid #aaa;border-radius: 4px;}"));
+        QCOMPARE(Child<QSlider>("m_pCutSlider")->styleSheet(),
+                 QString("QSlider::groove:horizontal{border: 1px solid #4A708B;background: "
+                         "#C0C0C0;height: 5px;border-radius: 1px;padding-left:-1px;padding-right:"
+                         "-1px;}\t\t\t\t\t\t\t\tQSlider::sub-page:horizontal{background: "
+                         "qlineargradient(x1:0, y1:0, x2:0, y2:1,stop:0 #B1B1B1, stop:1 #c4c4c4);"
+                         "background: qlineargradient(x1: 0, y1: 0.2, x2: 1, y2: 1,stop: 0 "
+                         "#5DCCFF, stop: 1 #1874CD);border: 1px solid #4A708B;height: 10px;"
+                         "border-radius: 2px;}\t\t\t\t\t\t\t\tQSlider::add-page:horizontal{"
+                         "background: #575757;border: 0px solid #777;height: 10px;border-radius: "
+                         "2px;}\t\t\t\t\t\t\t\tQSlider::handle:horizontal{background: "
+                         "qradialgradient(spread:pad, cx:0.5, cy:0.5, radius:0.5, fx:0.5, fy:0.5,"
+                         "stop:0.6 #45ADED, stop:0.778409 rgba(255, 255, 255, 255));width: 11px;"
+                         "margin-top: -3px;margin-bottom: -3px;border-radius: 5px;}"
+                         "QSlider::handle:horizontal:hover{background: qradialgradient(spread:pad, "
+                         "cx:0.5, cy:0.5, radius:0.5, fx:0.5, fy:0.5, stop:0.6 #2A8BDA,stop:"
+                         "0.778409 rgba(255, 255, 255, 255));width: 11px;margin-top: -3px;"
+                         "margin-bottom: -3px;border-radius: 5px;}QSlider::sub-page:horizontal:"
+                         "disabled{background: #00009C;border-color: #999;}QSlider::add-page:"
+                         "horizontal:disabled{background: #eee;border-color: #999;}QSlider::handle:"
+                         "horizontal:disabled{background: #eee;border: 1px solid #aaa;"
+                         "border-radius: 4px;}"));
     }
 
     void nothingIsCutOffOrOverlaps()

@@ -4,12 +4,16 @@
 #include "tests/window/modal_boxes.h"
 
 #include <QLineEdit>
+#include <QProcess>
 #include <QSlider>
 #include <QTableWidget>
 
+#include <functional>
+
 // A `tool` for the pages with videos. It notes every command line in "calls", answers a probe with
 // the duration that stands in the file, and for every other run executes "job" with the same
-// arguments, or copies its input to its output where there is none.
+// arguments, or makes its output where there is none. What a job says with `say` is one chunk of
+// output: it goes on when the test has heard it.
 inline constexpr auto kVideoTool = R"(#!/bin/bash
 here=$(dirname "$0")
 if [[ "$*" == *-list_devices* ]]; then exit 1; fi
@@ -19,6 +23,14 @@ if [[ $# -eq 2 ]]; then
     echo "  Duration: $(head -n 1 "$2" 2>/dev/null).50, start: 0.000000" >&2
     exit 1
 fi
+say() {
+    printf '%b' "$*"
+    for ((i = 0; i < 6000; ++i)); do
+        [[ -e $here/heard ]] && break
+        sleep 0.005
+    done
+    rm -f "$here/heard"
+}
 if [[ -e "$here/job" ]]; then source "$here/job"; exit; fi
 printf 'made' >"${!#}"
 )";
@@ -32,7 +44,7 @@ protected:
     {
         Prepare();
         InstallTool(kVideoTool);
-        for (const char* name : {"calls", "job"}) {
+        for (const char* name : {"calls", "job", "heard"}) {
             QFile::remove(BesideProgram(name));
         }
         QVERIFY(QDir().mkpath(SaveDirectory()));
@@ -72,6 +84,17 @@ protected:
     // A shell script for the runs that are no probe; "$@" are their arguments.
     void SetJob(const QByteArray& script) { WriteFile(BesideProgram("job"), script); }
 
+    // Lets what runs on this process say its chunks; `heard` is done after each, when the window
+    // has read it.
+    void Hear(
+        const char* process, const std::function<void()>& heard = [] {})
+    {
+        connect(Child<QProcess>(process), &QProcess::readyRead, this, [heard] {
+            heard();
+            WriteFile(BesideProgram("heard"), {});
+        });
+    }
+
     // Every command line since the last call of this, its arguments in angle brackets.
     QStringList Calls()
     {
@@ -107,6 +130,19 @@ protected:
                            widget->visualItemRect(widget->item(row, 0)).center());
     }
 
+    // On the cut page, with the video selected and both marks set.
+    void SelectRange(const QString& name, int start, int end)
+    {
+        MakeVideo(name);
+        EnterCutPage();
+        ClickRow("m_pCutTable", 0);
+        for (const auto& [position, slot] : {std::pair(start, "btnSetHead"), {end, "btnSetTail"}}) {
+            QVERIFY(QMetaObject::invokeMethod(&Window(), "current", Q_ARG(int, position)));
+            Call(slot);
+        }
+        Calls();
+    }
+
     void EnterMergePage()
     {
         OpenWindow();
@@ -137,7 +173,7 @@ protected:
                 return button->isEnabled();
             }
         }
-        qWarning("no button reads %s", qPrintable(text));
+        QTest::qFail(qPrintable("no button reads " + text), __FILE__, __LINE__);
         return false;
     }
 

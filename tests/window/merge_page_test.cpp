@@ -99,6 +99,19 @@ private Q_SLOTS:
         Child<QLineEdit>(kField)->clear();
         Leave(kField);
         QCOMPARE(Names(kSource), QStringList({"new.mp4", "old.mp4"}));
+        QCOMPARE(Page(), 3);
+    }
+
+    void leavingTheFieldWithAFolderWithoutVideosEmptiesTheTable()
+    {
+        MakeVideo("a.mp4");
+        EnterMergePage();
+        Add(0);
+        Child<QLineEdit>(kField)->setText(Target());
+        Leave(kField);
+        QCOMPARE(Child<QTableWidget>(kSource)->rowCount(), 0);
+        QCOMPARE(Names(kTarget), QStringList{"a.mp4"});
+        QVERIFY(!Enabled("Add"));
     }
 
     void addFollowsTheSelection()
