@@ -65,8 +65,8 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QByteArray path = folder.path().toUtf8();
-        // Others write to the same disk meanwhile.
-        QTRY_COMPARE(FreeSpaceUnder(path).bytes, Available(path.constData()));
+        bool equal = false; // others write to the same disk meanwhile: once is enough
+        QTRY_VERIFY((equal = equal || FreeSpaceUnder(path).bytes == Available(path.constData())));
         QCOMPARE(FreeSpaceUnder(path).result, 0);
         QCOMPARE(FreeSpaceUnder(path).path, path);
     }

@@ -70,9 +70,9 @@ protected:
         QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable("cannot make " + name));
         file.write(duration + '\n');
         file.flush();
-        QVERIFY(
-            file.setFileTime(QDateTime(QDate(2026, 1, 2), QTime(12, 0)).addSecs(-60 * ++m_minutes),
-                             QFileDevice::FileModificationTime));
+        QVERIFY(file.setFileTime(
+            QDateTime(QDate(2026, 1, 2), QTime(12, 0)).addSecs(qint64{-60} * ++m_minutes),
+            QFileDevice::FileModificationTime));
     }
 
     void EnterCutPage()
