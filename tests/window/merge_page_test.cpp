@@ -356,6 +356,12 @@ private Q_SLOTS:
         QCOMPARE(Row(kSource, 199), QString("199.mp4, 9 Bytes, "));
     }
 
+    void aNameTooLongForItsColumnIsNotWrapped()
+    {
+        OpenWindow();
+        QVERIFY(!Child<QTableWidget>("m_pTargetVideoTable")->wordWrap());
+    }
+
 private:
     QString Row(const char* table, int row)
     {

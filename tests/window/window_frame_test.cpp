@@ -4,6 +4,7 @@
 
 #include <QElapsedTimer>
 #include <QKeyEvent>
+#include <QLayout>
 #include <QLineEdit>
 #include <QMetaMethod>
 #include <QProcess>
@@ -167,6 +168,38 @@ private Q_SLOTS:
                 QVERIFY(window.isVisible());
             }
         }
+    }
+
+    // The line across the top and the maker's line: home and cut have both, record and merge one.
+    void footersHoldWhatTheirPageWants_data()
+    {
+        QTest::addColumn<QByteArray>("page");
+        QTest::addColumn<bool>("notice");
+        QTest::addColumn<bool>("line");
+        QTest::newRow("home") << QByteArray("m_pLayout1Widget") << true << true;
+        QTest::newRow("record") << QByteArray("m_pLayout2Widget") << false << true;
+        QTest::newRow("cut") << QByteArray("m_pLayout3Widget") << true << true;
+        QTest::newRow("merge") << QByteArray("m_pLayout4Widget") << true << false;
+    }
+
+    void footersHoldWhatTheirPageWants()
+    {
+        QFETCH(QByteArray, page);
+        OpenWindow();
+        const QLayout* layout = Child<QWidget>(page.constData())->layout();
+        while (layout->itemAt(layout->count() - 1)->layout() != nullptr) {
+            layout = layout->itemAt(layout->count() - 1)->layout();
+        }
+        const QWidget* footer = layout->itemAt(layout->count() - 1)->widget();
+        QCOMPARE(footer->minimumHeight(), 40);
+        bool notice = false;
+        bool line = false;
+        for (const auto* part : footer->findChildren<QLabel*>()) {
+            notice = notice || part->text().endsWith("by Tarvessa");
+            line = line || part->height() == 2;
+        }
+        QTEST(notice, "notice");
+        QTEST(line, "line");
     }
 
     void theFolderFieldsStartWithTheSaveDirectory()
