@@ -12,7 +12,6 @@ class CutMarksTest : public VideoPageTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
     void init() { PrepareVideos(); }
     void cleanup() { FinishVideos(); }
 

@@ -13,11 +13,9 @@ class CutOutputTest : public VideoPageTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
     void init()
     {
         PrepareVideos();
-        SCANUI::m_nError = 0;
         m_reports.clear();
     }
     void cleanup()

@@ -13,12 +13,7 @@ class CutTest : public VideoPageTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
-    void init()
-    {
-        PrepareVideos();
-        SCANUI::m_nError = 0;
-    }
+    void init() { PrepareVideos(); }
     void cleanup() { FinishVideos(); }
 
     void aCutGoesIntoTheChosenFolderAndTellsItsPath()

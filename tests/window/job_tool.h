@@ -1,7 +1,9 @@
 #pragma once
 
+#include "jobs/job_report.h"
 #include "tests/window/fake_tool.h"
 #include "tests/window/modal_boxes.h"
+#include "ui/scanui.h"
 
 #include <QLineEdit>
 #include <QProcess>
@@ -42,6 +44,7 @@ class VideoPageTest : public WindowTest
 protected:
     void PrepareVideos()
     {
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
         Prepare();
         InstallTool(kVideoTool);
         for (const char* name : {"calls", "job", "heard"}) {
@@ -52,6 +55,7 @@ protected:
         m_boxes = std::make_unique<ModalBoxes>();
         m_boxes->directory = m_target->path();
         DRUI::m_bisFinished = false;
+        SCANUI::m_nError = kJobGood;
         m_minutes = 0;
     }
 

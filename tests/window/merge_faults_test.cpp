@@ -11,11 +11,9 @@ class MergeFaultsTest : public VideoPageTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
     void init()
     {
         PrepareVideos();
-        SCANUI::m_nError = 0;
         MakeList({"a.mp4", "b.mp4"});
         Calls();
         Hear("m_pChangeTSProcess");

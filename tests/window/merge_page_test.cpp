@@ -13,7 +13,6 @@ class MergePageTest : public VideoPageTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
     void init() { PrepareVideos(); }
     void cleanup() { FinishVideos(); }
 

@@ -11,11 +11,9 @@ class MergeTest : public VideoPageTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
     void init()
     {
         PrepareVideos();
-        SCANUI::m_nError = 0;
         m_percents.clear();
         m_currents.clear();
         m_error = -1;
