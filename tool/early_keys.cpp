@@ -15,7 +15,15 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-void HoldKeys(int input, std::chrono::milliseconds time)
+constexpr int lookMs = 20; // how often the file is looked at
+
+bool HasContent(const std::string& path)
+{
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 && status.st_size > 0;
+}
+
+void HoldKeys(int input, const std::string& file, std::chrono::milliseconds patience)
 {
     // The other end of the same pipe: opened first, for what cannot be given back is not taken.
     const std::string name = "/proc/self/fd/" + std::to_string(input);
@@ -23,12 +31,11 @@ void HoldKeys(int input, std::chrono::milliseconds time)
     if (output < 0) {
         return;
     }
-    const auto end = Clock::now() + time;
+    const auto end = Clock::now() + patience;
     std::string held;
-    for (auto now = Clock::now(); now < end; now = Clock::now()) {
+    while (!HasContent(file) && Clock::now() < end) {
         pollfd keys{input, POLLIN, 0};
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - now);
-        if (poll(&keys, 1, static_cast<int>(left.count())) <= 0) {
+        if (poll(&keys, 1, lookMs) <= 0) {
             continue;
         }
         std::array<char, 256> piece{};
@@ -41,11 +48,11 @@ void HoldKeys(int input, std::chrono::milliseconds time)
 
 } // namespace
 
-void HoldEarlyKeys(int input, std::chrono::milliseconds time)
+void HoldEarlyKeys(int input, const std::string& file, std::chrono::milliseconds patience)
 {
     struct stat status = {};
-    if (fstat(input, &status) == 0 && S_ISFIFO(status.st_mode)) {
-        StartCompanion(input, [time](int kept) { HoldKeys(kept, time); });
+    if (!HasContent(file) && fstat(input, &status) == 0 && S_ISFIFO(status.st_mode)) {
+        StartCompanion(input, [&](int kept) { HoldKeys(kept, file, patience); });
     }
 }
 

@@ -36,7 +36,7 @@ namespace {
 constexpr int failed = 1;
 constexpr int noProgram = 127;
 constexpr std::chrono::milliseconds soundPatience{1500};
-constexpr std::chrono::milliseconds untilFirstPicture{1000}; // measured: 130 ms
+constexpr std::chrono::seconds untilFirstPicture{10}; // measured: 130 ms
 
 int Complain(const std::string& sentence, int code)
 {
@@ -152,7 +152,7 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     if (getppid() != recorder) {
         return failed; // it has died already
     }
-    tool::HoldEarlyKeys(STDIN_FILENO, untilFirstPicture);
+    tool::HoldEarlyKeys(STDIN_FILENO, arguments.back(), untilFirstPicture);
     if (!sources->empty()) {
         const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments)});
         if (pipe < 0) {

@@ -71,39 +71,82 @@ bool HasChildren()
 
 } // namespace
 
+// The file that ffmpeg is to write.
+class Recording
+{
+public:
+    std::string Path() const { return m_folder.filePath("recording.mp4").toStdString(); }
+    void Begin() const
+    {
+        QFile file(m_folder.filePath("recording.mp4"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("ftyp") == 4);
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
 class ToolEarlyKeysTest : public QObject
 {
     Q_OBJECT
 
 private slots:
     void init() { std::signal(SIGCHLD, SIG_DFL); } // as it is when `tool` starts
-    void keysOfTheFirstMomentsComeLater();
+    void keysComeWhenTheFileHasBegun();
+    void anEmptyFileHasNotBegun();
+    void keysComeAtLastWithoutAFile();
     void laterKeysComeAtOnce();
     void nothingStaysBehindOfTheHolder();
     void theEndOfTheKeyboardComesToo();
+    void nothingIsHeldOfAnAnswerAboutAnExistingFile();
     void whatIsNoPipeIsLeftAlone();
 };
 
-void ToolEarlyKeysTest::keysOfTheFirstMomentsComeLater()
+void ToolEarlyKeysTest::keysComeWhenTheFileHasBegun()
 {
     Keyboard keyboard;
-    QElapsedTimer time;
-    time.start();
-    tool::HoldEarlyKeys(keyboard.Input(), 500ms);
+    const Recording recording;
+    tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
     QVERIFY(keyboard.Type("q\r"));
     QTRY_COMPARE(keyboard.Waiting(), 0);
     QVERIFY(keyboard.Type("\n"));
     QTRY_COMPARE(keyboard.Waiting(), 0);
+    recording.Begin();
     QCOMPARE(keyboard.Read(), QByteArray("q\r\n"));
+}
+
+void ToolEarlyKeysTest::anEmptyFileHasNotBegun()
+{
+    Keyboard keyboard;
+    const Recording recording;
+    QVERIFY(QFile(QString::fromStdString(recording.Path())).open(QIODevice::WriteOnly));
+    tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
+    QVERIFY(keyboard.Type("q"));
+    QTRY_COMPARE(keyboard.Waiting(), 0);
+    recording.Begin();
+    QCOMPARE(keyboard.Read(), QByteArray("q"));
+}
+
+void ToolEarlyKeysTest::keysComeAtLastWithoutAFile()
+{
+    Keyboard keyboard;
+    QElapsedTimer time;
+    time.start();
+    tool::HoldEarlyKeys(keyboard.Input(), Recording().Path(), 500ms);
+    QVERIFY(keyboard.Type("q"));
+    QTRY_COMPARE(keyboard.Waiting(), 0);
+    QCOMPARE(keyboard.Read(), QByteArray("q"));
     QVERIFY2(time.elapsed() >= 450, qPrintable(QString("after %1 ms").arg(time.elapsed())));
 }
 
 void ToolEarlyKeysTest::laterKeysComeAtOnce()
 {
     Keyboard keyboard;
-    tool::HoldEarlyKeys(keyboard.Input(), 1000ms);
+    const Recording recording;
+    tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
     QVERIFY(keyboard.Type("1"));
     QTRY_COMPARE(keyboard.Waiting(), 0);
+    recording.Begin();
     QCOMPARE(keyboard.Read(), QByteArray("1"));
     // Twice, for it would be taken at any moment were it still held.
     for (const char* keys : {"q\r\n", "2"}) {
@@ -116,20 +159,35 @@ void ToolEarlyKeysTest::laterKeysComeAtOnce()
 void ToolEarlyKeysTest::nothingStaysBehindOfTheHolder()
 {
     Keyboard keyboard;
-    tool::HoldEarlyKeys(keyboard.Input(), 500ms);
+    const Recording recording;
+    tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
     QVERIFY2(HasChildren(), "nobody holds the keys");
+    recording.Begin();
     QTRY_VERIFY2(!HasChildren(), "there is an ended process that nobody waits for");
 }
 
 void ToolEarlyKeysTest::theEndOfTheKeyboardComesToo()
 {
     Keyboard keyboard;
-    tool::HoldEarlyKeys(keyboard.Input(), 1000ms);
+    const Recording recording;
+    tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
     QVERIFY(keyboard.Type("q"));
     QTRY_COMPARE(keyboard.Waiting(), 0);
     keyboard.StopTyping();
+    recording.Begin();
     QCOMPARE(keyboard.Read(), QByteArray("q"));
     QCOMPARE(keyboard.Read(), QByteArray());
+}
+
+void ToolEarlyKeysTest::nothingIsHeldOfAnAnswerAboutAnExistingFile()
+{
+    Keyboard keyboard;
+    const Recording recording;
+    recording.Begin();
+    tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
+    QVERIFY2(!HasChildren(), "somebody holds the keys");
+    QVERIFY(keyboard.Type("n"));
+    QCOMPARE(keyboard.Read(), QByteArray("n"));
 }
 
 void ToolEarlyKeysTest::whatIsNoPipeIsLeftAlone()
@@ -137,8 +195,8 @@ void ToolEarlyKeysTest::whatIsNoPipeIsLeftAlone()
     const QTemporaryDir folder;
     QFile file(folder.filePath("keys"));
     QVERIFY(file.open(QIODevice::ReadWrite) && file.write("q\r\n") == 3 && file.seek(0));
-    tool::HoldEarlyKeys(file.handle(), 1ms);
-    tool::HoldEarlyKeys(-1, 1ms);
+    tool::HoldEarlyKeys(file.handle(), Recording().Path(), 1ms);
+    tool::HoldEarlyKeys(-1, Recording().Path(), 1ms);
     QCOMPARE(file.readAll(), QByteArray("q\r\n"));
 }
 

@@ -25,6 +25,8 @@ private slots:
     void numbersAreUnderstoodWherever();
     void recorderThatDiesBeforeTheStartLeavesNoRecording_data();
     void recorderThatDiesBeforeTheStartLeavesNoRecording();
+    void quitBeforeTheFirstPictureStillGivesAPicture_data();
+    void quitBeforeTheFirstPictureStillGivesAPicture();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -128,6 +130,33 @@ void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording()
     }
     QVERIFY2(WIFEXITED(status) && WEXITSTATUS(status) == code,
              qPrintable(QString("status %1").arg(status)));
+}
+
+void ToolRecordingTest::quitBeforeTheFirstPictureStillGivesAPicture_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QString>("device");
+    QTest::newRow("at once") << QByteArray() << "0";
+    QTest::newRow("at once, with sound") << QByteArray() << "0:0";
+    // As on a machine that has a lot to do.
+    QTest::newRow("ffmpeg starts late")
+        << QByteArray("case \"$*\" in *x11grab*) sleep 2;; esac\n") << "0";
+}
+
+void ToolRecordingTest::quitBeforeTheFirstPictureStillGivesAPicture()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(QString, device);
+    QVERIFY(WriteProgram(m_folder->filePath("ffmpeg"),
+                         "#!/bin/sh\n" + before + "exec /usr/bin/env ffmpeg \"$@\"\n"));
+    const QString path = m_folder->filePath("short.mp4");
+    QProcess tool;
+    tool.start(TOOL_PROGRAM, {"-f", "avfoundation", "-framerate", "30", "-i", device, "-r", "29.97",
+                              "-preset", "ultrafast", "-pix_fmt", "yuv420p", path});
+    tool.write("q\r\n");
+    QVERIFY2(tool.waitForFinished(), "the recording goes on");
+    QVERIFY2(!PictureDigests(path).isEmpty(), tool.readAllStandardError());
+    QCOMPARE(DecodingErrors(path), QByteArray());
 }
 
 QTEST_GUILESS_MAIN(ToolRecordingTest)
