@@ -3,6 +3,7 @@
 #include "tests/desktop/recording_file.h"
 #include "tests/desktop/test_pattern_process.h"
 
+#include <QElapsedTimer>
 #include <QTest>
 
 class RecordingDesktopTest : public QObject
@@ -49,9 +50,13 @@ void RecordingDesktopTest::recordingHasThePictureAndTheChosenSound()
     recorder.ChooseAudio(entry);
     QVERIFY2(recorder.StartRecording(), "no file grows");
     QVERIFY2(recorder.Log().contains(input), qPrintable("not " + input + " in " + recorder.Log()));
-    QVERIFY(recorder.RecordFor(5000));
+    // A machine with much else to do may need a while before it records, and to open a menu.
+    QElapsedTimer sinceBegin;
+    sinceBegin.start();
+    QVERIFY(QTest::qWaitFor([&] { return sinceBegin.hasExpired(4500); }, 10000));
+    const double least = static_cast<double>(sinceBegin.elapsed()) / 1000 - 0.5;
     QVERIFY2(recorder.ChooseInTray(1), "the tray's menu does not open");
-    const double seconds = static_cast<double>(recorder.RecordedMs()) / 1000;
+    const double most = static_cast<double>(recorder.RecordedMs()) / 1000 + 0.5;
     QVERIFY2(recorder.WaitShown(), "the window does not come back");
     QVERIFY2(recorder.WaitForTool(), "the tool does not end");
 
@@ -62,8 +67,10 @@ void RecordingDesktopTest::recordingHasThePictureAndTheChosenSound()
     QCOMPARE(file.pictureTracks, QStringList{"h264 yuv420p 1280x800"});
     const bool sound = speaker || microphone;
     QCOMPARE(file.soundTracks, sound ? QStringList{"aac"} : QStringList{});
-    QVERIFY2(std::abs(file.seconds - seconds) <= 0.5,
-             qPrintable(QString("%1 s long, recorded for %2 s").arg(file.seconds).arg(seconds)));
+    QVERIFY2(
+        file.seconds >= least && file.seconds <= most,
+        qPrintable(
+            QString("%1 s long, recorded for %2 to %3 s").arg(file.seconds).arg(least).arg(most)));
 
     const QMap<QString, QString> report = PatternReport(path);
     QVERIFY2(report["distinct_share"].toDouble() >= 90,
