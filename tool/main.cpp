@@ -13,6 +13,7 @@
 #include "tool/ffmpeg_program.h"
 #include "tool/frugal_file.h"
 #include "tool/join.h"
+#include "tool/keeper.h"
 #include "tool/listing.h"
 #include "tool/monitors.h"
 #include "tool/movie.h"
@@ -151,6 +152,9 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (getppid() != recorder) {
         return failed; // it has died already
+    }
+    if (tool::RecordsInPieces(arguments)) {
+        tool::StartKeeper(arguments.back());
     }
     tool::HoldEarlyKeys(STDIN_FILENO, arguments.back(), untilFirstPicture);
     if (!sources->empty()) {
