@@ -20,6 +20,7 @@
 #include "tool/remembered_devices.h"
 #include "tool/sound_devices.h"
 #include "tool/sound_feeder.h"
+#include "tool/torn_input.h"
 
 #include <cerrno>
 #include <chrono>
@@ -255,5 +256,5 @@ int main(int count, char** values)
     if (request.kind == tool::RequestKind::Capture) {
         return Record(ffmpeg, arguments, request, recorder);
     }
-    return PassOn(ffmpeg, arguments);
+    return PassOn(ffmpeg, tool::WithoutTornEnds(arguments));
 }

@@ -54,6 +54,22 @@ private:
     int m_file;
 };
 
+// Crash-safe at every moment. With no room for the index the file is as it was.
+bool AppendIndex(const WritableFile& target, const PiecedMovie& movie, const std::string& index,
+                 uint64_t end)
+{
+    // Over the movie box's own header: a box of data with a long size.
+    std::string header;
+    AppendNumber(header, 1, 4);
+    AppendNumber(header, BoxType("mdat"), 4);
+    AppendNumber(header, end - movie.place, 8);
+    if (!target.Write(index, end) || !target.Sync() || !target.Write(header, movie.place)) {
+        target.Shorten(end);
+        return false;
+    }
+    return target.Sync();
+}
+
 } // namespace
 
 bool SettleMovie(const std::string& path)
@@ -65,20 +81,13 @@ bool SettleMovie(const std::string& path)
         return false;
     }
     const WritableFile target(path);
-    if (!target.Write(index, file.Size()) || !target.Sync()) {
-        target.Shorten(file.Size());
-        return false;
+    if (AppendIndex(target, *movie, index, file.Size())) {
+        return true;
     }
-    // Over the movie box's own header: a box of data with a long size.
-    std::string header;
-    AppendNumber(header, 1, 4);
-    AppendNumber(header, BoxType("mdat"), 4);
-    AppendNumber(header, file.Size() - movie->place, 8);
-    if (!target.Write(header, movie->place)) {
-        target.Shorten(file.Size());
-        return false;
+    if (const auto whole = WholePart(file)) {
+        target.Shorten(*whole); // what is torn keeps players from all the rest
     }
-    return target.Sync();
+    return false;
 }
 
 } // namespace tool
