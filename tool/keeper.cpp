@@ -14,7 +14,7 @@ namespace tool {
 namespace {
 
 constexpr int parentEnded = SIGUSR1;
-constexpr timespec interval{1, 0};
+constexpr timespec interval{0, 250000000}; // ffmpeg writes about once a second
 
 // The recording, held open from when it is first seen: its folder may be moved meanwhile.
 class Recording
@@ -22,14 +22,21 @@ class Recording
 public:
     Recording(int folder, std::string name) : m_folder(folder), m_name(std::move(name)) {}
 
-    // Makes the disk have what was written; the name of a new file as well.
+    // Makes the disk have what was written since the last time; the name of a new file as well.
     void Sync()
     {
         if (m_file < 0) {
             m_file = openat(m_folder, m_name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+            if (m_file < 0) {
+                return;
+            }
             fsync(m_folder);
         }
-        fdatasync(m_file);
+        struct stat status = {};
+        if (fstat(m_file, &status) == 0 && status.st_size != m_synced) {
+            fdatasync(m_file);
+            m_synced = status.st_size;
+        }
     }
 
     void Settle()
@@ -44,6 +51,7 @@ private:
     int m_folder;
     std::string m_name;
     int m_file = -1; // open until this process ends
+    off_t m_synced = 0;
 };
 
 void Keep(Recording recording, pid_t parent)

@@ -22,7 +22,7 @@ if(TARGET tool)
                                             $<TARGET_FILE:tool_recording_test>)
   set_tests_properties(tool_recording_test PROPERTIES LABELS desktop TIMEOUT 300)
   # With the real ffmpeg.
-  foreach(test tool_probe_test tool_join_test tool_cut_test tool_merge_test)
+  foreach(test tool_probe_test tool_join_test tool_cut_test tool_merge_test tool_settle_test)
     lumenfold_test(${test} unit SOURCES ${test}.cpp tool_movies.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
                    TOOL_PROGRAM="$<TARGET_FILE:tool>")
     add_dependencies(${test} tool)
