@@ -203,6 +203,15 @@ Arguments SoundInput(int pipe, int rate)
             "/dev/fd/" + std::to_string(pipe)};
 }
 
+// One piece a second, and one for the first picture alone: until then there is nothing in the file.
+// The header comes with it, for only then it can tell how sound and picture begin.
+Arguments Pieces()
+{
+    return {"-movflags",         "+frag_keyframe+delay_moov+default_base_moof",
+            "-frag_duration",    "1000000",
+            "-force_key_frames", "expr:eq(n,1)"};
+}
+
 Arguments OutputOptions(Arguments options, bool sound, const std::string& rate)
 {
     const auto async = std::find(options.begin(), options.end(), "-async");
@@ -273,6 +282,16 @@ Request ReadRequest(const Arguments& arguments)
     return request;
 }
 
+bool RecordsInPieces(const Arguments& arguments)
+{
+    const Section output = SplitSections(arguments).back();
+    constexpr std::string_view ending = ".mp4";
+    const std::string_view name =
+        output.options.empty() ? std::string_view() : output.options.back();
+    return name.size() > ending.size() && name.substr(name.size() - ending.size()) == ending &&
+           !ValueOf(output.options, "-f") && !ValueOf(output.options, "-movflags");
+}
+
 int SampleRate(const Arguments& arguments)
 {
     constexpr int usual = 48000;
@@ -306,6 +325,9 @@ Arguments TranslateCapture(const Arguments& arguments, const CapturePlan& plan)
     bool first = true;
     for (const Section& section : sections) {
         if (!section.input) {
+            if (RecordsInPieces(arguments)) {
+                Append(result, Pieces());
+            }
             Append(result, OutputOptions(section.options, plan.soundPipe.has_value(), rate));
         } else if (!IsCapture(section)) {
             Append(result, section.options);

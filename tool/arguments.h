@@ -49,6 +49,10 @@ int SampleRate(const Arguments& arguments);
 // The same command without the options that current ffmpegs refuse; all else untouched, in order.
 Arguments TranslatePassThrough(const Arguments& arguments);
 
+// Whether the capture command records an MP4 in pieces, so that it can be played whatever ends it:
+// one of that name with nothing said about how it is to be written.
+bool RecordsInPieces(const Arguments& arguments);
+
 // The capture command for the stock ffmpeg. The screen comes first, the sound after it.
 Arguments TranslateCapture(const Arguments& arguments, const CapturePlan& plan);
 

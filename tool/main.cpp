@@ -13,12 +13,14 @@
 #include "tool/ffmpeg_program.h"
 #include "tool/frugal_file.h"
 #include "tool/join.h"
+#include "tool/keeper.h"
 #include "tool/listing.h"
 #include "tool/monitors.h"
 #include "tool/movie.h"
 #include "tool/remembered_devices.h"
 #include "tool/sound_devices.h"
 #include "tool/sound_feeder.h"
+#include "tool/torn_input.h"
 
 #include <cerrno>
 #include <chrono>
@@ -152,6 +154,9 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     if (getppid() != recorder) {
         return failed; // it has died already
     }
+    if (tool::RecordsInPieces(arguments)) {
+        tool::StartKeeper(arguments.back());
+    }
     tool::HoldEarlyKeys(STDIN_FILENO, arguments.back(), untilFirstPicture);
     if (!sources->empty()) {
         const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments)});
@@ -251,5 +256,5 @@ int main(int count, char** values)
     if (request.kind == tool::RequestKind::Capture) {
         return Record(ffmpeg, arguments, request, recorder);
     }
-    return PassOn(ffmpeg, arguments);
+    return PassOn(ffmpeg, tool::WithoutTornEnds(arguments));
 }

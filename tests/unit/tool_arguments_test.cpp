@@ -83,6 +83,8 @@ private slots:
     void syncOptionBecomesAFilter();
     void framesComeAtTheRateOfTheFile();
     void keyFramesAreUnderTwoSecondsApart();
+    void moviesAreRecordedInPieces_data();
+    void moviesAreRecordedInPieces();
     void whatIsRecordedReachesTheFileAtOnce();
     void filtersOfTheCallerAreKept();
     void statusPeriodOnlyWhereKnown();
@@ -229,6 +231,35 @@ void ToolArgumentsTest::keyFramesAreUnderTwoSecondsApart()
     own.insert(own.end() - 1, {"-g", "10"});
     const Arguments kept = tool::TranslateCapture(own, Plan(std::nullopt));
     QCOMPARE(std::count(kept.begin(), kept.end(), "-g"), 1);
+}
+
+void ToolArgumentsTest::moviesAreRecordedInPieces_data()
+{
+    QTest::addColumn<std::string>("name");
+    QTest::addColumn<Arguments>("options");
+    QTest::addColumn<bool>("inPieces");
+    QTest::newRow("movie") << std::string("o.mp4") << Arguments() << true;
+    QTest::newRow("another kind") << std::string("o.mkv") << Arguments() << false;
+    QTest::newRow("a name that is only an ending") << std::string(".mp4") << Arguments() << false;
+    QTest::newRow("another kind under that name")
+        << std::string("o.mp4") << Arguments{"-f", "mpegts"} << false;
+    QTest::newRow("written as the caller wants it")
+        << std::string("o.mp4") << Arguments{"-movflags", "+faststart"} << false;
+}
+
+void ToolArgumentsTest::moviesAreRecordedInPieces()
+{
+    QFETCH(std::string, name);
+    QFETCH(Arguments, options);
+    QFETCH(bool, inPieces);
+    Arguments own = silent;
+    own.back() = name;
+    own.insert(own.end() - 1, options.begin(), options.end());
+    QCOMPARE(tool::RecordsInPieces(own), inPieces);
+    const Arguments result = tool::TranslateCapture(own, Plan(std::nullopt));
+    const auto at = Find(result, {"-frag_duration", "1000000"});
+    QCOMPARE(at >= 0, inPieces);
+    QVERIFY2(!inPieces || at > Find(result, {"-i"}), "not for the output");
 }
 
 void ToolArgumentsTest::whatIsRecordedReachesTheFileAtOnce()
