@@ -31,12 +31,18 @@ struct Request
     std::string error; // one sentence, for Malformed only
 };
 
+// What the pipe of the pictures begins with. It means nothing; that it is read tells that ffmpeg
+// has opened the pipe.
+constexpr int skippedBytes = 64;
+
 // What the capture reads from.
 struct CapturePlan
 {
-    std::string display;           // as in DISPLAY
-    Rectangle area;                // even width and height
-    std::optional<int> soundPipe;  // file descriptor that gives s16le stereo; none: no sound
+    std::string display; // as in DISPLAY
+    Rectangle area;      // even width and height
+    std::optional<int>
+        screenPipe;               // gives `skippedBytes`, then yuv420p pictures; none: ffmpeg grabs
+    std::optional<int> soundPipe; // file descriptor that gives s16le stereo; none: no sound
     bool knowsStatsPeriod = false; // whether this ffmpeg has -stats_period (4.4 and later)
 };
 
@@ -45,6 +51,12 @@ Request ReadRequest(const Arguments& arguments);
 
 // Samples a second that the sound is to be read with: the output's -ar, else 48000.
 int SampleRate(const Arguments& arguments);
+
+// Pictures a second of a capture: the output's -r, else the capture's -framerate, else "30".
+std::string FrameRate(const Arguments& arguments);
+
+// Whether the output's pictures are to be yuv420p: only then may they come as such.
+bool WantsYuv420(const Arguments& arguments);
 
 // The same command without the options that current ffmpegs refuse; all else untouched, in order.
 Arguments TranslatePassThrough(const Arguments& arguments);

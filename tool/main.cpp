@@ -17,7 +17,9 @@
 #include "tool/listing.h"
 #include "tool/monitors.h"
 #include "tool/movie.h"
+#include "tool/recording_start.h"
 #include "tool/remembered_devices.h"
+#include "tool/screen_feeder.h"
 #include "tool/sound_devices.h"
 #include "tool/sound_feeder.h"
 #include "tool/torn_input.h"
@@ -127,6 +129,17 @@ int Become(const std::string& ffmpeg, const tool::Arguments& arguments)
     return Complain(ffmpeg + " cannot be run: " + std::strerror(errno), noProgram);
 }
 
+// The pipe of the pictures; nothing where ffmpeg had better grab them itself.
+std::optional<int> StartPictures(const tool::CapturePlan& plan, const tool::Arguments& arguments,
+                                 tool::RecordingStart* start)
+{
+    const auto rate = tool::ParseRate(tool::FrameRate(arguments));
+    if (!rate || !tool::WantsYuv420(arguments)) {
+        return std::nullopt;
+    }
+    return tool::StartScreenFeeder({plan.display, plan.area, *rate, start});
+}
+
 int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
            const tool::Request& request, pid_t recorder)
 {
@@ -158,8 +171,10 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
         tool::StartKeeper(arguments.back());
     }
     tool::HoldEarlyKeys(STDIN_FILENO, arguments.back(), untilFirstPicture);
+    tool::RecordingStart* start = tool::RecordingStart::Make();
+    plan.screenPipe = StartPictures(plan, arguments, start);
     if (!sources->empty()) {
-        const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments)});
+        const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments), start});
         if (pipe < 0) {
             return Complain(std::string("no sound can be read: ") + std::strerror(errno), failed);
         }
