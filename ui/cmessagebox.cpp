@@ -11,7 +11,6 @@ CMessageBox::CMessageBox(QDialog* /*parent*/, Qt::WindowFlags /*flags*/)
 {
     ui.setupUi(this);
     setWindowFlags(Qt::Dialog | Qt::FramelessWindowHint);
-    setPalette(OwnPalette());
     setWindowTitle("Tarvessa Data Tool");
     setWindowIcon(QIcon(":/image/logo.ico"));
     setFixedSize(400, 150);

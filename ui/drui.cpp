@@ -33,9 +33,9 @@ bool DRUI::m_bisFinished = false;
 
 DRUI::DRUI(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags), m_thread(nullptr)
 {
+    UseOwnColours();
     ui.setupUi(this);
     InstallTextCodec("GB2312"); // once more, as at the program's start
-    setPalette(OwnPalette());
     ui.centralWidget->setStyleSheet(window_style);
     setWindowTitle(kProductName);
     FixSize(kWindowSize);

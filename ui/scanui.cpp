@@ -20,7 +20,6 @@ QPointer<QProgressBar> SCANUI::m_progressBar;
 SCANUI::SCANUI(QDialog* parent, Qt::WindowFlags /*flags*/)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint)
 {
-    setPalette(OwnPalette());
     setWindowTitle(kProductName);
     setFixedSize(500, 250);
     resize(500, 250);

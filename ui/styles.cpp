@@ -1,5 +1,8 @@
 #include "ui/styles.h"
 
+#include <QApplication>
+#include <QPalette>
+
 // The grey button's text stands in two forms that differ in white space only, the home page's and
 // everybody else's; both are kept to the letter.
 #define HOME_GAP "\t\t\t\t\t\t\t  "
@@ -53,6 +56,8 @@ const QString slider_style =
     "QSlider::handle:horizontal:disabled{background: #eee;border: 1px solid #aaa;border-radius: "
     "4px;}";
 
+namespace {
+
 QPalette OwnPalette()
 {
     const QColor blue(23, 103, 184); // the window's, dark enough for white text
@@ -73,6 +78,15 @@ QPalette OwnPalette()
         palette.setColor(QPalette::Disabled, role, disabled);
     }
     return palette;
+}
+
+} // namespace
+
+// For the application, not for the window: below a style sheet no widget takes its parent's
+// colours.
+void UseOwnColours()
+{
+    QApplication::setPalette(OwnPalette());
 }
 
 QFont CalibriFont(int points, QFont::Weight weight)

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QFont>
-#include <QPalette>
 #include <QString>
 
 // The style sheets, the colours and the font that the pages and dialogs share.
@@ -15,9 +14,9 @@ extern const QString action_button_style; // blue; no button carries it today
 extern const QString slider_style;        // the cut page's position
 extern const QString backGroud_style;     // the title strip of a dialog
 
-/// The colours of all that no style sheet colours, on light grey. The window and the dialogs are
-/// the same on every desktop: a dark one's white text could not be read on their grey.
-QPalette OwnPalette();
+/// Gives the application colours of its own. Window and dialogs are the same on every desktop: a
+/// dark one's white text could not be read on their grey.
+void UseOwnColours();
 
 /// Calibri (Carlito where that stands in for it) of `points`, normal or bold.
 QFont CalibriFont(int points, QFont::Weight weight = QFont::Normal);
