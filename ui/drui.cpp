@@ -2,6 +2,7 @@
 
 #include "jobs/text_codec.h"
 #include "jobs/tool_runner.h"
+#include "ui/focus_ring.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 #include "ui/tray_stand_in.h"
@@ -32,6 +33,7 @@ bool DRUI::m_bisFinished = false;
 
 DRUI::DRUI(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags), m_thread(nullptr)
 {
+    UseOwnColours();
     ui.setupUi(this);
     InstallTextCodec("GB2312"); // once more, as at the program's start
     ui.centralWidget->setStyleSheet(window_style);
@@ -40,6 +42,7 @@ DRUI::DRUI(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags),
     m_pTrayStandIn = std::make_unique<TrayStandIn>();
     connect(m_pTrayStandIn.get(), SIGNAL(activated(QSystemTrayIcon::ActivationReason)), this,
             SLOT(trayiconActivated(QSystemTrayIcon::ActivationReason)));
+    m_pFocusRing = new FocusRing(this);
     m_strIniPath = QCoreApplication::applicationDirPath() + "/ScreenRecord.ini";
 }
 
@@ -112,6 +115,7 @@ void DRUI::BuildPages()
         m_pStack->addWidget(page);
     }
     m_pStack->setCurrentIndex(0);
+    m_pFocusRing->Watch();
 }
 
 void DRUI::FixSize(const QSize& size)
@@ -143,6 +147,7 @@ QPushButton* DRUI::CreateButton(int kind, int x, QWidget* parent)
     button->setStyleSheet(window_style);
     button->setCursor(Qt::PointingHandCursor);
     button->setAccessibleName(chosen.name);
+    button->setAutoDefault(true);
     connect(button, SIGNAL(clicked()), this, chosen.slot);
 
     const QPixmap picture(chosen.picture);
@@ -161,8 +166,13 @@ void DRUI::CreateFrameTitle(const QString& /*title*/) {}
 QVBoxLayout* DRUI::CreateHeader(QWidget* page, const TitleStripShape& shape)
 {
     QLabel* strip = CreateTitleStrip(page, shape);
+    QPushButton* right = nullptr; // they are made from right to left, and Tab goes as one reads
     for (int kind = 0; kind < 3; ++kind) {
-        CreateButton(kind, width() - 30 - 30 * kind, strip);
+        QPushButton* button = CreateButton(kind, width() - 30 - 30 * kind, strip);
+        if (right != nullptr) {
+            QWidget::setTabOrder(button, right);
+        }
+        right = button;
     }
     auto* header = BareLayout<QVBoxLayout>();
     header->addWidget(strip);

@@ -17,6 +17,7 @@ class QComboBox;
 class QHBoxLayout;
 class QLabel;
 class QLineEdit;
+class FocusRing;
 class QPushButton;
 class QSlider;
 class QStackedLayout;
@@ -194,6 +195,7 @@ private:
     void SetTrayEntry(int position, const QString& text, const QString& image);
     void SetTrayIcon(const QString& image);
     QSystemTrayIcon* m_pTrayIcon = nullptr;
+    FocusRing* m_pFocusRing = nullptr;
     std::unique_ptr<TrayStandIn> m_pTrayStandIn;
 
     // --- the cut and the merge page: video_pages.cpp, rebuild.cpp ---

@@ -69,7 +69,7 @@ QHBoxLayout* DRUI::CreateMergeTables()
         made->setMinimumSize(60, 25);
         made->setFont(CalibriFont(11, QFont::Bold));
         made->setCursor(Qt::PointingHandCursor);
-        ShowDisabledText(made);
+        made->setAutoDefault(true);
         made->setEnabled(false);
         connect(made, SIGNAL(clicked()), this, slot);
         return made;

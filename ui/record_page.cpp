@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QStyledItemDelegate>
 
 QLabel* DRUI::m_pStereoMix = nullptr;
 QComboBox* DRUI::m_pAudioComBox = nullptr;
@@ -67,6 +68,8 @@ void DRUI::AddAudioChoices(QWidget* panel)
     m_pAudioComBox->setGeometry(180, 80, 300, 25);
     m_pAudioComBox->setFont(CalibriFont(12, QFont::Bold));
     m_pAudioComBox->setAccessibleName("Audio");
+    // Drawn as a menu the list would show the chosen entry white on the panel's grey.
+    m_pAudioComBox->setItemDelegate(new QStyledItemDelegate(m_pAudioComBox));
     connect(m_pAudioComBox, SIGNAL(currentIndexChanged(int)), this, SLOT(ComBoxIndexChange(int)));
 
     m_pStereoMix = CreateText(panel, {600, 50, 600, 150}, QString(), CalibriFont(18, QFont::Bold));
