@@ -15,7 +15,7 @@ constexpr double kMostGrowth = 2; // MiB
 // ffmpeg keeps an entry for each picture and packet of sound until the file's index is written.
 constexpr double kMostIndexGrowth = 0.5; // MiB a minute
 constexpr double kMostOffset = 50;       // ms
-constexpr double kEnds = 30;             // seconds at either end that are compared
+constexpr int kEnds = 30;                // seconds at either end that are compared
 
 int Minutes()
 {
