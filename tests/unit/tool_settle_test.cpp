@@ -293,6 +293,8 @@ void ToolSettleTest::whatIsNoMovieInPiecesIsLeftAlone_data()
     QTest::newRow("a thousand edits") << changed("elst", 8, QByteArray::fromHex("000003e8"));
     QTest::newRow("a piece that goes elsewhere") << changed("tfhd", 7, QByteArray(1, '\x01'));
     QTest::newRow("four billion samples") << changed("trun", 8, "\xff\xff\xff\xff");
+    QTest::newRow("four billion samples that tell nothing")
+        << changed("trun", 4, QByteArray::fromHex("00000001ffffffff"));
     QTest::newRow("samples before the file") << changed("trun", 12, "\xff\x00\x00\x00");
     QTest::newRow("time that goes back")
         << changed("tfdt", 8, QByteArray(1, '\0') + QByteArray(7, '\xff'));
