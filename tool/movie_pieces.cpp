@@ -227,19 +227,15 @@ std::optional<uint64_t> WholePart(FrugalFile& file)
     bool inPieces = false;
     bool dataMissing = false;
     while (const auto box = walk.Next()) {
-        if (box->type == pieceTables && !dataMissing) {
+        if (box->type == pieceTables) {
             dataMissing = true;
-            continue;
-        }
-        if (box->type == pieceData && dataMissing) {
-            inPieces = true;
+        } else if (box->type == pieceData) {
+            inPieces = inPieces || dataMissing;
             dataMissing = false;
-        } else if (dataMissing) {
-            break;
         }
-        whole = box->end;
+        whole = dataMissing ? whole : box->end;
     }
-    return inPieces && whole < file.Size() ? std::optional(whole) : std::nullopt;
+    return inPieces && !file.Failed() && whole < file.Size() ? std::optional(whole) : std::nullopt;
 }
 
 } // namespace tool
