@@ -229,12 +229,12 @@ Arguments SoundInput(int pipe, int rate)
             "/dev/fd/" + std::to_string(pipe)};
 }
 
-// One piece a second, and one for the first picture alone: until then there is nothing in the file.
-// The header comes with it, for only then it can tell how sound and picture begin.
+// Two pieces a second, and one for the first picture alone: until then there is nothing in the
+// file. The header comes with it, for only then it can tell how sound and picture begin.
 Arguments Pieces()
 {
     return {"-movflags",         "+frag_keyframe+delay_moov+default_base_moof",
-            "-frag_duration",    "1000000",
+            "-frag_duration",    "500000",
             "-force_key_frames", "expr:eq(n,1)"};
 }
 

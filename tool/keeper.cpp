@@ -14,7 +14,7 @@ namespace tool {
 namespace {
 
 constexpr int parentEnded = SIGUSR1;
-constexpr timespec interval{0, 250000000}; // ffmpeg writes about once a second
+constexpr timespec interval{0, 250000000}; // half as long as a piece
 
 // The recording, held open from when it is first seen: its folder may be moved meanwhile.
 class Recording

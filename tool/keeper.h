@@ -5,10 +5,10 @@
 
 namespace tool {
 
-// Starts it as a child of this process, which is to become ffmpeg. It makes the disk have each piece
-// that ffmpeg has written; when ffmpeg has ended, in whatever way, it makes an ordinary movie of the
-// file, and ends itself. Nobody waits for it. Does nothing when `path` is there already: that is
-// somebody else's file, and ffmpeg asks whether it may be overwritten.
+// Starts it as a child of this process, which is to become ffmpeg. It makes the disk have each
+// piece that ffmpeg has written; when ffmpeg has ended, in whatever way, it makes an ordinary movie
+// of the file, and ends itself. Nobody waits for it. Does nothing when `path` is there already:
+// that is somebody else's file, and ffmpeg asks whether it may be overwritten.
 void StartKeeper(const std::string& path);
 
 } // namespace tool

@@ -1,10 +1,8 @@
 #include "tool/movie_pieces.h"
 
 #include "tool/frugal_file.h"
-#include "tool/one_of.h"
 
 #include <algorithm>
-#include <array>
 
 namespace tool {
 namespace {
@@ -114,8 +112,7 @@ bool PieceReader::ReadDefaults(const Box& movie)
     return !parts.Damaged() && !m_result.tracks.empty();
 }
 
-// Samples without a byte, or more of them than the file has bytes, are in no honest file: that
-// bounds the memory by the file's size.
+// More samples than the file has bytes are in no honest file: that bounds the memory.
 bool PieceReader::ReadRun(Cursor& cursor, TrackPart& part)
 {
     const uint32_t flags = cursor.Take32();
@@ -132,7 +129,7 @@ bool PieceReader::ReadRun(Cursor& cursor, TrackPart& part)
         sample.key = (cursor.TakeIf((flags & 0x400U) != 0, usual) & notKey) == 0;
         sample.shift = static_cast<int32_t>(cursor.TakeIf((flags & 0x800U) != 0, 0));
         if (cursor.Failed() || place > m_file.Size() || sample.size > m_file.Size() - place ||
-            sample.size == 0 || ++m_samples > std::min(mostSamples, m_file.Size())) {
+            ++m_samples > std::min(mostSamples, m_file.Size())) {
             return false; // not written to its end
         }
         part.track->samples.push_back(sample);
@@ -216,11 +213,6 @@ std::optional<PiecedMovie> PieceReader::Read()
 constexpr uint32_t pieceTables = BoxType("moof");
 constexpr uint32_t pieceData = BoxType("mdat");
 
-// What lies beside the pieces.
-constexpr std::array<uint32_t, 7> others = {BoxType("ftyp"), BoxType("moov"), BoxType("mfra"),
-                                            BoxType("sidx"), BoxType("styp"), BoxType("free"),
-                                            BoxType("uuid")};
-
 } // namespace
 
 std::optional<PiecedMovie> ReadPieces(FrugalFile& file)
@@ -235,19 +227,15 @@ std::optional<uint64_t> WholePart(FrugalFile& file)
     bool inPieces = false;
     bool dataMissing = false;
     while (const auto box = walk.Next()) {
-        if (box->type == pieceTables && !dataMissing) {
+        if (box->type == pieceTables) {
             dataMissing = true;
-            continue;
-        }
-        if (box->type == pieceData && dataMissing) {
-            inPieces = true;
+        } else if (box->type == pieceData) {
+            inPieces = inPieces || dataMissing;
             dataMissing = false;
-        } else if (dataMissing || !IsOneOf(others, box->type)) {
-            break;
         }
-        whole = box->end;
+        whole = dataMissing ? whole : box->end;
     }
-    return inPieces && whole < file.Size() ? std::optional(whole) : std::nullopt;
+    return inPieces && !file.Failed() && whole < file.Size() ? std::optional(whole) : std::nullopt;
 }
 
 } // namespace tool

@@ -13,7 +13,7 @@ struct Sample
 {
     uint64_t place = 0; // in the file
     uint64_t time = 0;  // when it is decoded, in the track's ticks
-    uint32_t size = 0;  // bytes, more than 0
+    uint32_t size = 0;  // bytes
     uint32_t duration = 0;
     int32_t shift = 0; // from when it is decoded to when it is shown
     bool key = false;
@@ -45,9 +45,8 @@ struct PiecedMovie
 // a piece that was not written to its end the samples are told that are there.
 std::optional<PiecedMovie> ReadPieces(FrugalFile& file);
 
-// How many bytes of a movie in pieces were written whole, when there is more behind them: the
-// beginning of a piece, or what a file system leaves there after a power cut. Nothing when the file
-// is whole, no movie in pieces, or torn before its first piece ended.
+// How many bytes of a movie in pieces were written whole, when half a piece lies behind them.
+// Nothing when the file is whole, no movie in pieces, or torn before its first piece ended.
 std::optional<uint64_t> WholePart(FrugalFile& file);
 
 } // namespace tool

@@ -61,6 +61,11 @@ if(TARGET tool)
     "${other}:sound alone.mp4" "twentyFilesEndInStep:late sound" firstMovieGivesSizeRateAndSound
     partWithoutSoundIsSilent deletedPartsAreJoinedToTheEnd folderWithABarInItsName missingPartIsTold
     damagedPartIsTold)
+  lumenfold_versions_test(torn_input versions tool_torn_input_test)
+  lumenfold_versions_test(
+    cut_short versions "${PROJECT_SOURCE_DIR}/scripts/virtual-desktop" --no-tray --size 320x200x24
+    $<TARGET_FILE:tool_cut_short_test> quitLeavesAnOrdinaryMovie recorderKilledEndsTheRecording
+    powerCutLosesTwoSeconds fullDiskLeavesWhatHadRoom)
   # ffmpeg 4 counts the lead-in of a cut, which no player shows, in the file's duration; and it cannot
   # drop the pictures by which copied parts overlap, so that these drift by some ms a part.
   lumenfold_versions_test(cut_exactly versions_from_5 tool_cut_test

@@ -257,7 +257,7 @@ void ToolArgumentsTest::moviesAreRecordedInPieces()
     own.insert(own.end() - 1, options.begin(), options.end());
     QCOMPARE(tool::RecordsInPieces(own), inPieces);
     const Arguments result = tool::TranslateCapture(own, Plan(std::nullopt));
-    const auto at = Find(result, {"-frag_duration", "1000000"});
+    const auto at = Find(result, {"-frag_duration", "500000"});
     QCOMPARE(at >= 0, inPieces);
     QVERIFY2(!inPieces || at > Find(result, {"-i"}), "not for the output");
 }

@@ -186,7 +186,7 @@ void ToolCutShortTest::killedAtAnyMomentPlaysUpToTwoSecondsBefore()
         const auto next = [&] {
             for (Kill& kill : kills) {
                 if (kill.due.isForever() && kill.take->HasPicture()) {
-                    kill.due.setRemainingTime(random.bounded(3500));
+                    kill.due.setRemainingTime(random.bounded(3000));
                 }
                 if (kill.moment.shown < 0 && kill.due.hasExpired()) {
                     kill.moment = Now(*kill.take);
@@ -272,7 +272,7 @@ void ToolCutShortTest::fullDiskLeavesWhatHadRoom()
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{40000, before.rlim_max};
+    const rlimit limit{25000, before.rlim_max};
     setrlimit(RLIMIT_FSIZE, &limit);
     Take take(Path("full.mp4"), "0:1");
     QTRY_VERIFY2_WITH_TIMEOUT(take.HasPicture(), take.Text(), 20000);
@@ -282,7 +282,7 @@ void ToolCutShortTest::fullDiskLeavesWhatHadRoom()
     QVERIFY2(take.Text().contains("File too large"), take.Text());
     QVERIFY(take.ExitCode() != 0);
     // The torn piece is taken away.
-    QTRY_VERIFY(QFileInfo(take.Path()).size() < 40000);
+    QTRY_VERIFY(QFileInfo(take.Path()).size() < 25000);
     ExpectUpTo(take.Path(), moment, true);
     QCOMPARE(DecodingErrors(take.Path()), QByteArray());
 }

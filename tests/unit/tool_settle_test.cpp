@@ -293,6 +293,9 @@ void ToolSettleTest::whatIsNoMovieInPiecesIsLeftAlone_data()
     QTest::newRow("a thousand edits") << changed("elst", 8, QByteArray::fromHex("000003e8"));
     QTest::newRow("a piece that goes elsewhere") << changed("tfhd", 7, QByteArray(1, '\x01'));
     QTest::newRow("four billion samples") << changed("trun", 8, "\xff\xff\xff\xff");
+    QByteArray nothing = changed("trun", 4, QByteArray::fromHex("00000001ffffffff"));
+    nothing.replace(nothing.indexOf("tfhd") + 16, 4, QByteArray(4, '\0')); // usual size
+    QTest::newRow("four billion samples of nothing") << nothing;
     QTest::newRow("samples before the file") << changed("trun", 12, "\xff\x00\x00\x00");
     QTest::newRow("time that goes back")
         << changed("tfdt", 8, QByteArray(1, '\0') + QByteArray(7, '\xff'));
@@ -303,8 +306,14 @@ void ToolSettleTest::whatIsNoMovieInPiecesIsLeftAlone()
     QFETCH(QByteArray, content);
     const QString path = Path("odd.mp4");
     QVERIFY(Write(path, content));
+    rusage before{};
+    rusage after{};
+    getrusage(RUSAGE_SELF, &before);
     QVERIFY2(!Settle(path), "it is changed");
+    getrusage(RUSAGE_SELF, &after);
     QCOMPARE(Content(path), content);
+    constexpr long most = 64L << 10; // KiB
+    QVERIFY2(after.ru_maxrss - before.ru_maxrss < most, "it takes a lot of memory");
 }
 
 void ToolSettleTest::fullDiskLeavesTheMovieAsItWas()
