@@ -4,7 +4,6 @@
 #include "tool/picture_pipe.h"
 #include "tool/screen_grabber.h"
 
-#include <algorithm>
 #include <array>
 #include <fcntl.h>
 #include <poll.h>
@@ -41,9 +40,10 @@ public:
 
     void Run()
     {
-        if (!m_pictures.Good() || m_grabber.Grab(Clock::now() + firstPatience) != Outcome::Taken) {
+        if (m_grabber.Grab(Clock::now() + firstPatience) != Outcome::Taken || !Convert()) {
             return;
         }
+        m_pictures.Add(0); // stands in should the server not answer at the start
         if (m_plan.start != nullptr) {
             m_plan.start->NameGrabber();
         }
@@ -54,12 +54,13 @@ public:
         if (m_plan.start != nullptr) {
             m_plan.start->Set(start);
         }
-        Convert(); // lest the first one come late
         const PictureClock clock(m_plan.rate, start);
         int64_t next = 0;
-        while (next >= 0) {
-            std::this_thread::sleep_until(clock.Due(next));
+        while (next >= 0 && m_pictures.Work(clock.Due(next))) {
             next = Fill(clock, next);
+        }
+        // The screen has gone: what it showed is still written.
+        while (m_pictures.HasWork() && m_pictures.Work(Clock::now() + 10ms)) {
         }
     }
 
@@ -85,31 +86,30 @@ private:
         return true;
     }
 
-    void Convert()
+    // False when there is no place for the picture.
+    bool Convert()
     {
-        ConvertToYuv(m_grabber.Picture(), m_pictures.Next(), m_plan.area.width, m_plan.area.height);
+        uint8_t* picture = m_pictures.Blank();
+        if (picture != nullptr) {
+            ConvertToYuv(m_grabber.Picture(), picture, m_plan.area.width, m_plan.area.height);
+        }
+        return picture != nullptr;
     }
 
     // Gives the place that is due its picture, and those before it that were missed the one before.
-    // The next place, or -1 at the end.
+    // The next place, or -1 when the screen has gone.
     int64_t Fill(const PictureClock& clock, int64_t next)
     {
         const int64_t place = clock.PlaceAt(Clock::now(), next);
         const Outcome outcome = m_grabber.Grab(clock.Due(place + 1));
-        const int64_t repeated = place - next + (outcome == Outcome::Waiting ? 1 : 0);
-        for (int64_t i = 0; i < repeated; ++i) {
-            if (!m_pictures.Give()) {
-                return -1;
-            }
-        }
+        m_pictures.Repeat(place - next);
         if (outcome == Outcome::Lost) {
             return -1;
         }
-        if (outcome == Outcome::Taken) {
-            Convert();
-            if (!m_pictures.Give()) {
-                return -1;
-            }
+        if (outcome == Outcome::Taken && Convert()) {
+            m_pictures.Add();
+        } else {
+            m_pictures.Repeat(1);
         }
         return place + 1;
     }
@@ -129,6 +129,7 @@ std::optional<int> StartScreenFeeder(const ScreenFeederPlan& plan)
         return std::nullopt;
     }
     const bool started = StartCompanion(ends[1], [&plan](int pipe) {
+        fcntl(pipe, F_SETFL, O_WRONLY | O_NONBLOCK);
         if (const auto grabber = ScreenGrabber::Open(plan.display, plan.area)) {
             Feeder(plan, *grabber, pipe).Run();
         }
