@@ -17,6 +17,8 @@
 #include <QTableWidget>
 #include <QTimer>
 
+#include <array>
+
 namespace {
 
 constexpr QSize kWindowSize(1000, 600);
@@ -166,14 +168,12 @@ void DRUI::CreateFrameTitle(const QString& /*title*/) {}
 QVBoxLayout* DRUI::CreateHeader(QWidget* page, const TitleStripShape& shape)
 {
     QLabel* strip = CreateTitleStrip(page, shape);
-    QPushButton* right = nullptr; // they are made from right to left, and Tab goes as one reads
+    std::array<QPushButton*, 3> buttons{}; // from right to left; Tab goes as one reads
     for (int kind = 0; kind < 3; ++kind) {
-        QPushButton* button = CreateButton(kind, width() - 30 - 30 * kind, strip);
-        if (right != nullptr) {
-            QWidget::setTabOrder(button, right);
-        }
-        right = button;
+        buttons.at(kind) = CreateButton(kind, width() - 30 - 30 * kind, strip);
     }
+    QWidget::setTabOrder(buttons[2], buttons[1]);
+    QWidget::setTabOrder(buttons[1], buttons[0]);
     auto* header = BareLayout<QVBoxLayout>();
     header->addWidget(strip);
     header->addWidget(CreateSeparator(page, shape.width));

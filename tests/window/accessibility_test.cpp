@@ -2,6 +2,7 @@
 
 #include <QAccessible>
 #include <QAction>
+#include <QComboBox>
 #include <QMenu>
 #include <QSystemTrayIcon>
 
@@ -47,7 +48,7 @@ private Q_SLOTS:
                               << header + QStringList{"The easiest", "Merge your", "Trim your"};
         QTest::newRow("record") << "btnSlot"
                                 << header +
-                                       QStringList{"Audio", "Choose directory", "Back", "Record"};
+                                       QStringList{"None", "Choose directory", "Back", "Record"};
         QTest::newRow("cut") << "btnMontageSlot" << header + QStringList{"Video directory",
                                                                          "Choose directory",
                                                                          "Videos",
@@ -121,7 +122,7 @@ private Q_SLOTS:
         PressKey(table, Qt::Key_Down);
         QCOMPARE(table->currentRow(), 1);
         QCOMPARE(Child<QSlider>("m_pCutSlider")->maximum(), 40);
-        PressKey(table, Qt::Key_Home);
+        PressKey(table, Qt::Key_Up);
         PressKey(table, Qt::Key_Return);
         QCOMPARE(Child<QSlider>("m_pCutSlider")->maximum(), 30);
     }
@@ -143,6 +144,17 @@ private Q_SLOTS:
         }
         QTest::mouseClick(Control("Video directory"), Qt::LeftButton);
         QVERIFY2(!ring->isVisible(), "the ring stays though the mouse is used");
+    }
+
+    // Its own name is what it has chosen; what is chosen there is told by its caption.
+    void theChoiceOfSoundIsNamedByItsCaption()
+    {
+        Enter("btnSlot");
+        QAccessibleInterface* told =
+            QAccessible::queryAccessibleInterface(Child<QComboBox>("m_pAudioComBox"));
+        const auto labels = told->relations(QAccessible::Label);
+        QCOMPARE(labels.size(), 1);
+        QCOMPARE(labels.first().first->text(QAccessible::Name), QString("Audio: "));
     }
 
     void theProgressDialogIsNamed()

@@ -35,7 +35,7 @@ double Luminance(QRgb colour)
 
 double Contrast(QRgb one, QRgb other)
 {
-    const auto [dark, light] = std::minmax(Luminance(one), Luminance(other));
+    const auto [dark, light] = std::minmax({Luminance(one), Luminance(other)});
     return (light + 0.05) / (dark + 0.05);
 }
 
