@@ -17,12 +17,20 @@
 #include <QTableWidget>
 #include <QTimer>
 
-#include <array>
-
 namespace {
 
 constexpr QSize kWindowSize(1000, 600);
 constexpr int kCutPage = 2;
+
+constexpr int kHeaderButtons = 3;
+
+// They are made first of all, from right to left; Tab is to go as one reads.
+void OrderHeaderButtons(const QWidget* page)
+{
+    const auto buttons = page->findChildren<QPushButton*>().first(kHeaderButtons);
+    QWidget::setTabOrder(buttons[2], buttons[1]);
+    QWidget::setTabOrder(buttons[1], buttons[0]);
+}
 
 QSize DesktopSize()
 {
@@ -115,6 +123,7 @@ void DRUI::BuildPages()
     InitLayout4Widget();
     for (QWidget* page : {m_pLayout1Widget, m_pLayout2Widget, m_pLayout3Widget, m_pLayout4Widget}) {
         m_pStack->addWidget(page);
+        OrderHeaderButtons(page);
     }
     m_pStack->setCurrentIndex(0);
     m_pFocusRing->Watch();
@@ -168,12 +177,9 @@ void DRUI::CreateFrameTitle(const QString& /*title*/) {}
 QVBoxLayout* DRUI::CreateHeader(QWidget* page, const TitleStripShape& shape)
 {
     QLabel* strip = CreateTitleStrip(page, shape);
-    std::array<QPushButton*, 3> buttons{}; // from right to left; Tab goes as one reads
-    for (int kind = 0; kind < 3; ++kind) {
-        buttons.at(kind) = CreateButton(kind, width() - 30 - 30 * kind, strip);
+    for (int kind = 0; kind < kHeaderButtons; ++kind) {
+        CreateButton(kind, width() - 30 - 30 * kind, strip);
     }
-    QWidget::setTabOrder(buttons[2], buttons[1]);
-    QWidget::setTabOrder(buttons[1], buttons[0]);
     auto* header = BareLayout<QVBoxLayout>();
     header->addWidget(strip);
     header->addWidget(CreateSeparator(page, shape.width));

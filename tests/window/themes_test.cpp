@@ -1,5 +1,6 @@
 #include "tests/window/job_tool.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QPalette>
 
@@ -65,6 +66,9 @@ QRect TextPlace(const QWidget* widget)
     const QRect all(widget->mapTo(widget->window(), QPoint()), widget->size());
     if (qobject_cast<const QLabel*>(widget) != nullptr) {
         return all & widget->window()->rect();
+    }
+    if (qobject_cast<const QComboBox*>(widget) != nullptr) {
+        return all.adjusted(4, 5, -all.width() / 2, -5);
     }
     return all.adjusted(all.width() / 3, 6, -all.width() / 6, -6);
 }
@@ -137,6 +141,24 @@ private Q_SLOTS:
         progress.QDialog::setVisible(true);
         ExpectReadable(&progress);
         progress.hide();
+    }
+
+    void choicesOfSoundCanBeRead()
+    {
+        QApplication::setPalette(DarkColours());
+        Enter("btnSlot");
+        auto* combo = Child<QComboBox>("m_pAudioComBox");
+        combo->addItem("Microphone");
+        combo->showPopup();
+        QTRY_VERIFY(combo->view()->isVisible());
+        const QImage picture = combo->view()->viewport()->grab().toImage();
+        for (int row = 0; row < 2; ++row) {
+            const QRect place = combo->view()->visualRect(combo->model()->index(row, 0));
+            const double contrast = TextContrast(picture, place.adjusted(2, 3, -4, -3));
+            QVERIFY2(contrast >= kReadable,
+                     qPrintable(combo->itemText(row) + QString(": contrast %1").arg(contrast)));
+        }
+        combo->hidePopup();
     }
 
     void chosenRowsCanBeRead()
