@@ -22,6 +22,16 @@ namespace {
 constexpr QSize kWindowSize(1000, 600);
 constexpr int kCutPage = 2;
 
+constexpr int kHeaderButtons = 3;
+
+// They are made first of all, from right to left; Tab is to go as one reads.
+void OrderHeaderButtons(const QWidget* page)
+{
+    const auto buttons = page->findChildren<QPushButton*>().first(kHeaderButtons);
+    QWidget::setTabOrder(buttons[2], buttons[1]);
+    QWidget::setTabOrder(buttons[1], buttons[0]);
+}
+
 QSize DesktopSize()
 {
     return QGuiApplication::primaryScreen()->geometry().size();
@@ -113,6 +123,7 @@ void DRUI::BuildPages()
     InitLayout4Widget();
     for (QWidget* page : {m_pLayout1Widget, m_pLayout2Widget, m_pLayout3Widget, m_pLayout4Widget}) {
         m_pStack->addWidget(page);
+        OrderHeaderButtons(page);
     }
     m_pStack->setCurrentIndex(0);
     m_pFocusRing->Watch();
@@ -166,13 +177,8 @@ void DRUI::CreateFrameTitle(const QString& /*title*/) {}
 QVBoxLayout* DRUI::CreateHeader(QWidget* page, const TitleStripShape& shape)
 {
     QLabel* strip = CreateTitleStrip(page, shape);
-    QPushButton* right = nullptr; // they are made from right to left, and Tab goes as one reads
-    for (int kind = 0; kind < 3; ++kind) {
-        QPushButton* button = CreateButton(kind, width() - 30 - 30 * kind, strip);
-        if (right != nullptr) {
-            QWidget::setTabOrder(button, right);
-        }
-        right = button;
+    for (int kind = 0; kind < kHeaderButtons; ++kind) {
+        CreateButton(kind, width() - 30 - 30 * kind, strip);
     }
     auto* header = BareLayout<QVBoxLayout>();
     header->addWidget(strip);

@@ -10,10 +10,15 @@ constexpr int kWidth = 4; // outer half white, inner half blue: one of them show
 // Of all windows: a dialog that a key opened shows at once which button Enter presses.
 bool lastInputWasKey = false;
 
-bool GivenByKey(Qt::FocusReason reason)
+// A reason that is neither, as with a window that comes to the front, tells nothing.
+void Judge(Qt::FocusReason reason)
 {
-    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
-           reason == Qt::ShortcutFocusReason;
+    if (reason == Qt::MouseFocusReason) {
+        lastInputWasKey = false;
+    } else if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+               reason == Qt::ShortcutFocusReason) {
+        lastInputWasKey = true;
+    }
 }
 
 } // namespace
@@ -40,7 +45,7 @@ bool FocusRing::eventFilter(QObject* watched, QEvent* event)
     auto* control = static_cast<QWidget*>(watched);
     switch (event->type()) {
     case QEvent::FocusIn:
-        lastInputWasKey = lastInputWasKey || GivenByKey(static_cast<QFocusEvent*>(event)->reason());
+        Judge(static_cast<QFocusEvent*>(event)->reason());
         if (lastInputWasKey) {
             ShowAround(control);
         }

@@ -46,10 +46,13 @@ QWidget* DRUI::CreateRecordPanel()
     panel->setStyleSheet(panel_style);
     panel->setMinimumSize(300, 320);
 
-    CreateText(panel, {50, 80, 120, 25}, "Audio: ", font);
+    // A screen reader takes the captions for the names of what they stand before.
+    QLabel* audio = CreateText(panel, {50, 80, 120, 25}, "Audio: ", font);
     AddAudioChoices(panel);
-    CreateText(panel, {50, 120, 120, 25}, "Save directory: ", font);
+    audio->setBuddy(m_pAudioComBox);
+    QLabel* directory = CreateText(panel, {50, 120, 120, 25}, "Save directory: ", font);
     AddSaveDirectory(panel);
+    directory->setBuddy(m_pSaveDirEdit);
     CreateText(panel, {50, 170, 200, 25}, "Free space: ", font);
     m_pFreeSpaceLabel = CreateText(panel, {220, 170, 100, 25}, "Unknow", font);
     m_pFreeSpaceLabel->setObjectName("m_pFreeSpaceLabel");

@@ -28,3 +28,9 @@ lumenfold_test(
   LIBRARIES Qt6::Core
   DEFINITIONS "LUMENFOLD_HELP_DIR=\"${LUMENFOLD_BIN_DIR}/help\"")
 add_dependencies(help_pages_test lumenfold_help)
+lumenfold_test(
+  help_browser_test window
+  SOURCES help_browser_test.cpp
+  LIBRARIES Qt6::Core
+  DEFINITIONS "LUMENFOLD_HELP_DIR=\"${LUMENFOLD_BIN_DIR}/help\"")
+add_dependencies(help_browser_test lumenfold_help)
