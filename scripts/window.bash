@@ -4,7 +4,17 @@
 
 title='^Lumenfold Screen Recorder$'
 started=()
-trap 'kill "${started[@]}" 2>/dev/null || true' EXIT
+trap EndStarted EXIT
+
+# Each by its own number. ffplay may hang when its window and its sound go away at once.
+EndStarted() {
+    local process
+    kill "${started[@]}" 2>/dev/null || true
+    for process in "${started[@]}"; do
+        HasEnded() { ! kill -0 "$process"; }
+        WaitFor 3 HasEnded || kill -KILL "$process" 2>/dev/null || true
+    done
+}
 
 Window() { xdotool search --onlyvisible --name "$title"; }
 WindowIsHidden() { ! Window; }
