@@ -57,7 +57,7 @@ InstallPackages() {
 InstallHomebrew() {
     command -v brew >/dev/null || Fail "Homebrew is needed: https://brew.sh"
     local formula missing=()
-    for formula in qt cmake ninja ffmpeg; do
+    for formula in qt cmake ninja ffmpeg librsvg; do
         brew list --versions "$formula" >/dev/null || missing+=("$formula")
     done
     if [[ ${#missing[@]} -gt 0 ]]; then
@@ -87,7 +87,7 @@ BuildPreset() {
     ) || return
     if [[ $(uname) == Darwin ]]; then
         # There ffmpeg captures by itself, and `tool` is nothing but another name of it.
-        ln -sf "$(command -v ffmpeg)" "$folder/bin/tool"
+        ln -sf "$(command -v ffmpeg)" "$folder/bin/lumenfold-recorder.app/Contents/MacOS/tool"
     fi
 }
 
