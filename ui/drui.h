@@ -4,6 +4,8 @@
 #include "jobs/job_thread.h"
 #include "ui_drui.h"
 
+#include <QHash>
+#include <QIcon>
 #include <QMainWindow>
 #include <QProcess>
 #include <QSystemTrayIcon>
@@ -194,6 +196,7 @@ private:
     void SetTrayEntry(int position, const QString& text, const QString& image);
     void SetTrayIcon(const QString& image);
     QSystemTrayIcon* m_pTrayIcon = nullptr;
+    QHash<QString, QIcon> m_trayIcons; // by image
     std::unique_ptr<TrayStandIn> m_pTrayStandIn;
 
     // --- the cut and the merge page: video_pages.cpp, rebuild.cpp ---
