@@ -38,12 +38,12 @@ constexpr int skippedBytes = 64;
 // What the capture reads from.
 struct CapturePlan
 {
-    std::string display; // as in DISPLAY
-    Rectangle area;      // even width and height
-    std::optional<int>
-        screenPipe;               // gives `skippedBytes`, then yuv420p pictures; none: ffmpeg grabs
-    std::optional<int> soundPipe; // file descriptor that gives s16le stereo; none: no sound
+    std::string display;           // as in DISPLAY
+    Rectangle area;                // even width and height
+    std::optional<int> soundPipe;  // file descriptor that gives s16le stereo; none: no sound
     bool knowsStatsPeriod = false; // whether this ffmpeg has -stats_period (4.4 and later)
+    // Gives `skippedBytes`, then yuv420p pictures; none: ffmpeg grabs the screen itself.
+    std::optional<int> screenPipe = std::nullopt;
 };
 
 // Tells which of the four kinds of command this is.

@@ -6,6 +6,12 @@ if(TARGET tool)
   lumenfold_test(tool_listing_test unit SOURCES tool_listing_test.cpp LIBRARIES lumenfold_tool_core)
   lumenfold_test(tool_sound_track_test unit SOURCES tool_sound_track_test.cpp LIBRARIES
                  lumenfold_tool_core)
+  lumenfold_test(tool_picture_clock_test unit SOURCES tool_picture_clock_test.cpp LIBRARIES
+                 lumenfold_tool_core)
+  lumenfold_test(tool_picture_pipe_test unit SOURCES tool_picture_pipe_test.cpp LIBRARIES
+                 lumenfold_tool_core)
+  lumenfold_test(tool_screen_picture_test unit SOURCES tool_screen_picture_test.cpp tool_movies.cpp
+                 LIBRARIES lumenfold_tool_core)
   lumenfold_test(tool_ffmpeg_program_test unit SOURCES tool_ffmpeg_program_test.cpp LIBRARIES
                  lumenfold_tool_core)
   lumenfold_test(

@@ -78,6 +78,8 @@ private slots:
     void removedOptionsAreRenamed();
     void inputNamesAreNeverRenamed();
     void silentRecordingOpensTheScreenOnly();
+    void picturesFromAPipeAreTakenAsTheyCome();
+    void onlyPicturesOfTheUsualColoursMayBeConverted();
     void soundFollowsTheScreen();
     void secondInputAddsNoSecondScreen();
     void syncOptionBecomesAFilter();
@@ -183,6 +185,26 @@ void ToolArgumentsTest::silentRecordingOpensTheScreenOnly()
         QVERIFY2(Has(result, kept), qPrintable(Shown(kept)));
     }
     QCOMPARE(result.back(), outputOptions.back());
+}
+
+void ToolArgumentsTest::picturesFromAPipeAreTakenAsTheyCome()
+{
+    CapturePlan plan = Plan(7);
+    plan.screenPipe = 5;
+    const Arguments result = tool::TranslateCapture(oneSound, plan);
+    QVERIFY2(Has(result, {"-f", "rawvideo", "-pixel_format", "yuv420p", "-video_size", "1280x800",
+                          "-framerate", "29.97", "-skip_initial_bytes", "64", "-i", "/dev/fd/5"}),
+             qPrintable(Shown(result)));
+    QVERIFY(Find(result, {"-i", "/dev/fd/7"}) > Find(result, {"-i", "/dev/fd/5"}));
+    QVERIFY2(!Has(result, {"-vf"}) && !Has(result, {"x11grab"}), qPrintable(Shown(result)));
+}
+
+void ToolArgumentsTest::onlyPicturesOfTheUsualColoursMayBeConverted()
+{
+    QVERIFY(tool::WantsYuv420(silent));
+    QVERIFY(!tool::WantsYuv420({"-f", "avfoundation", "-i", "0", "o.mp4"}));
+    QVERIFY(!tool::WantsYuv420({"-f", "avfoundation", "-i", "0", "-pix_fmt", "yuv444p", "o.mp4"}));
+    QCOMPARE(tool::FrameRate(silent), std::string("29.97"));
 }
 
 void ToolArgumentsTest::soundFollowsTheScreen()
