@@ -151,9 +151,12 @@ private Q_SLOTS:
         combo->addItem("Microphone");
         combo->showPopup();
         QTRY_VERIFY(combo->view()->isVisible());
-        const QImage picture = combo->view()->viewport()->grab().toImage();
+        QWidget* list = combo->view()->viewport();
+        const QImage picture = list->window()->grab().toImage();
         for (int row = 0; row < 2; ++row) {
-            const QRect place = combo->view()->visualRect(combo->model()->index(row, 0));
+            const QRect place = combo->view()
+                                    ->visualRect(combo->model()->index(row, 0))
+                                    .translated(list->mapTo(list->window(), QPoint()));
             const double contrast = TextContrast(picture, place.adjusted(2, 3, -4, -3));
             QVERIFY2(contrast >= kReadable,
                      qPrintable(combo->itemText(row) + QString(": contrast %1").arg(contrast)));
