@@ -209,10 +209,6 @@ std::optional<PiecedMovie> PieceReader::Read()
     return inPieces && !m_file.Failed() ? std::optional(std::move(m_result)) : std::nullopt;
 }
 
-// A piece is one of each, in this order.
-constexpr uint32_t pieceTables = BoxType("moof");
-constexpr uint32_t pieceData = BoxType("mdat");
-
 } // namespace
 
 std::optional<PiecedMovie> ReadPieces(FrugalFile& file)
@@ -227,9 +223,9 @@ std::optional<uint64_t> WholePart(FrugalFile& file)
     bool inPieces = false;
     bool dataMissing = false;
     while (const auto box = walk.Next()) {
-        if (box->type == pieceTables) {
+        if (box->type == BoxType("moof")) {
             dataMissing = true;
-        } else if (box->type == pieceData) {
+        } else if (box->type == BoxType("mdat")) {
             inPieces = inPieces || dataMissing;
             dataMissing = false;
         }

@@ -25,6 +25,7 @@ private slots:
     void settledMovieIsTheOrdinaryOne_data();
     void settledMovieIsTheOrdinaryOne();
     void settledMovieIsReadWithoutFfmpeg();
+    void movieHalfSettledPlaysAsBefore();
     void movieCutShortAnywherePlaysUpToThere();
     void movieAboveFourGibibytes();
     void whatIsNoMovieInPiecesIsLeftAlone_data();
@@ -198,6 +199,31 @@ void ToolSettleTest::settledMovieIsReadWithoutFfmpeg()
     QVERIFY2(text, "only ffmpeg reads it");
     const Outcome asked = RunProgram("ffmpeg", {"-hide_banner", "-i", path});
     QCOMPARE(DurationLine(QByteArray::fromStdString(*text)), DurationLine(asked.error));
+}
+
+// As a crash in between leaves it: with a part of the index, and with all of it but no other
+// header.
+void ToolSettleTest::movieHalfSettledPlaysAsBefore()
+{
+    const QString path = Path("half settled.mp4");
+    const QString source = InPieces("recorded.mp4");
+    const QByteArray pieces = Content(source);
+    QVERIFY(QFile::copy(source, path) && Settle(path));
+    const QByteArray settled = Content(path);
+    QVERIFY2(settled.size() > pieces.size() + 1000, "the index is not behind the pieces");
+    for (const qsizetype size : {pieces.size() + 4, pieces.size() + 700, settled.size()}) {
+        QVERIFY(Write(path, pieces + settled.mid(pieces.size(), size - pieces.size())));
+        const Outcome decoded = Decoded(path);
+        QCOMPARE(decoded.error, QByteArray());
+        QCOMPARE(decoded.output, Decoded(source).output);
+    }
+    // Nothing but the header was changed.
+    qsizetype first = 0;
+    while (settled[first] == pieces[first]) {
+        ++first;
+    }
+    QVERIFY2(settled.mid(first + 16, pieces.size() - first - 16) == pieces.mid(first + 16),
+             "the data was changed");
 }
 
 // At each end of a box, beside it, and anywhere.
