@@ -2,6 +2,12 @@
 # makes build/DIR/package/lumenfold-recorder-VERSION-linux-MACHINE.tar.gz.
 find_program(LUMENFOLD_PACKAGE_FFMPEG ffmpeg DOC "The ffmpeg to pack; OFF packs none")
 
+set(LUMENFOLD_FFMPEG_NOTE "All else lies in this folder,\nffmpeg included.")
+if(NOT LUMENFOLD_PACKAGE_FFMPEG)
+  set(LUMENFOLD_FFMPEG_NOTE "It also needs ffmpeg\n(5.1 or newer, with libx264), installed or put beside the program; all else lies in this folder.")
+  set(LUMENFOLD_PACKAGE_FFMPEG OFF)
+endif()
+
 # One search path for a program and all it loads: found before anything in the environment, and inherited
 # by libraries, so that they can be packed as they are.
 foreach(program lumenfold-recorder tool)
