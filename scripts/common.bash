@@ -51,6 +51,7 @@ InstallPackages() {
     AsRoot apt-get update -q
     AsRoot env DEBIAN_FRONTEND=noninteractive \
         apt-get install -q -y --no-install-recommends "${missing[@]}"
+    installed_something=1
 }
 
 # Written without a Mac at hand, never run.
@@ -68,15 +69,15 @@ InstallHomebrew() {
     export CMAKE_PREFIX_PATH
 }
 
-# BuildPreset PRESET [TARGET...]: configures where that was not done yet, and builds into
-# build/PRESET. Ninja configures again by itself when a CMake file changed.
+# BuildPreset PRESET [TARGET...]: configures where that was not done yet or may now find more, and builds
+# into build/PRESET. Ninja configures again by itself when a CMake file changed.
 BuildPreset() {
     local preset=$1
     local folder=$project/build/$preset
     shift
     (
         cd "$project" || exit
-        if [[ ! -f $folder/build.ninja ]]; then
+        if [[ ! -f $folder/build.ninja || -n ${installed_something-} ]]; then
             mkdir -p "$project/build"
             cmake --preset "$preset" >"$folder.log" 2>&1 || {
                 cat "$folder.log"

@@ -2,6 +2,12 @@
 # makes build/DIR/package/lumenfold-recorder-VERSION-linux-MACHINE.tar.gz.
 find_program(LUMENFOLD_PACKAGE_FFMPEG ffmpeg DOC "The ffmpeg to pack; OFF packs none")
 
+set(LUMENFOLD_FFMPEG_NOTE "All else lies in this folder,\nffmpeg included.")
+if(NOT LUMENFOLD_PACKAGE_FFMPEG)
+  set(LUMENFOLD_FFMPEG_NOTE "It also needs ffmpeg\n(5.1 or newer, with libx264), installed or put beside the program; all else lies in this folder.")
+  set(LUMENFOLD_PACKAGE_FFMPEG OFF)
+endif()
+
 # One search path for a program and all it loads: found before anything in the environment, and inherited
 # by libraries, so that they can be packed as they are.
 foreach(program lumenfold-recorder tool)
@@ -51,4 +57,5 @@ set(CPACK_PACKAGE_FILE_NAME "lumenfold-recorder-${PROJECT_VERSION}-${system}-${C
 set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/package")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
+set(LUMENFOLD_ARCHIVE "${CPACK_PACKAGE_DIRECTORY}/${CPACK_PACKAGE_FILE_NAME}.tar.gz")
 include(CPack)
