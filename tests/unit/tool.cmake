@@ -20,14 +20,15 @@ if(TARGET tool)
   add_dependencies(tool_recording_test tool)
   add_test(NAME tool_recording_test COMMAND "${PROJECT_SOURCE_DIR}/scripts/virtual-desktop" --no-tray
                                             $<TARGET_FILE:tool_recording_test>)
-  set_tests_properties(tool_recording_test PROPERTIES LABELS desktop TIMEOUT 300)
+  # "sanitized": with the sanitizers too, as the one test that has `tool` record.
+  set_tests_properties(tool_recording_test PROPERTIES LABELS "desktop;sanitized" TIMEOUT 300)
   # With the real ffmpeg.
   foreach(test tool_probe_test tool_join_test tool_cut_test tool_merge_test)
     lumenfold_test(${test} unit SOURCES ${test}.cpp tool_movies.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
                    TOOL_PROGRAM="$<TARGET_FILE:tool>")
     add_dependencies(${test} tool)
   endforeach()
-  # A minute or two of encoding, nothing that sanitizers would see: it all happens in ffmpeg.
+  # A minute or two of encoding.
   set_tests_properties(tool_cut_test tool_merge_test PROPERTIES LABELS media TIMEOUT 900
                                                                         RESOURCE_LOCK encoder)
 endif()
