@@ -97,6 +97,7 @@ void CheckCapture(const Arguments& arguments, const std::optional<int>& soundPip
     }
     for (size_t i = 0; i + 1 < capture.size(); ++i) {
         Require(capture[i] != "-i" || capture[i + 1] != arguments.back() ||
+                    !EndsInOutput(arguments) ||
                     std::count(arguments.begin(), arguments.end(), capture[i + 1]) > 1 ||
                     plan.display == arguments.back() || arguments.back() == "/dev/fd/7",
                 "the output is not read");
