@@ -84,7 +84,7 @@ bool EndsInOutput(const Arguments& arguments)
 {
     static const std::set<std::string> rebuilt = {"-i",        "-async", "-vf",
                                                   "-filter:v", "-af",    "-filter:a"};
-    return arguments.size() < 2 || !rebuilt.contains(arguments.end()[-2]);
+    return arguments.size() < 2 || !rebuilt.contains(arguments[arguments.size() - 2]);
 }
 
 void CheckCapture(const Arguments& arguments, const std::optional<int>& soundPipe)
@@ -97,6 +97,7 @@ void CheckCapture(const Arguments& arguments, const std::optional<int>& soundPip
     }
     for (size_t i = 0; i + 1 < capture.size(); ++i) {
         Require(capture[i] != "-i" || capture[i + 1] != arguments.back() ||
+                    !EndsInOutput(arguments) ||
                     std::count(arguments.begin(), arguments.end(), capture[i + 1]) > 1 ||
                     plan.display == arguments.back() || arguments.back() == "/dev/fd/7",
                 "the output is not read");
@@ -215,7 +216,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         CheckRequest(arguments);
     }
     CheckJobs(arguments);
-    CheckOwnCommands(QString::fromUtf8(reinterpret_cast<const char*>(data), qsizetype(size)),
-                     static_cast<qint64>(size * size * size), static_cast<qint64>(size + 1));
+    const auto number = static_cast<qint64>(size);
+    CheckOwnCommands(QString::fromUtf8(reinterpret_cast<const char*>(data), number),
+                     number * number * number, number + 1);
     return 0;
 }

@@ -68,10 +68,11 @@ void CheckDescriptions(const std::string& text)
     }
     const tool::Arguments arguments = tool::EncodingJoin(join, parts);
     Require(arguments.back() == join.destination, "the output stays last");
-    const auto graph = std::find(arguments.begin(), arguments.end(), "-filter_complex");
-    Require(graph != arguments.end() &&
-                std::count((graph + 1)->begin(), (graph + 1)->end(), '[') ==
-                    std::count((graph + 1)->begin(), (graph + 1)->end(), ']'),
+    const auto option = std::find(arguments.begin(), arguments.end(), "-filter_complex");
+    Require(option != arguments.end(), "there is a graph");
+    const std::string& graph = *std::next(option);
+    Require(std::count(graph.begin(), graph.end(), '[') ==
+                std::count(graph.begin(), graph.end(), ']'),
             "every label in the graph is closed");
 }
 

@@ -32,6 +32,8 @@ if(TARGET tool)
     set_tests_properties(${name} PROPERTIES LABELS desktop TIMEOUT 300)
   endfunction()
   lumenfold_screen_test(tool_recording_test --no-tray)
+  # "sanitized": with the sanitizers too, as the one test that has `tool` record.
+  set_tests_properties(tool_recording_test PROPERTIES LABELS "desktop;sanitized")
   # On a screen that is small, for there are many recordings of it.
   lumenfold_screen_test(tool_cut_short_test --no-tray --size 320x200x24)
   set_tests_properties(tool_cut_short_test PROPERTIES RESOURCE_LOCK encoder)
@@ -42,7 +44,7 @@ if(TARGET tool)
                    TOOL_PROGRAM="$<TARGET_FILE:tool>")
     add_dependencies(${test} tool)
   endforeach()
-  # A minute or two of encoding, nothing that sanitizers would see: it all happens in ffmpeg.
+  # A minute or two of encoding.
   set_tests_properties(tool_cut_test tool_merge_test PROPERTIES LABELS media TIMEOUT 900
                                                                         RESOURCE_LOCK encoder)
 endif()
