@@ -15,7 +15,7 @@ Arguments WithoutTornEnds(Arguments arguments)
         std::string& input = arguments[++i];
         FrugalFile file(input, allowance);
         if (const auto whole = WholePart(file)) {
-            input = "subfile,,start,0,end," + std::to_string(*whole) + ",,:" + input;
+            input.insert(0, "subfile,,start,0,end," + std::to_string(*whole) + ",,:");
         }
     }
     return arguments;

@@ -91,6 +91,7 @@ private slots:
     void killedAtAnyMomentPlaysUpToTwoSecondsBefore();
     void recorderKilledEndsTheRecording();
     void sessionEndedEndsTheRecording();
+    void movieThatIsThereAlreadyIsLeftAlone();
     void powerCutLosesTwoSeconds();
     void fullDiskLeavesWhatHadRoom();
     void volumeFilledByAnotherProgramLeavesWhatHadRoom();
@@ -166,7 +167,7 @@ void ToolCutShortTest::killedAtAnyMomentPlaysUpToTwoSecondsBefore()
     std::printf("seed %u\n", seed);
     QRandomGenerator random(seed);
     constexpr int rounds = 5;
-    constexpr int atOnce = 10;
+    constexpr size_t atOnce = 10;
     struct Kill
     {
         std::unique_ptr<Take> take;
@@ -177,11 +178,12 @@ void ToolCutShortTest::killedAtAnyMomentPlaysUpToTwoSecondsBefore()
     };
     for (int round = 0; round < rounds; ++round) {
         std::vector<Kill> kills(atOnce);
-        for (int i = 0; i < atOnce; ++i) {
-            kills[i].sound = i % 2 == 1;
-            kills[i].everything = i / 2 % 2 == 1;
-            kills[i].take = std::make_unique<Take>(Path(QString("%1 %2.mp4").arg(round).arg(i)),
-                                                   kills[i].sound ? "0:1" : "0");
+        for (size_t i = 0; i < atOnce; ++i) {
+            Kill& kill = kills[i];
+            kill.sound = i % 2 == 1;
+            kill.everything = i / 2 % 2 == 1;
+            kill.take = std::make_unique<Take>(Path(QString("%1 %2.mp4").arg(round).arg(i)),
+                                               kill.sound ? "0:1" : "0");
         }
         const auto next = [&] {
             for (Kill& kill : kills) {
@@ -234,6 +236,33 @@ void ToolCutShortTest::sessionEndedEndsTheRecording()
     take.EndAll(SIGTERM);
     QTRY_VERIFY2(IsOrdinary(take.Path()), "it records on");
     ExpectUpTo(take.Path(), moment, true, 1);
+}
+
+// ffmpeg asks whether it may be overwritten, and is told that it may not.
+void ToolCutShortTest::movieThatIsThereAlreadyIsLeftAlone()
+{
+    const QString path = Path("there already.mp4");
+    {
+        Take take(path, "0");
+        RecordFor(take, 1000);
+        take.EndAll(SIGKILL);
+        QVERIFY(take.WaitForEnd());
+    }
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray content = file.readAll();
+    QVERIFY(!IsOrdinary(path));
+    Take take(path, "0");
+    take.Type("n\n");
+    QVERIFY2(take.WaitForEnd() && take.ExitCode() != 0, take.Text());
+    QVERIFY2(take.Text().contains("verwriting - exiting"), take.Text());
+    const QDeadlineTimer end(300);
+    while (!end.hasExpired()) {
+        QVERIFY2(!IsOrdinary(path), "somebody else's movie was changed");
+        QTest::qWait(20);
+    }
+    file.seek(0);
+    QVERIFY(file.readAll() == content);
 }
 
 // What the disk is known to have, and nothing else, at every moment of the recording.

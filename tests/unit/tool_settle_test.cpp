@@ -87,11 +87,11 @@ bool Settle(const QString& path)
 // The times, lengths, kinds and contents of all packets, and what is told of the streams.
 QByteArray Packets(const QString& path)
 {
-    const Outcome outcome = RunProgram(
-        "ffprobe", {"-v", "error", "-show_data_hash", "md5", "-show_entries",
-                    "packet=stream_index,pts,dts,duration,size,flags,data_hash:stream=codec_name,"
-                    "start_pts,duration_ts,nb_frames,width,height,sample_rate:format=duration",
-                    "-of", "compact", path});
+    const QString shown = "packet=stream_index,pts,dts,duration,size,flags,data_hash:stream=codec_"
+                          "name,start_pts,duration_ts,nb_frames,width,height,sample_rate:format="
+                          "duration";
+    const Outcome outcome = RunProgram("ffprobe", {"-v", "error", "-show_data_hash", "md5",
+                                                   "-show_entries", shown, "-of", "compact", path});
     QList<QByteArray> lines = outcome.output.split('\n');
     std::sort(lines.begin(), lines.end()); // the streams lie differently between each other
     return lines.join('\n') + outcome.error;
