@@ -16,8 +16,9 @@ constexpr double kMostGrowth = 2; // MiB
 constexpr double kMostIndexGrowth = 0.5; // MiB a minute
 // Its queue for the screen fills whenever it falls behind, and is kept: 90 pictures.
 constexpr double kQueue = 90.0 * 1280 * 800 * 4 / 1048576; // MiB
-// From the click to the first picture, and from the last one to the end, where others compute too.
-constexpr double kStartAndEnd = 3; // seconds
+// From the click to the first picture, and what waits in ffmpeg's queue when it is told to quit: up
+// to 3 s, and nothing on a machine that keeps up.
+constexpr double kStartAndEnd = 6; // seconds
 constexpr double kMostOffset = 50; // ms
 constexpr int kEnds = 30;          // seconds at either end that are compared
 
