@@ -36,7 +36,7 @@ namespace {
 constexpr int failed = 1;
 constexpr int noProgram = 127;
 constexpr std::chrono::milliseconds soundPatience{1500};
-constexpr std::chrono::seconds untilFirstPicture{10}; // measured: 130 ms
+constexpr std::chrono::seconds untilFirstPicture{20}; // measured: 130 ms
 
 int Complain(const std::string& sentence, int code)
 {
