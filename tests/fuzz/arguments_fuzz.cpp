@@ -71,7 +71,17 @@ bool MayBeNew(const std::string& word, const std::set<std::string>& known)
                                               "59",
                                               "-flush_packets",
                                               "-bsf:v",
-                                              "-bsf:a"};
+                                              "-bsf:a",
+                                              "rawvideo",
+                                              "-pixel_format",
+                                              "yuv420p",
+                                              "-skip_initial_bytes",
+                                              "/dev/fd/9",
+                                              "-movflags",
+                                              "+frag_keyframe+delay_moov+default_base_moof",
+                                              "-frag_duration",
+                                              "-force_key_frames",
+                                              "expr:eq(n,1)"};
     const bool composed = word.starts_with("setpts=") || word.starts_with("aresample=async=");
     const bool number =
         std::all_of(word.begin(), word.end(), [](char c) { return c >= '0' && c <= '9'; });
@@ -87,9 +97,10 @@ bool EndsInOutput(const Arguments& arguments)
     return arguments.size() < 2 || !rebuilt.contains(arguments[arguments.size() - 2]);
 }
 
-void CheckCapture(const Arguments& arguments, const std::optional<int>& soundPipe)
+void CheckCapture(const Arguments& arguments, const std::optional<int>& screenPipe,
+                  const std::optional<int>& soundPipe)
 {
-    const tool::CapturePlan plan{":4", {100, 20, 1280, 800}, soundPipe, true};
+    const tool::CapturePlan plan{":4", {100, 20, 1280, 800}, soundPipe, true, screenPipe};
     const Arguments capture = tool::TranslateCapture(arguments, plan);
     const std::set<std::string> known(arguments.begin(), arguments.end());
     for (const std::string& word : capture) {
@@ -99,11 +110,12 @@ void CheckCapture(const Arguments& arguments, const std::optional<int>& soundPip
         Require(capture[i] != "-i" || capture[i + 1] != arguments.back() ||
                     !EndsInOutput(arguments) ||
                     std::count(arguments.begin(), arguments.end(), capture[i + 1]) > 1 ||
-                    plan.display == arguments.back() || arguments.back() == "/dev/fd/7",
+                    plan.display == arguments.back() || arguments.back().starts_with("/dev/fd/"),
                 "the output is not read");
     }
-    const auto grabs = std::search_n(capture.begin(), capture.end(), 1, "x11grab");
-    Require(grabs != capture.end(), "the screen is grabbed");
+    const char* format = screenPipe ? "rawvideo" : "x11grab";
+    Require(std::find(capture.begin(), capture.end(), format) != capture.end(),
+            "the screen is recorded");
     Require(!EndsInOutput(arguments) || capture.back() == arguments.back() ||
                 IsRenaming(arguments.back(), capture.back()),
             "the output stays last: " + capture.back());
@@ -122,8 +134,9 @@ void CheckRequest(const Arguments& arguments)
     const int rate = tool::SampleRate(arguments);
     Require(rate >= 8000 && rate <= 192000, "a sample rate is sensible");
     if (request.kind == tool::RequestKind::Capture && arguments.back() != *(arguments.end() - 2)) {
-        CheckCapture(arguments, std::nullopt);
-        CheckCapture(arguments, 7);
+        CheckCapture(arguments, std::nullopt, std::nullopt);
+        CheckCapture(arguments, std::nullopt, 7);
+        CheckCapture(arguments, 9, 7);
     }
 }
 
@@ -200,7 +213,7 @@ void CheckOwnCommands(const QString& text, qint64 start, qint64 length)
                     request.audio.size() ==
                         static_cast<size_t>(audio == -1 ? 2 : std::max(audio, 0)),
                 "the recorder's recording is understood");
-        CheckCapture(recording, 7);
+        CheckCapture(recording, std::nullopt, 7);
     }
 }
 
