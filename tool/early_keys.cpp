@@ -17,11 +17,34 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int lookMs = 20; // how often the file is looked at
 
-bool HasContent(const std::string& path)
+// The file that ffmpeg writes. It is opened as soon as it is there, for it or its folder may be
+// moved meanwhile.
+class Recording
 {
-    struct stat status = {};
-    return stat(path.c_str(), &status) == 0 && status.st_size > 0;
-}
+public:
+    explicit Recording(std::string path) : m_path(std::move(path)) {}
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
+    ~Recording()
+    {
+        if (m_file >= 0) {
+            close(m_file);
+        }
+    }
+
+    bool HasContent()
+    {
+        if (m_file < 0) {
+            m_file = open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        }
+        struct stat status = {};
+        return m_file >= 0 && fstat(m_file, &status) == 0 && status.st_size > 0;
+    }
+
+private:
+    std::string m_path;
+    int m_file = -1;
+};
 
 void HoldKeys(int input, const std::string& file, std::chrono::milliseconds patience)
 {
@@ -33,7 +56,8 @@ void HoldKeys(int input, const std::string& file, std::chrono::milliseconds pati
     }
     const auto end = Clock::now() + patience;
     std::string held;
-    while (!HasContent(file) && Clock::now() < end) {
+    Recording recording(file);
+    while (!recording.HasContent() && Clock::now() < end) {
         pollfd keys{input, POLLIN, 0};
         if (poll(&keys, 1, lookMs) <= 0) {
             continue;
@@ -51,7 +75,7 @@ void HoldKeys(int input, const std::string& file, std::chrono::milliseconds pati
 void HoldEarlyKeys(int input, const std::string& file, std::chrono::milliseconds patience)
 {
     struct stat status = {};
-    if (!HasContent(file) && fstat(input, &status) == 0 && S_ISFIFO(status.st_mode)) {
+    if (!Recording(file).HasContent() && fstat(input, &status) == 0 && S_ISFIFO(status.st_mode)) {
         StartCompanion(input, [&](int kept) { HoldKeys(kept, file, patience); });
     }
 }

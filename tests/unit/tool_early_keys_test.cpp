@@ -1,5 +1,6 @@
 #include "tool/early_keys.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
@@ -71,14 +72,33 @@ bool HasChildren()
 
 } // namespace
 
+// Whether a child of this process has this file open.
+bool ChildHasOpen(const QString& path)
+{
+    QFile children(QString("/proc/self/task/%1/children").arg(getpid()));
+    if (!children.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    for (const QByteArray& child : children.readAll().simplified().split(' ')) {
+        const QString folder = "/proc/" + QString(child) + "/fd";
+        for (const QString& file : QDir(folder).entryList(QDir::Files | QDir::System)) {
+            if (QFile::symLinkTarget(folder + '/' + file) == path) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 // The file that ffmpeg is to write.
 class Recording
 {
 public:
-    std::string Path() const { return m_folder.filePath("recording.mp4").toStdString(); }
-    void Begin() const
+    std::string Path() const { return Name("recording.mp4").toStdString(); }
+    QString Name(const char* name) const { return m_folder.filePath(name); }
+    void Begin(const char* name = "recording.mp4") const
     {
-        QFile file(m_folder.filePath("recording.mp4"));
+        QFile file(Name(name));
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write("ftyp") == 4);
     }
 
@@ -92,8 +112,11 @@ class ToolEarlyKeysTest : public QObject
 
 private slots:
     void init() { std::signal(SIGCHLD, SIG_DFL); } // as it is when `tool` starts
+    // Before the signal is set back: an ended process would stay then.
+    void cleanup() { QTRY_VERIFY2(!HasChildren(), "the holder has not ended"); }
     void keysComeWhenTheFileHasBegun();
     void anEmptyFileHasNotBegun();
+    void aMovedFileIsFollowed();
     void keysComeAtLastWithoutAFile();
     void laterKeysComeAtOnce();
     void nothingStaysBehindOfTheHolder();
@@ -124,6 +147,19 @@ void ToolEarlyKeysTest::anEmptyFileHasNotBegun()
     QVERIFY(keyboard.Type("q"));
     QTRY_COMPARE(keyboard.Waiting(), 0);
     recording.Begin();
+    QCOMPARE(keyboard.Read(), QByteArray("q"));
+}
+
+void ToolEarlyKeysTest::aMovedFileIsFollowed()
+{
+    Keyboard keyboard;
+    const Recording recording;
+    QVERIFY(QFile(recording.Name("recording.mp4")).open(QIODevice::WriteOnly));
+    tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
+    QVERIFY(keyboard.Type("q"));
+    QTRY_VERIFY2(ChildHasOpen(recording.Name("recording.mp4")), "the file is not looked at");
+    QVERIFY(QFile::rename(recording.Name("recording.mp4"), recording.Name("moved.mp4")));
+    recording.Begin("moved.mp4");
     QCOMPARE(keyboard.Read(), QByteArray("q"));
 }
 
