@@ -4,7 +4,6 @@
 
 #include <QDialog>
 
-class FocusRing;
 class QLabel;
 
 // The program's own modal message: a frameless information dialog with OK, or a question with NO
@@ -46,6 +45,5 @@ private:
     Ui_Dialog ui;
     QPoint m_dragOffset;
     QLabel* m_pMessageLabel = nullptr;
-    FocusRing* m_pFocusRing = nullptr;
     int m_nRet = 0;
 };

@@ -2,7 +2,6 @@
 
 #include "jobs/text_codec.h"
 #include "jobs/tool_runner.h"
-#include "ui/focus_ring.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 #include "ui/tray_stand_in.h"
@@ -22,16 +21,6 @@ namespace {
 constexpr QSize kWindowSize(1000, 600);
 constexpr int kCutPage = 2;
 
-constexpr int kHeaderButtons = 3;
-
-// They are made first of all, from right to left; Tab is to go as one reads.
-void OrderHeaderButtons(const QWidget* page)
-{
-    const auto buttons = page->findChildren<QPushButton*>().first(kHeaderButtons);
-    QWidget::setTabOrder(buttons[2], buttons[1]);
-    QWidget::setTabOrder(buttons[1], buttons[0]);
-}
-
 QSize DesktopSize()
 {
     return QGuiApplication::primaryScreen()->geometry().size();
@@ -43,7 +32,6 @@ bool DRUI::m_bisFinished = false;
 
 DRUI::DRUI(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags), m_thread(nullptr)
 {
-    UseOwnColours();
     ui.setupUi(this);
     InstallTextCodec("GB2312"); // once more, as at the program's start
     ui.centralWidget->setStyleSheet(window_style);
@@ -52,7 +40,6 @@ DRUI::DRUI(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags),
     m_pTrayStandIn = std::make_unique<TrayStandIn>();
     connect(m_pTrayStandIn.get(), SIGNAL(activated(QSystemTrayIcon::ActivationReason)), this,
             SLOT(trayiconActivated(QSystemTrayIcon::ActivationReason)));
-    m_pFocusRing = new FocusRing(this);
     m_strIniPath = QCoreApplication::applicationDirPath() + "/ScreenRecord.ini";
 }
 
@@ -123,10 +110,8 @@ void DRUI::BuildPages()
     InitLayout4Widget();
     for (QWidget* page : {m_pLayout1Widget, m_pLayout2Widget, m_pLayout3Widget, m_pLayout4Widget}) {
         m_pStack->addWidget(page);
-        OrderHeaderButtons(page);
     }
     m_pStack->setCurrentIndex(0);
-    m_pFocusRing->Watch();
 }
 
 void DRUI::FixSize(const QSize& size)
@@ -158,7 +143,6 @@ QPushButton* DRUI::CreateButton(int kind, int x, QWidget* parent)
     button->setStyleSheet(window_style);
     button->setCursor(Qt::PointingHandCursor);
     button->setAccessibleName(chosen.name);
-    button->setAutoDefault(true);
     connect(button, SIGNAL(clicked()), this, chosen.slot);
 
     const QPixmap picture(chosen.picture);
@@ -177,7 +161,7 @@ void DRUI::CreateFrameTitle(const QString& /*title*/) {}
 QVBoxLayout* DRUI::CreateHeader(QWidget* page, const TitleStripShape& shape)
 {
     QLabel* strip = CreateTitleStrip(page, shape);
-    for (int kind = 0; kind < kHeaderButtons; ++kind) {
+    for (int kind = 0; kind < 3; ++kind) {
         CreateButton(kind, width() - 30 - 30 * kind, strip);
     }
     auto* header = BareLayout<QVBoxLayout>();
