@@ -70,8 +70,6 @@ bool HasChildren()
     return waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
-} // namespace
-
 // Whether a child of this process has this file open.
 bool ChildHasOpen(const QString& path)
 {
@@ -105,6 +103,8 @@ public:
 private:
     QTemporaryDir m_folder;
 };
+
+} // namespace
 
 class ToolEarlyKeysTest : public QObject
 {

@@ -100,12 +100,7 @@ private Q_SLOTS:
 
     void enteringTheRecordPageTwiceMakesASecondIconThatOnlyARecordingShows()
     {
-        EnterRecordPage();
-        Call("btnSlotRecord");
-        Call("btnSlotRecord");
-        QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
-        Call("btnSlotBack");
-        Call("btnSlot");
+        EnterRecordPageTwice();
         QCOMPARE(Icons().size(), 2);
         QVERIFY(Icons().at(0)->isVisible());
         QVERIFY(!Icons().at(1)->isVisible());
@@ -115,12 +110,7 @@ private Q_SLOTS:
 
     void aStartFromTheMenuShowsNoHiddenIcon()
     {
-        EnterRecordPage();
-        Call("btnSlotRecord");
-        Call("btnSlotRecord");
-        QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
-        Call("btnSlotBack");
-        Call("btnSlot");
+        EnterRecordPageTwice();
         QCOMPARE(Icons().size(), 2);
         Icons().first()->contextMenu()->actions().at(1)->trigger();
         QVERIFY(DRUI::m_bIsStart);
@@ -215,6 +205,17 @@ private Q_SLOTS:
     }
 
 private:
+    // The second time after a recording; each time makes an icon.
+    void EnterRecordPageTwice()
+    {
+        EnterRecordPage();
+        Call("btnSlotRecord");
+        Call("btnSlotRecord");
+        QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
+        Call("btnSlotBack");
+        Call("btnSlot");
+    }
+
     QList<QSystemTrayIcon*> Icons()
     {
         return Window().findChildren<QSystemTrayIcon*>("m_pTrayIcon");
