@@ -23,12 +23,12 @@ QString Number(double value, int digits)
     return QString::number(value, 'f', digits);
 }
 
-int RunMeasurements(QObject& measurements)
+int RunMeasurements(QObject& measurements, const QStringList& only)
 {
     std::printf("%-52s %-26s %-14s\n", "What", "Measured", "Target");
     const QTemporaryDir folder;
     const QString log = folder.filePath("log");
-    if (QTest::qExec(&measurements, {"bench", "-o", log + ",txt"}) != 0) {
+    if (QTest::qExec(&measurements, QStringList{"bench", "-o", log + ",txt"} + only) != 0) {
         QFile file(log);
         if (file.open(QIODevice::ReadOnly)) {
             std::fputs(file.readAll().constData(), stderr);

@@ -20,6 +20,7 @@ std::string FindDuration(const QString& output)
 long long DurationSeconds(const QString& text)
 {
     const QStringList fields = text.split(':');
-    return fields.value(0).toLongLong() * 3600 + fields.value(1).toLongLong() * 60 +
-           fields.value(2).toLongLong();
+    // What an int does not hold is no number of hours, and its seconds might not fit.
+    return fields.value(0).toInt() * 3600LL + fields.value(1).toInt() * 60LL +
+           fields.value(2).toInt();
 }

@@ -14,5 +14,6 @@ QString ProbeCommand(const QString& tool, const QString& path);
 /// output ends; empty without the marker.
 std::string FindDuration(const QString& output);
 
-/// The seconds of a duration text, hh:mm:ss; a field that is missing or no number counts 0.
+/// The seconds of a duration text, hh:mm:ss; a field that is missing, no number or
+/// more than an int holds counts 0.
 long long DurationSeconds(const QString& text);

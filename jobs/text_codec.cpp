@@ -2,20 +2,45 @@
 
 #include <QTextCodec>
 
+#include <algorithm>
+
 namespace {
+
+QByteArray g_strInstalled;          // a name that is yet to be looked up
 QTextCodec* g_pTextCodec = nullptr; // owned by Qt's own list of codecs
+
+// Looked up when it is first needed, which in most sessions is never: the tables of the codecs take
+// a megabyte.
+const QTextCodec* InstalledCodec()
+{
+    if (!g_strInstalled.isEmpty()) {
+        if (QTextCodec* codec = QTextCodec::codecForName(g_strInstalled)) {
+            g_pTextCodec = codec;
+        }
+        g_strInstalled.clear();
+    }
+    return g_pTextCodec;
+}
+
 } // namespace
 
 void InstallTextCodec(const char* name)
 {
-    if (QTextCodec* codec = QTextCodec::codecForName(name)) {
-        g_pTextCodec = codec;
+    if (g_strInstalled != name) {
+        InstalledCodec(); // should the new name be unknown, the one before it stays
+        g_strInstalled = name;
     }
 }
 
+// Plain ASCII, as times and sizes are, means the same in every 8-bit codec.
 QString FromEightBit(const QByteArray& text)
 {
-    return g_pTextCodec != nullptr ? g_pTextCodec->toUnicode(text) : QString::fromLatin1(text);
+    const auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
+    if (std::all_of(text.cbegin(), text.cend(), isAscii)) {
+        return QString::fromLatin1(text);
+    }
+    const QTextCodec* codec = InstalledCodec();
+    return codec != nullptr ? codec->toUnicode(text) : QString::fromLatin1(text);
 }
 
 QString FromEightBit(const std::string& text)
@@ -25,5 +50,6 @@ QString FromEightBit(const std::string& text)
 
 QByteArray ToEightBit(const QString& text)
 {
-    return g_pTextCodec != nullptr ? g_pTextCodec->fromUnicode(text) : text.toLatin1();
+    const QTextCodec* codec = InstalledCodec();
+    return codec != nullptr ? codec->fromUnicode(text) : text.toLatin1();
 }

@@ -51,13 +51,14 @@ InstallPackages() {
     AsRoot apt-get update -q
     AsRoot env DEBIAN_FRONTEND=noninteractive \
         apt-get install -q -y --no-install-recommends "${missing[@]}"
+    installed_something=1
 }
 
 # Written without a Mac at hand, never run.
 InstallHomebrew() {
     command -v brew >/dev/null || Fail "Homebrew is needed: https://brew.sh"
     local formula missing=()
-    for formula in qt cmake ninja ffmpeg; do
+    for formula in qt cmake ninja ffmpeg librsvg; do
         brew list --versions "$formula" >/dev/null || missing+=("$formula")
     done
     if [[ ${#missing[@]} -gt 0 ]]; then
@@ -68,15 +69,15 @@ InstallHomebrew() {
     export CMAKE_PREFIX_PATH
 }
 
-# BuildPreset PRESET [TARGET...]: configures where that was not done yet, and builds into
-# build/PRESET. Ninja configures again by itself when a CMake file changed.
+# BuildPreset PRESET [TARGET...]: configures where that was not done yet or may now find more, and builds
+# into build/PRESET. Ninja configures again by itself when a CMake file changed.
 BuildPreset() {
     local preset=$1
     local folder=$project/build/$preset
     shift
     (
         cd "$project" || exit
-        if [[ ! -f $folder/build.ninja ]]; then
+        if [[ ! -f $folder/build.ninja || -n ${installed_something-} ]]; then
             mkdir -p "$project/build"
             cmake --preset "$preset" >"$folder.log" 2>&1 || {
                 cat "$folder.log"
@@ -87,7 +88,7 @@ BuildPreset() {
     ) || return
     if [[ $(uname) == Darwin ]]; then
         # There ffmpeg captures by itself, and `tool` is nothing but another name of it.
-        ln -sf "$(command -v ffmpeg)" "$folder/bin/tool"
+        ln -sf "$(command -v ffmpeg)" "$folder/bin/lumenfold-recorder.app/Contents/MacOS/tool"
     fi
 }
 

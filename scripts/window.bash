@@ -4,7 +4,17 @@
 
 title='^Lumenfold Screen Recorder$'
 started=()
-trap 'kill "${started[@]}" 2>/dev/null || true' EXIT
+trap EndStarted EXIT
+
+# Each by its own number. ffplay may hang when its window and its sound go away at once.
+EndStarted() {
+    local process
+    kill "${started[@]}" 2>/dev/null || true
+    for process in "${started[@]}"; do
+        HasEnded() { ! kill -0 "$process"; }
+        WaitFor 3 HasEnded || kill -KILL "$process" 2>/dev/null || true
+    done
+}
 
 Window() { xdotool search --onlyvisible --name "$title"; }
 WindowIsHidden() { ! Window; }
@@ -57,11 +67,64 @@ StartRecorder() {
         cp -r "$1" "$LUMENFOLD_DESKTOP_FOLDER/bin"
     fi
     cd "$LUMENFOLD_DESKTOP_FOLDER" || exit
-    "$LUMENFOLD_DESKTOP_FOLDER/bin/lumenfold-recorder" start &
+    Launch "$LUMENFOLD_DESKTOP_FOLDER/bin/lumenfold-recorder" start
+}
+
+# Launch COMMAND...: what becomes the recorder; waits for its home page.
+Launch() {
+    "$@" &
     recorder=$!
     started+=("$recorder")
-    WaitFor 30 Window || Fail "the window does not come"
-    window=$(Window)
+    WindowOrEnd() { Window || ! kill -0 "$recorder"; }
+    WaitFor 30 WindowOrEnd || Fail "the window does not come"
+    window=$(Window) || Fail "the program ended without a window"
     xdotool mousemove 0 799
     WaitFor 10 Changed || Fail "the home page does not come"
+}
+
+# What the computer plays becomes the sound of the recording: the second of the sources. On the record
+# page.
+ChooseComputerSound() {
+    PressAt record.audio
+    WaitFor 10 Changed || Fail "the sound sources do not open"
+    before=$(Look)
+    xdotool key Home Down Return
+    WaitFor 10 Changed || Fail "the sound source is not chosen"
+}
+
+# Something to see and to hear.
+PlayTestPicture() {
+    ffplay -v quiet -f lavfi -left 40 -top 40 -window_title "Test picture" \
+        "testsrc2=size=960x540:rate=30[out0];sine=frequency=440:beep_factor=4[out1]" &
+    started+=($!)
+    PictureMoves() { xdotool search --onlyvisible --class ffplay; }
+    WaitFor 10 PictureMoves || Say "No test picture: the recording shows an empty screen."
+}
+
+# Stop, in the menu of the tray icon; waits until the file is finished.
+StopInTray() {
+    OurWindows() { xdotool search --onlyvisible --class '^lumenfold-recorder$'; }
+    WaitFor 10 OurWindows || Fail "there is no tray icon"
+    local icon menu WIDTH HEIGHT
+    icon=$(OurWindows) # the window itself is hidden
+    xdotool mousemove --window "$icon" 10 10 click 3
+    Menu() { OurWindows | grep -vx "$icon"; }
+    WaitFor 10 Menu || Fail "the tray icon's menu does not open"
+    menu=$(Menu)
+    eval "$(xdotool getwindowgeometry --shell "$menu" | grep -E '^(WIDTH|HEIGHT)=[0-9]+$')"
+    xdotool mousemove --window "$menu" $((WIDTH / 2)) $((HEIGHT / 2)) click 1 # the second of three
+    WaitFor 10 Window || Fail "the window does not come back"
+    ToolHasEnded() { [[ -z $(cat "/proc/$recorder/task/$recorder/children") ]]; }
+    WaitFor 20 ToolHasEnded || Fail "the file is not finished"
+}
+
+# Activate: the window manager may be between two active windows, which xdotool takes for a failure.
+Activate() { WaitFor 10 xdotool windowactivate --sync "$window" || Fail "the window does not become active"; }
+
+# CloseRecorder: as with the window's title bar; waits until the program has ended.
+CloseRecorder() {
+    Activate
+    xdotool key alt+F4
+    Ended() { ! kill -0 "$recorder"; }
+    WaitFor 20 Ended || Fail "the program does not end"
 }

@@ -162,10 +162,36 @@ std::string SteadyFrames(const std::string& rate)
            "/TB',fps=" + rate;
 }
 
+// Raw pictures are not probed. Their name is no "pipe:" one, as that of the sound.
+Arguments PictureInput(int pipe, const std::string& size, const std::string& rate)
+{
+    return {"-probesize",
+            "32",
+            "-analyzeduration",
+            "1",
+            "-thread_queue_size",
+            screenQueue,
+            "-f",
+            "rawvideo",
+            "-pixel_format",
+            "yuv420p",
+            "-video_size",
+            size,
+            "-framerate",
+            rate,
+            "-skip_initial_bytes",
+            std::to_string(skippedBytes),
+            "-i",
+            "/dev/fd/" + std::to_string(pipe)};
+}
+
 Arguments ScreenInput(const CapturePlan& plan, const std::string& rate)
 {
     const std::string size =
         std::to_string(plan.area.width) + "x" + std::to_string(plan.area.height);
+    if (plan.screenPipe) {
+        return PictureInput(*plan.screenPipe, size, rate);
+    }
     return {"-thread_queue_size",
             screenQueue,
             "-f",
@@ -203,13 +229,22 @@ Arguments SoundInput(int pipe, int rate)
             "/dev/fd/" + std::to_string(pipe)};
 }
 
-Arguments OutputOptions(Arguments options, bool sound, const std::string& rate)
+// Two pieces a second, and one for the first picture alone: until then there is nothing in the
+// file. The header comes with it, for only then it can tell how sound and picture begin.
+Arguments Pieces()
+{
+    return {"-movflags",         "+frag_keyframe+delay_moov+default_base_moof",
+            "-frag_duration",    "500000",
+            "-force_key_frames", "expr:eq(n,1)"};
+}
+
+Arguments OutputOptions(Arguments options, const CapturePlan& plan, const std::string& rate)
 {
     const auto async = std::find(options.begin(), options.end(), "-async");
     if (async != options.end() && async + 1 != options.end()) {
         const std::string amount = *(async + 1);
         options.erase(async, async + 2);
-        if (sound) {
+        if (plan.soundPipe) {
             PrependFilter(options, {"-af", "-filter:a"}, "aresample=async=" + amount);
         }
     }
@@ -221,20 +256,21 @@ Arguments OutputOptions(Arguments options, bool sound, const std::string& rate)
     if (!ValueOf(options, "-g")) {
         options.insert(options.begin(), {"-g", keyFrameDistance});
     }
-    if (!ValueOf(options, "-filter_complex")) {
+    if (!plan.screenPipe && !ValueOf(options, "-filter_complex")) {
         PrependFilter(options, {"-vf", "-filter:v"}, SteadyFrames(rate));
     }
     return options;
 }
 
 // The picture is grabbed as often as the file shows it: any other rate would drop or double frames.
-std::string FrameRate(const std::vector<Section>& sections)
+std::string RateOf(const std::vector<Section>& sections)
 {
     if (const auto rate = ValueOf(sections.back().options, "-r")) {
         return *rate;
     }
     const auto capture = std::find_if(sections.begin(), sections.end(), IsCapture);
-    return ValueOf(capture->options, "-framerate").value_or("30");
+    return capture == sections.end() ? "30"
+                                     : ValueOf(capture->options, "-framerate").value_or("30");
 }
 
 } // namespace
@@ -273,12 +309,32 @@ Request ReadRequest(const Arguments& arguments)
     return request;
 }
 
+bool RecordsInPieces(const Arguments& arguments)
+{
+    const Section output = SplitSections(arguments).back();
+    constexpr std::string_view ending = ".mp4";
+    const std::string_view name =
+        output.options.empty() ? std::string_view() : output.options.back();
+    return name.size() > ending.size() && name.substr(name.size() - ending.size()) == ending &&
+           !ValueOf(output.options, "-f") && !ValueOf(output.options, "-movflags");
+}
+
 int SampleRate(const Arguments& arguments)
 {
     constexpr int usual = 48000;
     const auto text = ValueOf(SplitSections(arguments).back().options, "-ar");
     const int rate = text ? ParseIndex(*text).value_or(usual) : usual;
     return rate >= 8000 && rate <= 192000 ? rate : usual;
+}
+
+std::string FrameRate(const Arguments& arguments)
+{
+    return RateOf(SplitSections(arguments));
+}
+
+bool WantsYuv420(const Arguments& arguments)
+{
+    return ValueOf(SplitSections(arguments).back().options, "-pix_fmt") == "yuv420p";
 }
 
 Arguments TranslatePassThrough(const Arguments& arguments)
@@ -297,7 +353,7 @@ Arguments TranslatePassThrough(const Arguments& arguments)
 Arguments TranslateCapture(const Arguments& arguments, const CapturePlan& plan)
 {
     const std::vector<Section> sections = SplitSections(arguments);
-    const std::string rate = FrameRate(sections);
+    const std::string rate = RateOf(sections);
     Arguments result;
     if (plan.knowsStatsPeriod) {
         // The recorder types "q" when it is told something: ten times a second instead of twice.
@@ -306,7 +362,10 @@ Arguments TranslateCapture(const Arguments& arguments, const CapturePlan& plan)
     bool first = true;
     for (const Section& section : sections) {
         if (!section.input) {
-            Append(result, OutputOptions(section.options, plan.soundPipe.has_value(), rate));
+            if (RecordsInPieces(arguments)) {
+                Append(result, Pieces());
+            }
+            Append(result, OutputOptions(section.options, plan, rate));
         } else if (!IsCapture(section)) {
             Append(result, section.options);
             Append(result, {"-i", *section.input});

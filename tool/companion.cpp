@@ -12,8 +12,8 @@ namespace {
 int CloseAllBut(int kept)
 {
     constexpr int first = STDERR_FILENO + 1;
-    if (kept != first) {
-        dup2(kept, first);
+    if (kept != first && dup2(kept, first) < 0) {
+        close(first);
     }
     close_range(first + 1, ~0U, 0);
     const int nothing = open("/dev/null", O_RDWR);

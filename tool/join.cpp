@@ -1,8 +1,11 @@
 #include "tool/join.h"
 
+#include "tool/one_of.h"
 #include "tool/transport_stream.h"
 
 #include <algorithm>
+#include <array>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <filesystem>
@@ -16,6 +19,14 @@ constexpr std::string_view protocol = "concat:";
 
 // Where ffmpeg names no rate, or none that a player keeps up with.
 constexpr const char* usualRate = "30";
+
+// What no picture or sound that can be encoded here exceeds: pixels, and samples a second.
+constexpr int largestSide = 16384;
+constexpr double highestRate = 1000000;
+
+// Where ffmpeg names the channels in a way that no filter would take.
+constexpr std::string_view usualChannels = "stereo";
+constexpr std::array<unsigned char, 5> layoutSigns = {'.', '(', ')', '+', ' '};
 
 // Register 0 holds when the sound kept so far ends. A packet that should have begun more than half
 // its length before is dropped; after a pause of two packets the count begins anew.
@@ -69,11 +80,13 @@ std::vector<std::string> SplitList(const std::string& list)
     return parts;
 }
 
+// The number that the text begins with; 0 where there is none, or none that is finite.
 double ToNumber(std::string_view text)
 {
     double value = 0;
-    std::from_chars(text.data(), text.data() + text.size(), value);
-    return value;
+    const char* end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, value, std::chars_format::fixed);
+    return result.ec == std::errc() && std::isfinite(value) ? value : 0;
 }
 
 // The last number that stands before the unit, as 25 before " fps"; empty when there is none.
@@ -96,7 +109,8 @@ std::string ExactRate(std::string_view text)
         }
     }
     const double rate = ToNumber(text);
-    return rate >= 1 && rate <= 240 && text.back() != 'k' ? std::string(text) : usualRate;
+    const bool plain = text.find_first_not_of("0123456789.") == std::string_view::npos;
+    return plain && rate >= 1 && rate <= 240 ? std::string(text) : usualRate;
 }
 
 int Even(double size)
@@ -114,7 +128,8 @@ void ParsePicture(std::string_view line, PartDescription& part)
         const auto first = std::from_chars(field.data(), field.data() + field.size(), width);
         if (first.ec != std::errc() || first.ptr == field.data() + field.size() ||
             *first.ptr != 'x' ||
-            std::from_chars(first.ptr + 1, field.data() + field.size(), height).ec != std::errc()) {
+            std::from_chars(first.ptr + 1, field.data() + field.size(), height).ec != std::errc() ||
+            width < 1 || width > largestSide || height < 1 || height > largestSide) {
             continue;
         }
         double shape = 1;
@@ -123,6 +138,9 @@ void ParsePicture(std::string_view line, PartDescription& part)
             const double tall =
                 ToNumber(ratio.substr(std::min(ratio.find(':'), ratio.size() - 1) + 1));
             shape = tall > 0 && ToNumber(ratio) > 0 ? ToNumber(ratio) / tall : 1;
+        }
+        if (width * shape < 1 || width * shape > largestSide) {
+            shape = 1;
         }
         part.width = Even(width * shape);
         part.height = Even(height);
@@ -135,20 +153,28 @@ void ParsePicture(std::string_view line, PartDescription& part)
 // "..., 48000 Hz, stereo, fltp, ..."
 void ParseSound(std::string_view line, PartDescription& part)
 {
-    part.sampleRate = static_cast<int>(ToNumber(Before(line, " Hz, ")));
-    const size_t layout = line.find(" Hz, ");
-    if (layout != std::string_view::npos) {
-        const std::string_view rest = line.substr(layout + 5);
-        part.channels = rest.substr(0, rest.find(','));
+    const double rate = ToNumber(Before(line, " Hz, "));
+    if (rate < 1 || rate > highestRate) {
+        return;
     }
+    part.sampleRate = static_cast<int>(rate);
+    const std::string_view rest = line.substr(line.find(" Hz, ") + 5);
+    const std::string_view channels = rest.substr(0, rest.find(','));
+    // Anything else would end its place in the graph.
+    const bool plain = std::all_of(channels.begin(), channels.end(), [](unsigned char letter) {
+        return letter < 0x80 && (std::isalnum(letter) != 0 || IsOneOf(layoutSigns, letter));
+    });
+    part.channels = plain && !channels.empty() ? channels : usualChannels;
 }
 
 double ParseDuration(std::string_view line)
 {
     const std::string_view text = line.substr(line.find(": ") + 2);
-    return text.size() < 11 ? 0
-                            : ToNumber(text.substr(0, 2)) * 3600 +
-                                  ToNumber(text.substr(3, 2)) * 60 + ToNumber(text.substr(6, 5));
+    const double seconds = text.size() < 11
+                               ? 0
+                               : ToNumber(text.substr(0, 2)) * 3600 +
+                                     ToNumber(text.substr(3, 2)) * 60 + ToNumber(text.substr(6, 5));
+    return std::max(seconds, 0.0);
 }
 
 void ParseLine(std::string_view line, PartDescription& part)

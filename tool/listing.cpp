@@ -10,10 +10,10 @@ namespace {
 
 constexpr std::string_view microphoneWord = "Microphone";
 
+// What is put in may make up another one with what stands around it: none is left in the end.
 void ReplaceAll(std::string& text, std::string_view from, std::string_view to)
 {
-    for (size_t at = text.find(from); at != std::string::npos;
-         at = text.find(from, at + to.size())) {
+    for (size_t at = text.find(from); at != std::string::npos; at = text.find(from)) {
         text.replace(at, from.size(), to);
     }
 }

@@ -13,12 +13,16 @@
 #include "tool/ffmpeg_program.h"
 #include "tool/frugal_file.h"
 #include "tool/join.h"
+#include "tool/keeper.h"
 #include "tool/listing.h"
 #include "tool/monitors.h"
 #include "tool/movie.h"
+#include "tool/recording_start.h"
 #include "tool/remembered_devices.h"
+#include "tool/screen_feeder.h"
 #include "tool/sound_devices.h"
 #include "tool/sound_feeder.h"
+#include "tool/torn_input.h"
 
 #include <cerrno>
 #include <chrono>
@@ -36,7 +40,7 @@ namespace {
 constexpr int failed = 1;
 constexpr int noProgram = 127;
 constexpr std::chrono::milliseconds soundPatience{1500};
-constexpr std::chrono::seconds untilFirstPicture{20}; // measured: 130 ms
+constexpr std::chrono::seconds untilFirstPicture{20}; // measured: 130 ms, 4 s on a busy machine
 
 int Complain(const std::string& sentence, int code)
 {
@@ -125,6 +129,17 @@ int Become(const std::string& ffmpeg, const tool::Arguments& arguments)
     return Complain(ffmpeg + " cannot be run: " + std::strerror(errno), noProgram);
 }
 
+// The pipe of the pictures; nothing where ffmpeg had better grab them itself.
+std::optional<int> StartPictures(const tool::CapturePlan& plan, const tool::Arguments& arguments,
+                                 tool::RecordingStart* start)
+{
+    const auto rate = tool::ParseRate(tool::FrameRate(arguments));
+    if (!rate || !tool::WantsYuv420(arguments)) {
+        return std::nullopt;
+    }
+    return tool::StartScreenFeeder({plan.display, plan.area, *rate, start});
+}
+
 int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
            const tool::Request& request, pid_t recorder)
 {
@@ -152,9 +167,14 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     if (getppid() != recorder) {
         return failed; // it has died already
     }
+    if (tool::RecordsInPieces(arguments)) {
+        tool::StartKeeper(arguments.back());
+    }
     tool::HoldEarlyKeys(STDIN_FILENO, arguments.back(), untilFirstPicture);
+    tool::RecordingStart* start = tool::RecordingStart::Make();
+    plan.screenPipe = StartPictures(plan, arguments, start);
     if (!sources->empty()) {
-        const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments)});
+        const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments), start});
         if (pipe < 0) {
             return Complain(std::string("no sound can be read: ") + std::strerror(errno), failed);
         }
@@ -251,5 +271,5 @@ int main(int count, char** values)
     if (request.kind == tool::RequestKind::Capture) {
         return Record(ffmpeg, arguments, request, recorder);
     }
-    return PassOn(ffmpeg, arguments);
+    return PassOn(ffmpeg, tool::WithoutTornEnds(arguments));
 }

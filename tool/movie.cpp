@@ -75,6 +75,9 @@ bool MovieReader::ReadMovieHeader(const Box& box)
     const uint64_t place = box.begin + (wide ? 20 : 12);
     m_scale = m_file.Number(place, 4);
     m_movie.duration = Microseconds(m_file.Number(place + 4, wide ? 8 : 4), m_scale);
+    if (m_movie.duration == 0) {
+        m_movie.duration.reset(); // it is in the tracks or in the pieces, or nowhere
+    }
     return m_scale != 0 && m_scale <= INT32_MAX;
 }
 

@@ -31,6 +31,7 @@ public:
     Feeder(const FeederPlan& plan, int pipe)
         : m_nPipe(pipe),
           m_nRate(plan.rate),
+          m_pStart(plan.start),
           m_tracks(plan.sources.size(), SoundTrack(plan.rate)),
           m_reader(plan.sources, plan.rate,
                    {[this](size_t source, SteadyTime captured, std::span<const int16_t> stereo) {
@@ -46,14 +47,27 @@ public:
             return;
         }
         fcntl(m_nPipe, F_SETPIPE_SZ, pipeBytes); // so that a busy ffmpeg does not stop us
-        while (Emit()) {
+        while (!PicturesEnded() && Emit()) {
             m_reader.Wait(20ms);
         }
     }
 
 private:
-    // ffmpeg opens the pipe right after it has grabbed the first picture, and reads: that moment is
-    // the start of the sound, so both begin together. False when ffmpeg has gone.
+    // ffmpeg would go on with the sound alone.
+    bool PicturesEnded() const { return m_pStart != nullptr && m_pStart->GrabberEnded(); }
+
+    // The first picture's moment is the start of the sound. Where ffmpeg grabs it itself, it opens
+    // this pipe right after, and reads: so both begin together.
+    void Start(SteadyTime moment)
+    {
+        if (!m_bStarted) {
+            m_start = moment;
+            m_nGiven = preparedFrames;
+            m_bStarted = true;
+        }
+    }
+
+    // False when ffmpeg has gone.
     bool WaitForReader()
     {
         const std::array<int16_t, preparedFrames * 2> silence{};
@@ -65,13 +79,14 @@ private:
             m_reader.Wait(1ms);
             pollfd pipe{m_nPipe, 0, 0};
             if (poll(&pipe, 1, 0) < 0 || (pipe.revents & POLLERR) != 0 ||
-                ioctl(m_nPipe, FIONREAD, &unread) != 0) {
+                ioctl(m_nPipe, FIONREAD, &unread) != 0 || PicturesEnded()) {
                 return false;
             }
+            if (const auto moment = m_pStart != nullptr ? m_pStart->Get() : std::nullopt) {
+                Start(*moment);
+            }
         }
-        m_start = Clock::now();
-        m_nGiven = preparedFrames;
-        m_bStarted = true;
+        Start(Clock::now());
         return true;
     }
 
@@ -123,6 +138,7 @@ private:
 
     int m_nPipe;
     int m_nRate;
+    const RecordingStart* m_pStart;
     bool m_bStarted = false;
     SteadyTime m_start;
     int64_t m_nGiven = 0;        // frames handed out

@@ -3,6 +3,8 @@
 // wait; where there is no sound it gives silence.
 #pragma once
 
+#include "tool/recording_start.h"
+
 #include <string>
 #include <vector>
 
@@ -12,11 +14,13 @@ struct FeederPlan
 {
     std::vector<std::string> sources; // the sound server's names, mixed into one
     int rate = 48000;                 // sample frames a second
+    RecordingStart* start = nullptr;  // of the pictures, if a process beside ffmpeg takes them
 };
 
 // Starts it as a child of this process, which is to become ffmpeg. Returns the descriptor ffmpeg
 // shall read s16le stereo from (it survives the exec), or -1 with errno. The child ends when the
-// other side of that pipe is closed, and at the latest with this process.
+// other side of that pipe is closed or the pictures have ended, and at the latest with this
+// process.
 int StartSoundFeeder(const FeederPlan& plan);
 
 } // namespace tool

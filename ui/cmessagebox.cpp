@@ -1,5 +1,6 @@
 #include "ui/cmessagebox.h"
 
+#include "ui/focus_ring.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 
@@ -14,6 +15,7 @@ CMessageBox::CMessageBox(QDialog* /*parent*/, Qt::WindowFlags /*flags*/)
     setWindowIcon(QIcon(":/image/logo.ico"));
     setFixedSize(400, 150);
     resize(400, 150);
+    m_pFocusRing = new FocusRing(this);
 }
 
 // cppcheck-suppress passedByValue
@@ -27,6 +29,7 @@ void CMessageBox::InitInfoDialog(QString text) // NOLINT(performance-unnecessary
     close->setFlat(true); // the title stands over it: a frame would stick out
     close->setFocusPolicy(Qt::NoFocus);
     close->setAutoDefault(false); // Enter is for OK
+    close->setAccessibleName("Close");
     // A slot that the dialog does not have, so the button does nothing. This is meant: OK or a
     // right click closes the dialog.
     connect(close, SIGNAL(clicked()), this, SLOT(btnSlotClose()));
@@ -74,7 +77,11 @@ void CMessageBox::Close()
 QLabel* CMessageBox::StartLayout()
 {
     delete layout();
-    qDeleteAll(findChildren<QWidget*>(Qt::FindDirectChildrenOnly));
+    for (auto* child : findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+        if (child != m_pFocusRing) {
+            delete child;
+        }
+    }
 
     auto* strip = new QLabel(this);
     strip->setMinimumSize(width(), 30);
@@ -110,6 +117,7 @@ QLabel* CMessageBox::AddBodyAndBar(const QString& picture, const QString& text)
     body->setContentsMargins(5, 0, 0, 0);
     body->addWidget(pictureLabel);
     body->addWidget(m_pMessageLabel);
+    setAccessibleName(text); // read out when the dialog appears
 
     auto* bar = new QLabel(this);
     bar->setMinimumSize(width(), 40);
@@ -128,6 +136,7 @@ void CMessageBox::AddButton(QLabel* bar, int left, const QString& text, const ch
     QPushButton* button = CreateBarButton(bar, {left, 5, 80, 25}, text);
     button->setFont(CalibriFont(12));
     connect(button, SIGNAL(clicked()), this, slot);
+    m_pFocusRing->Watch();
 }
 
 void CMessageBox::paintEvent(QPaintEvent* /*event*/)

@@ -4,6 +4,7 @@
 
 #include <QDialog>
 
+class FocusRing;
 class QLabel;
 
 // The program's own modal message: a frameless information dialog with OK, or a question with NO
@@ -45,5 +46,6 @@ private:
     Ui_Dialog ui;
     QPoint m_dragOffset;
     QLabel* m_pMessageLabel = nullptr;
+    FocusRing* m_pFocusRing = nullptr;
     int m_nRet = 0;
 };

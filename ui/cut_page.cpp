@@ -105,6 +105,7 @@ QWidget* DRUI::CreateCutPanel()
     m_pCutSlider->setObjectName("m_pCutSlider");
     m_pCutSlider->setStyleSheet(slider_style);
     m_pCutSlider->setAccessibleName("Position");
+    m_pCutSlider->setAccessibleDescription("Seconds from the beginning of the video");
     connect(m_pCutSlider, SIGNAL(sliderMoved(int)), this, SLOT(current(int)));
 
     auto* lower = BareLayout<QVBoxLayout>();

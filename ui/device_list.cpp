@@ -1,20 +1,37 @@
 #include "jobs/device_listing.h"
 #include "jobs/tool_runner.h"
 #include "ui/drui.h"
+#include "ui/styles.h"
 
 #include <QComboBox>
 #include <QCoreApplication>
+#include <QFontMetrics>
 #include <QIcon>
+
+#include <utility>
 
 namespace {
 // A listing has some kilobytes; what a tool run wild prints beyond this is dropped.
 constexpr qsizetype kMostDeviceText = 1 << 24;
+
+// The fonts of the pages; whoever asks for a measure of a font first waits until it is read.
+void LoadFonts()
+{
+    const auto [normal, bold] = std::pair{QFont::Normal, QFont::Bold};
+    for (const auto& [points, weight] :
+         {std::pair{13, normal}, {10, normal}, {11, normal}, {11, bold}, {12, bold}}) {
+        QFontMetrics(CalibriFont(points, weight)).horizontalAdvance("Lumenfold");
+    }
+}
+
 } // namespace
 
 void DRUI::get_audiodevice_name()
 {
     m_strDevInfo.clear();
-    RunTool(*m_pDevProcess, DeviceListCommand(ToolPrefix()));
+    StartTool(*m_pDevProcess, DeviceListCommand(ToolPrefix()));
+    LoadFonts(); // the tool takes as long, and needs another processor
+    m_pDevProcess->waitForFinished(kToolWaitMs);
 
     const DeviceListing listing = ParseDeviceListing(m_strDevInfo);
     if (listing.screen != 0) {

@@ -2,6 +2,7 @@
 
 #include "jobs/text_codec.h"
 #include "jobs/tool_runner.h"
+#include "ui/focus_ring.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 #include "ui/tray_stand_in.h"
@@ -21,6 +22,16 @@ namespace {
 constexpr QSize kWindowSize(1000, 600);
 constexpr int kCutPage = 2;
 
+constexpr int kHeaderButtons = 3;
+
+// They are made first of all, from right to left; Tab is to go as one reads.
+void OrderHeaderButtons(const QWidget* page)
+{
+    const auto buttons = page->findChildren<QPushButton*>().first(kHeaderButtons);
+    QWidget::setTabOrder(buttons[2], buttons[1]);
+    QWidget::setTabOrder(buttons[1], buttons[0]);
+}
+
 QSize DesktopSize()
 {
     return QGuiApplication::primaryScreen()->geometry().size();
@@ -32,6 +43,7 @@ bool DRUI::m_bisFinished = false;
 
 DRUI::DRUI(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags), m_thread(nullptr)
 {
+    UseOwnColours();
     ui.setupUi(this);
     InstallTextCodec("GB2312"); // once more, as at the program's start
     ui.centralWidget->setStyleSheet(window_style);
@@ -40,6 +52,7 @@ DRUI::DRUI(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags),
     m_pTrayStandIn = std::make_unique<TrayStandIn>();
     connect(m_pTrayStandIn.get(), SIGNAL(activated(QSystemTrayIcon::ActivationReason)), this,
             SLOT(trayiconActivated(QSystemTrayIcon::ActivationReason)));
+    m_pFocusRing = new FocusRing(this);
     m_strIniPath = QCoreApplication::applicationDirPath() + "/ScreenRecord.ini";
 }
 
@@ -110,8 +123,10 @@ void DRUI::BuildPages()
     InitLayout4Widget();
     for (QWidget* page : {m_pLayout1Widget, m_pLayout2Widget, m_pLayout3Widget, m_pLayout4Widget}) {
         m_pStack->addWidget(page);
+        OrderHeaderButtons(page);
     }
     m_pStack->setCurrentIndex(0);
+    m_pFocusRing->Watch();
 }
 
 void DRUI::FixSize(const QSize& size)
@@ -143,6 +158,7 @@ QPushButton* DRUI::CreateButton(int kind, int x, QWidget* parent)
     button->setStyleSheet(window_style);
     button->setCursor(Qt::PointingHandCursor);
     button->setAccessibleName(chosen.name);
+    button->setAutoDefault(true);
     connect(button, SIGNAL(clicked()), this, chosen.slot);
 
     const QPixmap picture(chosen.picture);
@@ -161,7 +177,7 @@ void DRUI::CreateFrameTitle(const QString& /*title*/) {}
 QVBoxLayout* DRUI::CreateHeader(QWidget* page, const TitleStripShape& shape)
 {
     QLabel* strip = CreateTitleStrip(page, shape);
-    for (int kind = 0; kind < 3; ++kind) {
+    for (int kind = 0; kind < kHeaderButtons; ++kind) {
         CreateButton(kind, width() - 30 - 30 * kind, strip);
     }
     auto* header = BareLayout<QVBoxLayout>();

@@ -4,6 +4,8 @@
 #include "jobs/job_thread.h"
 #include "ui_drui.h"
 
+#include <QHash>
+#include <QIcon>
 #include <QMainWindow>
 #include <QProcess>
 #include <QSystemTrayIcon>
@@ -17,6 +19,7 @@ class QComboBox;
 class QHBoxLayout;
 class QLabel;
 class QLineEdit;
+class FocusRing;
 class QPushButton;
 class QSlider;
 class QStackedLayout;
@@ -194,6 +197,8 @@ private:
     void SetTrayEntry(int position, const QString& text, const QString& image);
     void SetTrayIcon(const QString& image);
     QSystemTrayIcon* m_pTrayIcon = nullptr;
+    FocusRing* m_pFocusRing = nullptr;
+    QHash<QString, QIcon> m_trayIcons; // by image
     std::unique_ptr<TrayStandIn> m_pTrayStandIn;
 
     // --- the cut and the merge page: video_pages.cpp, rebuild.cpp ---

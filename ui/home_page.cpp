@@ -69,6 +69,7 @@ QPushButton* DRUI::CreateHomeEntry(const QString& text, const QString& picture, 
     entry->setIcon(QIcon(picture));
     entry->setIconSize(PictureSize(image));
     entry->resize(PictureSize(image));
+    entry->setAutoDefault(true);
     connect(entry, SIGNAL(clicked()), this, slot);
     return entry;
 }

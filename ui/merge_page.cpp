@@ -69,7 +69,7 @@ QHBoxLayout* DRUI::CreateMergeTables()
         made->setMinimumSize(60, 25);
         made->setFont(CalibriFont(11, QFont::Bold));
         made->setCursor(Qt::PointingHandCursor);
-        ShowDisabledText(made);
+        made->setAutoDefault(true);
         made->setEnabled(false);
         connect(made, SIGNAL(clicked()), this, slot);
         return made;
@@ -86,11 +86,15 @@ QHBoxLayout* DRUI::CreateMergeTables()
     m_pBtnDown->setObjectName("m_pBtnDown");
     m_pBtnDel->setObjectName("m_pBtnDel");
 
+    // The hint of a button knows nothing of the round border that its style draws.
+    constexpr int roundEnds = 10;
     auto* add = new QVBoxLayout;
+    add->addStrut(m_pBtnAdd->sizeHint().width() + roundEnds);
     add->addStretch(5);
     add->addWidget(m_pBtnAdd);
     add->addStretch(5);
     auto* order = new QVBoxLayout;
+    order->addStrut(m_pBtnDel->sizeHint().width() + roundEnds);
     order->addStretch(5);
     order->addWidget(m_pBtnUp);
     order->addSpacing(4);

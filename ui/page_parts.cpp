@@ -64,7 +64,7 @@ QPushButton* CreateBarButton(QWidget* parent, const QRect& place, const QString&
     button->setGeometry(place);
     button->setFont(CalibriFont(12, QFont::Bold));
     button->setCursor(Qt::PointingHandCursor);
-    ShowDisabledText(button);
+    button->setAutoDefault(true); // Return presses it, as Space does
     return button;
 }
 
@@ -74,6 +74,7 @@ QPushButton* CreateFolderButton(QWidget* parent, const QRect& place)
     button->setGeometry(place);
     button->setIcon(QIcon(":/image/folder.png"));
     button->setAccessibleName("Choose directory");
+    button->setAutoDefault(true);
     return button;
 }
 
@@ -82,13 +83,6 @@ void SetTextColor(QWidget* widget, const QColor& color)
     QPalette palette = widget->palette();
     palette.setColor(QPalette::WindowText, color);
     widget->setPalette(palette);
-}
-
-void ShowDisabledText(QPushButton* button)
-{
-    QPalette palette = button->palette();
-    palette.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(120, 120, 120));
-    button->setPalette(palette);
 }
 
 QSize PictureSize(const QPixmap& picture)

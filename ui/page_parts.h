@@ -59,9 +59,6 @@ QPushButton* CreateFolderButton(QWidget* parent, const QRect& place);
 /// The colour of a widget's own text. (A style sheet would reach its children too.)
 void SetTextColor(QWidget* widget, const QColor& color);
 
-/// Gives a grey button's text a colour that can be read while it is disabled.
-void ShowDisabledText(QPushButton* button);
-
 /// A picture's size in the geometry's units, whatever the screen's scale.
 QSize PictureSize(const QPixmap& picture);
 

@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QStyledItemDelegate>
 
 QLabel* DRUI::m_pStereoMix = nullptr;
 QComboBox* DRUI::m_pAudioComBox = nullptr;
@@ -45,10 +46,13 @@ QWidget* DRUI::CreateRecordPanel()
     panel->setStyleSheet(panel_style);
     panel->setMinimumSize(300, 320);
 
-    CreateText(panel, {50, 80, 120, 25}, "Audio: ", font);
+    // A screen reader takes the captions for the names of what they stand before.
+    QLabel* audio = CreateText(panel, {50, 80, 120, 25}, "Audio: ", font);
     AddAudioChoices(panel);
-    CreateText(panel, {50, 120, 120, 25}, "Save directory: ", font);
+    audio->setBuddy(m_pAudioComBox);
+    QLabel* directory = CreateText(panel, {50, 120, 120, 25}, "Save directory: ", font);
     AddSaveDirectory(panel);
+    directory->setBuddy(m_pSaveDirEdit);
     CreateText(panel, {50, 170, 200, 25}, "Free space: ", font);
     m_pFreeSpaceLabel = CreateText(panel, {220, 170, 100, 25}, "Unknow", font);
     m_pFreeSpaceLabel->setObjectName("m_pFreeSpaceLabel");
@@ -67,6 +71,8 @@ void DRUI::AddAudioChoices(QWidget* panel)
     m_pAudioComBox->setGeometry(180, 80, 300, 25);
     m_pAudioComBox->setFont(CalibriFont(12, QFont::Bold));
     m_pAudioComBox->setAccessibleName("Audio");
+    // Drawn as a menu the list would show the chosen entry white on the panel's grey.
+    m_pAudioComBox->setItemDelegate(new QStyledItemDelegate(m_pAudioComBox));
     connect(m_pAudioComBox, SIGNAL(currentIndexChanged(int)), this, SLOT(ComBoxIndexChange(int)));
 
     m_pStereoMix = CreateText(panel, {600, 50, 600, 150}, QString(), CalibriFont(18, QFont::Bold));

@@ -2,6 +2,7 @@
 
 #include "jobs/job_report.h"
 #include "ui/drui.h"
+#include "ui/focus_ring.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 
@@ -23,6 +24,7 @@ SCANUI::SCANUI(QDialog* parent, Qt::WindowFlags /*flags*/)
     setFixedSize(500, 250);
     resize(500, 250);
     InitDialog();
+    (new FocusRing(this))->Watch();
 }
 
 void SCANUI::InitSlot(DRUI* drui)
@@ -96,6 +98,7 @@ QVBoxLayout* SCANUI::CreateBody()
     m_progressBar->setRange(0, 100);
     m_progressBar->setValue(0);
     m_progressBar->setTextVisible(false);
+    m_progressBar->setAccessibleName("Progress");
 
     m_labelInfo = new QLabel(this);
     m_labelInfo->setObjectName("m_labelInfo");

@@ -1,5 +1,8 @@
 #include "ui/styles.h"
 
+#include <QApplication>
+#include <QPalette>
+
 // The grey button's text stands in two forms that differ in white space only, the home page's and
 // everybody else's; both are kept to the letter.
 #define HOME_GAP "\t\t\t\t\t\t\t  "
@@ -52,6 +55,39 @@ const QString slider_style =
     "QSlider::add-page:horizontal:disabled{background: #eee;border-color: #999;}"
     "QSlider::handle:horizontal:disabled{background: #eee;border: 1px solid #aaa;border-radius: "
     "4px;}";
+
+namespace {
+
+QPalette OwnPalette()
+{
+    const QColor blue(23, 103, 184); // the window's, dark enough for white text
+    const QColor disabled(90, 90, 90);
+    QPalette palette(Qt::black, QColor(239, 239, 239), Qt::white, QColor(159, 159, 159),
+                     QColor(184, 184, 184), Qt::black, Qt::white, Qt::white, QColor(239, 239, 239));
+    palette.setColor(QPalette::Midlight, QColor(202, 202, 202));
+    palette.setColor(QPalette::Shadow, QColor(118, 118, 118));
+    palette.setColor(QPalette::AlternateBase, QColor(247, 247, 247));
+    palette.setColor(QPalette::Highlight, blue);
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, blue);
+    palette.setColor(QPalette::LinkVisited, blue);
+    palette.setColor(QPalette::ToolTipBase, Qt::white);
+    palette.setColor(QPalette::ToolTipText, Qt::black);
+    palette.setColor(QPalette::PlaceholderText, disabled);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, disabled);
+    }
+    return palette;
+}
+
+} // namespace
+
+// For the application, not for the window: below a style sheet no widget takes its parent's
+// colours.
+void UseOwnColours()
+{
+    QApplication::setPalette(OwnPalette());
+}
 
 QFont CalibriFont(int points, QFont::Weight weight)
 {

@@ -43,9 +43,16 @@ void DRUI::SetTrayEntry(int position, const QString& text, const QString& image)
 
 void DRUI::SetTrayIcon(const QString& image)
 {
-    if (m_pTrayIcon != nullptr) {
-        m_pTrayIcon->setIcon(QIcon(image));
+    if (m_pTrayIcon == nullptr) {
+        return;
     }
+    // One icon for each image: Qt keeps what it scales for the tray of every new one, megabytes in
+    // an hour of blinking.
+    auto icon = m_trayIcons.find(image);
+    if (icon == m_trayIcons.end()) {
+        icon = m_trayIcons.insert(image, QIcon(image));
+    }
+    m_pTrayIcon->setIcon(*icon);
 }
 
 // A click brings the window back; a recording goes on.

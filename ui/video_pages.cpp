@@ -2,6 +2,7 @@
 #include "ui/drui.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
+#include "ui/video_table.h"
 
 #include <QHeaderView>
 #include <QLineEdit>
@@ -39,7 +40,7 @@ QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, c
 // A table of whole rows, one selected at a time, that cannot be edited.
 QTableWidget* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
 {
-    auto* table = new QTableWidget(0, static_cast<int>(labels.size()), page);
+    auto* table = new VideoTable(static_cast<int>(labels.size()), page);
     table->setFont(CalibriFont(11));
     table->horizontalHeader()->setFont(CalibriFont(11));
     table->setHorizontalHeaderLabels(labels);

@@ -182,12 +182,12 @@ void Desktop::Screenshot(const QString& file) const
                           qEnvironmentVariable("DISPLAY"), "-frames:v", "1", file});
 }
 
-Outcome RunProgram(const QString& program, const QStringList& arguments)
+Outcome RunProgram(const QString& program, const QStringList& arguments, int milliseconds)
 {
     QProcess process;
     process.start(program, arguments);
     process.closeWriteChannel();
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit) {
+    if (!process.waitForFinished(milliseconds) || process.exitStatus() != QProcess::NormalExit) {
         process.kill();
         process.waitForFinished();
         return {-1, process.readAllStandardOutput(),

@@ -77,8 +77,8 @@ struct Outcome
     QByteArray errors;
 };
 
-// Runs a program to its end, at most a minute.
-Outcome RunProgram(const QString& program, const QStringList& arguments);
+// Runs a program to its end, at most for this long.
+Outcome RunProgram(const QString& program, const QStringList& arguments, int milliseconds = 60000);
 
 // Asks again and again until it is true; false when the time is over.
 bool WaitUntil(const std::function<bool()>& condition, int milliseconds = 15000);

@@ -17,4 +17,5 @@ struct RecordingFile
 RecordingFile ReadRecording(const QString& file);
 
 // What recording_report tells of a recording that shows the test pattern in the upper left corner.
-QMap<QString, QString> PatternReport(const QString& file);
+// A long recording takes its time.
+QMap<QString, QString> PatternReport(const QString& file, int milliseconds = 60000);

@@ -45,6 +45,13 @@ private Q_SLOTS:
         QTEST(text, "text");
         QTEST(qlonglong(DurationSeconds(text)), "seconds");
     }
+
+    void aFieldThatNoIntHoldsCountsNothing()
+    {
+        QCOMPARE(DurationSeconds("9223372036854775807:1:2"), 62LL);
+        QCOMPARE(DurationSeconds("2147483647:0:0"), 2147483647LL * 3600);
+        QCOMPARE(DurationSeconds("1:-9999999999:2147483648"), 3600LL);
+    }
 };
 
 QTEST_GUILESS_MAIN(DurationTest)

@@ -5,14 +5,24 @@
 #include <QTest>
 
 #include <limits>
+#include <optional>
 #include <sys/time.h>
+#include <sys/times.h>
 
 #ifdef WRAPS_SYSTEM_CALLS
 namespace {
 bool g_clockIsBroken = false;
-}
+std::optional<clock_t> g_ticks; // in place of the system's
+} // namespace
 
 extern "C" {
+clock_t __real_times(struct tms* unused); // NOLINT: the linker's names
+clock_t __wrap_times(struct tms* unused); // NOLINT
+clock_t __wrap_times(struct tms* unused)  // NOLINT
+{
+    return g_ticks ? *g_ticks : __real_times(unused);
+}
+
 int __real_gettimeofday(struct timeval* now, void* zone); // NOLINT: the linker's names
 int __wrap_gettimeofday(struct timeval* now, void* zone); // NOLINT
 int __wrap_gettimeofday(struct timeval* now, void* zone)  // NOLINT
@@ -50,6 +60,21 @@ private Q_SLOTS:
             counted > least - 20 && counted < most + 20,
             qPrintable(QString("%1 ms counted in %2 to %3").arg(counted).arg(least).arg(most)));
         QCOMPARE(rsb_getTickCount() % 10, 0);
+    }
+
+    void theCountGoesOnBeyond32Bits()
+    {
+#ifdef WRAPS_SYSTEM_CALLS
+        g_ticks = 429496729; // the last one whose milliseconds 32 bits hold
+        const long long before = rsb_getTickCount();
+        g_ticks = *g_ticks + 1;
+        const long long after = rsb_getTickCount();
+        g_ticks.reset();
+        QCOMPARE(before, 4294967290LL);
+        QCOMPARE(after, 4294967300LL);
+#else
+        QSKIP("no wrapped system call here");
+#endif
     }
 
     void localTime()

@@ -6,6 +6,12 @@ if(TARGET tool)
   lumenfold_test(tool_listing_test unit SOURCES tool_listing_test.cpp LIBRARIES lumenfold_tool_core)
   lumenfold_test(tool_sound_track_test unit SOURCES tool_sound_track_test.cpp LIBRARIES
                  lumenfold_tool_core)
+  lumenfold_test(tool_picture_clock_test unit SOURCES tool_picture_clock_test.cpp LIBRARIES
+                 lumenfold_tool_core)
+  lumenfold_test(tool_picture_pipe_test unit SOURCES tool_picture_pipe_test.cpp LIBRARIES
+                 lumenfold_tool_core)
+  lumenfold_test(tool_screen_picture_test unit SOURCES tool_screen_picture_test.cpp tool_movies.cpp
+                 LIBRARIES lumenfold_tool_core)
   lumenfold_test(tool_ffmpeg_program_test unit SOURCES tool_ffmpeg_program_test.cpp LIBRARIES
                  lumenfold_tool_core)
   lumenfold_test(
@@ -14,20 +20,31 @@ if(TARGET tool)
   add_dependencies(tool_program_test tool)
   # With a screen and a sound server.
   find_package(Qt6 6.4 REQUIRED COMPONENTS Network)
-  add_executable(tool_recording_test tool_recording_test.cpp tool_movies.cpp)
-  target_link_libraries(tool_recording_test PRIVATE lumenfold_flags Qt6::Test Qt6::Network)
-  target_compile_definitions(tool_recording_test PRIVATE TOOL_PROGRAM="$<TARGET_FILE:tool>")
-  add_dependencies(tool_recording_test tool)
-  add_test(NAME tool_recording_test COMMAND "${PROJECT_SOURCE_DIR}/scripts/virtual-desktop" --no-tray
-                                            $<TARGET_FILE:tool_recording_test>)
-  set_tests_properties(tool_recording_test PROPERTIES LABELS desktop TIMEOUT 300)
+  # lumenfold_screen_test(NAME [OPTION...]): run on a virtual desktop that is made with these options.
+  function(lumenfold_screen_test name)
+    add_executable(${name} ${name}.cpp tool_movies.cpp)
+    target_link_libraries(${name} PRIVATE lumenfold_flags lumenfold_tool_core Qt6::Test Qt6::Network)
+    target_compile_definitions(
+      ${name} PRIVATE TOOL_PROGRAM="$<TARGET_FILE:tool>" TEST_PATTERN="$<TARGET_FILE:test_pattern>"
+                      FDATASYNC_PRELOAD="$<TARGET_FILE:fdatasync_preload>")
+    add_dependencies(${name} tool test_pattern fdatasync_preload)
+    add_test(NAME ${name} COMMAND "${PROJECT_SOURCE_DIR}/scripts/virtual-desktop" ${ARGN} $<TARGET_FILE:${name}>)
+    set_tests_properties(${name} PROPERTIES LABELS desktop TIMEOUT 300)
+  endfunction()
+  lumenfold_screen_test(tool_recording_test --no-tray)
+  # "sanitized": with the sanitizers too, as the one test that has `tool` record.
+  set_tests_properties(tool_recording_test PROPERTIES LABELS "desktop;sanitized")
+  # On a screen that is small, for there are many recordings of it.
+  lumenfold_screen_test(tool_cut_short_test --no-tray --size 320x200x24)
+  set_tests_properties(tool_cut_short_test PROPERTIES RESOURCE_LOCK encoder)
   # With the real ffmpeg.
-  foreach(test tool_probe_test tool_join_test tool_cut_test tool_merge_test)
+  foreach(test tool_probe_test tool_join_test tool_cut_test tool_merge_test tool_settle_test
+               tool_torn_input_test)
     lumenfold_test(${test} unit SOURCES ${test}.cpp tool_movies.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
                    TOOL_PROGRAM="$<TARGET_FILE:tool>")
     add_dependencies(${test} tool)
   endforeach()
-  # A minute or two of encoding, nothing that sanitizers would see: it all happens in ffmpeg.
+  # A minute or two of encoding.
   set_tests_properties(tool_cut_test tool_merge_test PROPERTIES LABELS media TIMEOUT 900
                                                                         RESOURCE_LOCK encoder)
 endif()
@@ -52,6 +69,11 @@ if(TARGET tool)
     "${other}:sound alone.mp4" "twentyFilesEndInStep:late sound" firstMovieGivesSizeRateAndSound
     partWithoutSoundIsSilent deletedPartsAreJoinedToTheEnd folderWithABarInItsName missingPartIsTold
     damagedPartIsTold)
+  lumenfold_versions_test(torn_input versions tool_torn_input_test)
+  lumenfold_versions_test(
+    cut_short versions "${PROJECT_SOURCE_DIR}/scripts/virtual-desktop" --no-tray --size 320x200x24
+    $<TARGET_FILE:tool_cut_short_test> quitLeavesAnOrdinaryMovie recorderKilledEndsTheRecording
+    powerCutLosesTwoSeconds fullDiskLeavesWhatHadRoom)
   # ffmpeg 4 counts the lead-in of a cut, which no player shows, in the file's duration; and it cannot
   # drop the pictures by which copied parts overlap, so that these drift by some ms a part.
   lumenfold_versions_test(cut_exactly versions_from_5 tool_cut_test

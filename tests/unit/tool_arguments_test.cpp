@@ -78,11 +78,15 @@ private slots:
     void removedOptionsAreRenamed();
     void inputNamesAreNeverRenamed();
     void silentRecordingOpensTheScreenOnly();
+    void picturesFromAPipeAreTakenAsTheyCome();
+    void onlyPicturesOfTheUsualColoursMayBeConverted();
     void soundFollowsTheScreen();
     void secondInputAddsNoSecondScreen();
     void syncOptionBecomesAFilter();
     void framesComeAtTheRateOfTheFile();
     void keyFramesAreUnderTwoSecondsApart();
+    void moviesAreRecordedInPieces_data();
+    void moviesAreRecordedInPieces();
     void whatIsRecordedReachesTheFileAtOnce();
     void filtersOfTheCallerAreKept();
     void statusPeriodOnlyWhereKnown();
@@ -183,6 +187,26 @@ void ToolArgumentsTest::silentRecordingOpensTheScreenOnly()
     QCOMPARE(result.back(), outputOptions.back());
 }
 
+void ToolArgumentsTest::picturesFromAPipeAreTakenAsTheyCome()
+{
+    CapturePlan plan = Plan(7);
+    plan.screenPipe = 5;
+    const Arguments result = tool::TranslateCapture(oneSound, plan);
+    QVERIFY2(Has(result, {"-f", "rawvideo", "-pixel_format", "yuv420p", "-video_size", "1280x800",
+                          "-framerate", "29.97", "-skip_initial_bytes", "64", "-i", "/dev/fd/5"}),
+             qPrintable(Shown(result)));
+    QVERIFY(Find(result, {"-i", "/dev/fd/7"}) > Find(result, {"-i", "/dev/fd/5"}));
+    QVERIFY2(!Has(result, {"-vf"}) && !Has(result, {"x11grab"}), qPrintable(Shown(result)));
+}
+
+void ToolArgumentsTest::onlyPicturesOfTheUsualColoursMayBeConverted()
+{
+    QVERIFY(tool::WantsYuv420(silent));
+    QVERIFY(!tool::WantsYuv420({"-f", "avfoundation", "-i", "0", "o.mp4"}));
+    QVERIFY(!tool::WantsYuv420({"-f", "avfoundation", "-i", "0", "-pix_fmt", "yuv444p", "o.mp4"}));
+    QCOMPARE(tool::FrameRate(silent), std::string("29.97"));
+}
+
 void ToolArgumentsTest::soundFollowsTheScreen()
 {
     const Arguments result = tool::TranslateCapture(oneSound, Plan(7));
@@ -229,6 +253,35 @@ void ToolArgumentsTest::keyFramesAreUnderTwoSecondsApart()
     own.insert(own.end() - 1, {"-g", "10"});
     const Arguments kept = tool::TranslateCapture(own, Plan(std::nullopt));
     QCOMPARE(std::count(kept.begin(), kept.end(), "-g"), 1);
+}
+
+void ToolArgumentsTest::moviesAreRecordedInPieces_data()
+{
+    QTest::addColumn<std::string>("name");
+    QTest::addColumn<Arguments>("options");
+    QTest::addColumn<bool>("inPieces");
+    QTest::newRow("movie") << std::string("o.mp4") << Arguments() << true;
+    QTest::newRow("another kind") << std::string("o.mkv") << Arguments() << false;
+    QTest::newRow("a name that is only an ending") << std::string(".mp4") << Arguments() << false;
+    QTest::newRow("another kind under that name")
+        << std::string("o.mp4") << Arguments{"-f", "mpegts"} << false;
+    QTest::newRow("written as the caller wants it")
+        << std::string("o.mp4") << Arguments{"-movflags", "+faststart"} << false;
+}
+
+void ToolArgumentsTest::moviesAreRecordedInPieces()
+{
+    QFETCH(std::string, name);
+    QFETCH(Arguments, options);
+    QFETCH(bool, inPieces);
+    Arguments own = silent;
+    own.back() = name;
+    own.insert(own.end() - 1, options.begin(), options.end());
+    QCOMPARE(tool::RecordsInPieces(own), inPieces);
+    const Arguments result = tool::TranslateCapture(own, Plan(std::nullopt));
+    const auto at = Find(result, {"-frag_duration", "500000"});
+    QCOMPARE(at >= 0, inPieces);
+    QVERIFY2(!inPieces || at > Find(result, {"-i"}), "not for the output");
 }
 
 void ToolArgumentsTest::whatIsRecordedReachesTheFileAtOnce()

@@ -46,6 +46,8 @@ private slots:
     void plainMovieIsConvertedAsAsked();
     void descriptionsAreReadFromFfmpegsText_data();
     void descriptionsAreReadFromFfmpegsText();
+    void whatNoVideoCanBeIsNotTakenFromFfmpegsText_data();
+    void whatNoVideoCanBeIsNotTakenFromFfmpegsText();
     void silentAndBlackPartsAreMade();
     void copiedSoundIsThinnedWhereFfmpegCan();
     void shapeTellsStreamsApart();
@@ -208,6 +210,50 @@ void ToolJoinTest::descriptionsAreReadFromFfmpegsText()
     QCOMPARE(parts[2].height % 2, 0);
     QCOMPARE(parts[2].rate, std::string("30"));
     QVERIFY(tool::ParseDescriptions("a.ts: No such file or directory\n").empty());
+}
+
+void ToolJoinTest::whatNoVideoCanBeIsNotTakenFromFfmpegsText_data()
+{
+    QTest::addColumn<QString>("stream");
+    QTest::addColumn<QString>("read"); // size, rate, samples a second, channels
+    const char* video = "Video: h264, yuv420p, ";
+    const char* audio = "Audio: aac, ";
+    const auto row = [](const char* name, const QString& stream, const char* read) {
+        QTest::newRow(name) << stream << read;
+    };
+    row("larger than any", QString(video) + "999999999x2, 25 fps", "0x0 25 0 ");
+    row("below nothing", QString(video) + "-4x-4, 25 fps", "0x0 25 0 ");
+    row("size after one that is none", QString(video) + "0x0, 64x48, 25 fps", "64x48 25 0 ");
+    row("pixels wider than any picture", QString(video) + "64x48 [SAR 99999999:1], 25 fps",
+        "64x48 25 0 ");
+    row("pixels without a width", QString(video) + "64x48 [SAR 1:9999], 25 fps", "64x48 25 0 ");
+    row("a rate that goes on", QString(video) + "64x48, 25[x];y fps", "64x48 30 0 ");
+    row("no finite rate", QString(video) + "64x48, inf fps", "64x48 30 0 ");
+    row("more samples than an int", QString(audio) + "99999999999 Hz, mono, fltp", "0x0  0 ");
+    row("no finite sample rate", QString(audio) + "nan Hz, mono, fltp", "0x0  0 ");
+    row("channels that end a filter", QString(audio) + "8000 Hz, mono;x[y], fltp",
+        "0x0  8000 stereo");
+    row("no channels", QString(audio) + "8000 Hz, , fltp", "0x0  8000 stereo");
+}
+
+void ToolJoinTest::whatNoVideoCanBeIsNotTakenFromFfmpegsText()
+{
+    QFETCH(QString, stream);
+    QFETCH(QString, read);
+    const QString text = "Input #0, mov, from '1.ts':\n  Duration: -1:-1:-1.00, start: 0\n"
+                         "  Stream #0:0: " +
+                         stream + "\n";
+    const auto parts = tool::ParseDescriptions(text.toStdString());
+    QCOMPARE(parts.size(), size_t{1});
+    const tool::PartDescription& part = parts.front();
+    QCOMPARE(QString("%1x%2 %3 %4 %5")
+                 .arg(part.width)
+                 .arg(part.height)
+                 .arg(QString::fromStdString(part.rate))
+                 .arg(part.sampleRate)
+                 .arg(QString::fromStdString(part.channels)),
+             read);
+    QVERIFY2(part.duration >= 0, "a part of less than no time");
 }
 
 void ToolJoinTest::silentAndBlackPartsAreMade()

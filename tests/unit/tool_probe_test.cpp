@@ -18,6 +18,7 @@ private slots:
     void initTestCase();
     void answerIsFfmpegsToTheLetter_data();
     void answerIsFfmpegsToTheLetter();
+    void aDurationOfNothingIsNone();
     void answerNeedsNoFfmpeg();
     void doubtfulFilesAreLeftToFfmpeg_data();
     void doubtfulFilesAreLeftToFfmpeg();
@@ -140,6 +141,14 @@ void ToolProbeTest::answerIsFfmpegsToTheLetter()
     QCOMPARE(ours.code, real.code);
     QCOMPARE(ours.error, QByteArray::fromStdString(*text));
     QCOMPARE(ours.output, QByteArray());
+}
+
+void ToolProbeTest::aDurationOfNothingIsNone()
+{
+    tool::FrugalFile file(Path("no duration.mp4").toStdString(), tool::movieAllowance);
+    const auto movie = tool::ReadMovie(file);
+    QVERIFY2(movie, "the file is not read at all");
+    QVERIFY2(!movie->duration, "a cut from its start would count as one from behind its end");
 }
 
 void ToolProbeTest::answerNeedsNoFfmpeg()

@@ -140,7 +140,7 @@ void ToolRecordingTest::quitBeforeTheFirstPictureStillGivesAPicture_data()
     QTest::newRow("at once, with sound") << QByteArray() << "0:0";
     // As on a machine that has a lot to do.
     QTest::newRow("ffmpeg starts late")
-        << QByteArray("case \"$*\" in *x11grab*) sleep 2;; esac\n") << "0";
+        << QByteArray("case \"$*\" in *rawvideo*) sleep 2;; esac\n") << "0";
 }
 
 void ToolRecordingTest::quitBeforeTheFirstPictureStillGivesAPicture()

@@ -4,7 +4,7 @@ endforeach()
 if(NOT APPLE)
   # Faults that a healthy machine does not produce.
   target_link_options(disk_test PRIVATE -Wl,--wrap=statvfs)
-  target_link_options(tick_test PRIVATE -Wl,--wrap=gettimeofday)
+  target_link_options(tick_test PRIVATE -Wl,--wrap=gettimeofday -Wl,--wrap=times)
   target_compile_definitions(disk_test PRIVATE WRAPS_SYSTEM_CALLS)
   target_compile_definitions(tick_test PRIVATE WRAPS_SYSTEM_CALLS)
 endif()

@@ -282,6 +282,20 @@ private Q_SLOTS:
         }
     }
 
+    // What Qt keeps of an icon once shown would grow with every new one.
+    void theIconBlinksForHoursWithTheSameTwoIcons()
+    {
+        EnterRecordPage();
+        Press("Record");
+        Child<QTimer>("m_pRecTimer")->stop();
+        QSet<qint64> icons;
+        for (int tick = 1; tick <= 320; ++tick) {
+            Call("doTimerRec");
+            icons << Child<QSystemTrayIcon>("m_pTrayIcon")->icon().cacheKey();
+        }
+        QCOMPARE(icons.size(), 2);
+    }
+
     void recordPressedAsFastAsAMachineCanLosesNoFile()
     {
         const ModalBoxes boxes;

@@ -3,6 +3,13 @@ lumenfold_test(
   SOURCES resources_test.cpp
   LIBRARIES lumenfold_resources Qt6::Gui)
 
+# The pictures that are committed against the drawings beside them.
+lumenfold_test(
+  drawings_test window
+  SOURCES drawings_test.cpp
+  LIBRARIES Qt6::Gui
+  DEFINITIONS "LUMENFOLD_RESOURCES_DIR=\"${PROJECT_SOURCE_DIR}/resources\"")
+
 # The program gets at the images through a static library; so does this test.
 add_library(linked_images STATIC linked_images.cpp linked_images.h)
 target_link_libraries(
@@ -21,3 +28,9 @@ lumenfold_test(
   LIBRARIES Qt6::Core
   DEFINITIONS "LUMENFOLD_HELP_DIR=\"${LUMENFOLD_BIN_DIR}/help\"")
 add_dependencies(help_pages_test lumenfold_help)
+lumenfold_test(
+  help_browser_test window
+  SOURCES help_browser_test.cpp
+  LIBRARIES Qt6::Core
+  DEFINITIONS "LUMENFOLD_HELP_DIR=\"${LUMENFOLD_BIN_DIR}/help\"")
+add_dependencies(help_browser_test lumenfold_help)

@@ -1,0 +1,61 @@
+# The portable archive: one folder with all that a bare desktop lacks. `cmake --build DIR --target package`
+# makes build/DIR/package/lumenfold-recorder-VERSION-linux-MACHINE.tar.gz.
+find_program(LUMENFOLD_PACKAGE_FFMPEG ffmpeg DOC "The ffmpeg to pack; OFF packs none")
+
+set(LUMENFOLD_FFMPEG_NOTE "All else lies in this folder,\nffmpeg included.")
+if(NOT LUMENFOLD_PACKAGE_FFMPEG)
+  set(LUMENFOLD_FFMPEG_NOTE "It also needs ffmpeg\n(5.1 or newer, with libx264), installed or put beside the program; all else lies in this folder.")
+  set(LUMENFOLD_PACKAGE_FFMPEG OFF)
+endif()
+
+# One search path for a program and all it loads: found before anything in the environment, and inherited
+# by libraries, so that they can be packed as they are.
+foreach(program lumenfold-recorder tool)
+  target_link_options(${program} PRIVATE -Wl,--disable-new-dtags)
+  set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/lib")
+endforeach()
+install(TARGETS lumenfold-recorder tool RUNTIME DESTINATION .)
+install(DIRECTORY "${LUMENFOLD_BIN_DIR}/help" DESTINATION .)
+install(PROGRAMS linux/install-desktop-entry DESTINATION .)
+install(FILES linux/qt.conf DESTINATION .)
+install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${PROJECT_SOURCE_DIR}/THIRD-PARTY.md" DESTINATION .)
+# The oldest C library that runs it is the one it was linked to.
+execute_process(COMMAND getconf GNU_LIBC_VERSION OUTPUT_VARIABLE LUMENFOLD_GLIBC OUTPUT_STRIP_TRAILING_WHITESPACE)
+configure_file(linux/README.txt.in "${CMAKE_CURRENT_BINARY_DIR}/README.txt" @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/README.txt" DESTINATION .)
+
+# What install-desktop-entry copies.
+configure_file(linux/com.tarvessa.lumenfold_recorder.metainfo.xml.in
+               "${CMAKE_CURRENT_BINARY_DIR}/com.tarvessa.lumenfold_recorder.metainfo.xml" @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/com.tarvessa.lumenfold_recorder.metainfo.xml" DESTINATION share/metainfo)
+install(FILES linux/lumenfold-recorder.desktop DESTINATION share/applications)
+foreach(size IN LISTS icon_sizes)
+  if(size LESS 1024)
+    install(FILES "${icon_folder}/${size}.png" DESTINATION "share/icons/hicolor/${size}x${size}/apps"
+            RENAME lumenfold-recorder.png)
+  endif()
+endforeach()
+install(FILES "${LUMENFOLD_ICON_DRAWING}" DESTINATION share/icons/hicolor/scalable/apps
+        RENAME lumenfold-recorder.svg)
+
+# Libraries, Qt's plugins and ffmpeg: whatever the programs are linked to when the archive is made.
+get_target_property(qmake Qt6::qmake IMPORTED_LOCATION)
+execute_process(COMMAND "${qmake}" -query QT_INSTALL_PLUGINS OUTPUT_VARIABLE qt_plugins
+                OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+install(
+  CODE "execute_process(
+    COMMAND \"${CMAKE_CURRENT_SOURCE_DIR}/linux/collect\" \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\"
+      \"${LUMENFOLD_BIN_DIR}\" \"${qt_plugins}\" \"${LUMENFOLD_PACKAGE_FFMPEG}\"
+    COMMAND_ERROR_IS_FATAL ANY)")
+
+set(CPACK_GENERATOR TGZ)
+set(CPACK_PACKAGE_NAME lumenfold-recorder)
+set(CPACK_PACKAGE_VENDOR Tarvessa)
+set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
+string(TOLOWER "${CMAKE_SYSTEM_NAME}" system)
+set(CPACK_PACKAGE_FILE_NAME "lumenfold-recorder-${PROJECT_VERSION}-${system}-${CMAKE_SYSTEM_PROCESSOR}")
+set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/package")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_VERBATIM_VARIABLES ON)
+set(LUMENFOLD_ARCHIVE "${CPACK_PACKAGE_DIRECTORY}/${CPACK_PACKAGE_FILE_NAME}.tar.gz")
+include(CPack)

@@ -1,0 +1,43 @@
+// A virtual X screen of a test's own, to be made as the test wants it and to be ended under a
+// recording.
+#pragma once
+
+#include <QByteArray>
+#include <QStringList>
+
+#include <memory>
+#include <sys/types.h>
+
+struct xcb_connection_t;
+
+class OwnScreen
+{
+public:
+    // Options of Xvfb, the size among them: "-screen", "0", "640x480x24".
+    explicit OwnScreen(const QStringList& options);
+    OwnScreen(const OwnScreen&) = delete;
+    OwnScreen& operator=(const OwnScreen&) = delete;
+    ~OwnScreen();
+
+    bool Good() const { return m_pConnection != nullptr; }
+    QByteArray Name() const { return m_name; } // as in DISPLAY
+
+    // Fills the screen with colours, edges and small print.
+    void ShowPicture();
+    // Fills it with one colour, 0xRRGGBB, and sets the mouse there.
+    void ShowColour(uint32_t colour, int mouseX, int mouseY);
+    // Makes it smaller or as large as it was.
+    void Resize(int width, int height);
+    // Ends the server at once.
+    void Kill();
+
+private:
+    void Sync();
+
+    QByteArray m_name;
+    pid_t m_nServer = -1;
+    xcb_connection_t* m_pConnection = nullptr;
+    uint32_t m_root = 0;
+    int m_nWidth = 0;
+    int m_nHeight = 0;
+};

@@ -1,0 +1,310 @@
+// Records virtual screens by `tool` alone: what is in the picture, and what becomes of the file
+// when something goes.
+#include "tests/desktop/desktop.h"
+#include "tests/desktop/own_screen.h"
+#include "tests/desktop/recording_file.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+#include <csignal>
+#include <memory>
+
+namespace {
+
+constexpr auto kSize = "640x480x24";
+constexpr int kWidth = 640;
+constexpr int kHeight = 480;
+constexpr uint32_t kGround = 0x4080c0;
+
+// A recording under way.
+class Recording
+{
+public:
+    Recording(const OwnScreen& screen, const QString& file,
+              const QStringList& colours = {"yuv420p"})
+        : m_file(file)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("DISPLAY", screen.Name());
+        m_process.setProcessEnvironment(environment);
+        m_process.setProcessChannelMode(QProcess::MergedChannels);
+        m_process.start(TOOL_PROGRAM,
+                        QStringList{"-f", "avfoundation", "-framerate", "30", "-i", "0", "-r",
+                                    "29.97", "-preset", "ultrafast", "-pix_fmt"}
+                            << colours << file);
+    }
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
+    ~Recording()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+
+    // Until ffmpeg has told that so many pictures are through.
+    bool WaitForPictures(int count)
+    {
+        return WaitUntil([&] {
+                   Listen();
+                   auto found = QRegularExpression("frame= *(\\d+)").globalMatch(m_text);
+                   int seen = 0;
+                   while (found.hasNext()) {
+                       seen = found.next().captured(1).toInt();
+                   }
+                   return seen >= count || !IsRunning();
+               }) &&
+               IsRunning();
+    }
+    // What is still to come, counted from what was told last.
+    bool WaitForMore(int count)
+    {
+        Listen();
+        const auto last = m_text.lastIndexOf("frame=");
+        return WaitForPictures(count +
+                               m_text.mid(last + 6, 6).trimmed().section(' ', 0, 0).toInt());
+    }
+    bool WaitForEnd()
+    {
+        return WaitUntil([&] { return !IsRunning(); });
+    }
+    bool Quit()
+    {
+        m_process.write("q\r\n");
+        return WaitForEnd() && m_process.exitCode() == 0;
+    }
+    void Signal(int number) { kill(static_cast<pid_t>(m_process.processId()), number); }
+    bool IsRunning()
+    {
+        m_process.waitForFinished(0);
+        return m_process.state() != QProcess::NotRunning;
+    }
+
+    // Processes that stand beside ffmpeg.
+    QStringList Companions() const
+    {
+        QFile file(QString("/proc/%1/task/%1/children").arg(m_process.processId()));
+        return file.open(QIODevice::ReadOnly)
+                   ? QString::fromUtf8(file.readAll()).split(' ', Qt::SkipEmptyParts)
+                   : QStringList();
+    }
+    QString Text()
+    {
+        Listen();
+        return m_text;
+    }
+    QString File() const { return m_file; }
+
+private:
+    void Listen() { m_text += QString::fromUtf8(m_process.readAll()); }
+
+    QProcess m_process;
+    QString m_file;
+    QString m_text;
+};
+
+// One picture, three bytes a pixel.
+QByteArray LastPicture(const QString& file)
+{
+    const Outcome decoded = RunProgram(
+        "ffmpeg", {"-v", "error", "-i", file, "-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
+    return decoded.output.right(qsizetype{3} * kWidth * kHeight);
+}
+
+bool IsColour(const QByteArray& picture, int x, int y, uint32_t colour)
+{
+    for (int channel = 0; channel < 3; ++channel) {
+        const int shown = static_cast<uint8_t>(picture[(qsizetype{y} * kWidth + x) * 3 + channel]);
+        const int meant = static_cast<int>(colour >> (16 - 8 * channel) & 0xff);
+        if (std::abs(shown - meant) > 8) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+class ScreenGrabDesktopTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void pictureIsThatOfTheUsualGrab();
+    void mouseCursorIsInThePicture_data();
+    void mouseCursorIsInThePicture();
+    void screenOfOtherPixelsIsGrabbedByFfmpeg();
+    void otherColoursThanTheUsualAreRecorded();
+    void screenThatGoesLeavesAFinishedFile();
+    void terminatedRecordingIsFinishedAtOnce();
+    void nothingStaysBehindAKilledRecording();
+    void screenThatBecomesSmallerIsRecordedOn();
+
+private:
+    QString Path(const QString& name = "recording.mp4") const { return m_folder->filePath(name); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void ScreenGrabDesktopTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
+}
+
+void ScreenGrabDesktopTest::pictureIsThatOfTheUsualGrab()
+{
+    OwnScreen screen({"-screen", "0", kSize});
+    QVERIFY2(screen.Good(), "no X server");
+    screen.ShowPicture();
+    Recording recording(screen, Path());
+    QVERIFY2(recording.WaitForPictures(30), qPrintable(recording.Text()));
+    QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
+    QVERIFY2(recording.Text().contains("Input #0, rawvideo"), qPrintable(recording.Text()));
+    const QString usual = Path("usual.mp4");
+    const Outcome grabbed =
+        RunProgram("ffmpeg", {"-v", "error", "-f", "x11grab", "-framerate", "29.97", "-video_size",
+                              "640x480", "-i", screen.Name(), "-frames:v", "30", "-r", "29.97",
+                              "-preset", "ultrafast", "-pix_fmt", "yuv420p", usual});
+    QVERIFY2(grabbed.code == 0, grabbed.errors);
+    const Outcome compared = RunProgram(
+        "ffmpeg", {"-hide_banner", "-i", Path(), "-i", usual, "-lavfi", "ssim", "-f", "null", "-"});
+    const auto found = QRegularExpression("Y:([\\d.]+).* U:([\\d.]+).* V:([\\d.]+).* All:([\\d.]+)")
+                           .match(QString::fromUtf8(compared.errors));
+    QVERIFY2(found.hasMatch(), compared.errors);
+    // Colours are halved by another filter than ffmpeg's; what is seen is the same.
+    QVERIFY2(found.captured(1).toDouble() >= 0.99 && found.captured(4).toDouble() >= 0.99,
+             qPrintable(found.captured(0)));
+}
+
+void ScreenGrabDesktopTest::mouseCursorIsInThePicture_data()
+{
+    QTest::addColumn<int>("x");
+    QTest::addColumn<int>("y");
+    QTest::newRow("in the middle") << 300 << 200;
+    QTest::newRow("half over the edge") << kWidth - 4 << kHeight - 4;
+    QTest::newRow("in the corner") << 0 << 0;
+}
+
+void ScreenGrabDesktopTest::mouseCursorIsInThePicture()
+{
+    QFETCH(int, x);
+    QFETCH(int, y);
+    OwnScreen screen({"-screen", "0", kSize});
+    QVERIFY2(screen.Good(), "no X server");
+    screen.ShowColour(kGround, x, y);
+    Recording recording(screen, Path());
+    QVERIFY2(recording.WaitForPictures(5), qPrintable(recording.Text()));
+    QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
+    const QByteArray picture = LastPicture(Path());
+    QCOMPARE(picture.size(), qsizetype{3} * kWidth * kHeight);
+    // The encoder smears what it codes in blocks of 16.
+    constexpr int reach = 40;
+    bool seen = false;
+    for (int row = 0; row < kHeight; ++row) {
+        for (int column = 0; column < kWidth; ++column) {
+            const bool near = std::abs(row - y) < reach && std::abs(column - x) < reach;
+            const bool ground = IsColour(picture, column, row, kGround);
+            seen = seen || (near && !ground);
+            QVERIFY2(ground || near,
+                     qPrintable(QString("something at %1, %2").arg(column).arg(row)));
+        }
+    }
+    QVERIFY2(seen, "no cursor");
+}
+
+void ScreenGrabDesktopTest::screenOfOtherPixelsIsGrabbedByFfmpeg()
+{
+    OwnScreen screen({"-screen", "0", "640x480x16"});
+    QVERIFY2(screen.Good(), "no X server");
+    Recording recording(screen, Path());
+    QVERIFY2(recording.WaitForPictures(5), qPrintable(recording.Text()));
+    QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
+    QVERIFY2(recording.Text().contains("Input #0, x11grab"), qPrintable(recording.Text()));
+    QCOMPARE(ReadRecording(Path()).fault, QString());
+}
+
+void ScreenGrabDesktopTest::otherColoursThanTheUsualAreRecorded()
+{
+    OwnScreen screen({"-screen", "0", kSize});
+    QVERIFY2(screen.Good(), "no X server");
+    Recording recording(screen, Path(), {"yuv444p"});
+    QVERIFY2(recording.WaitForPictures(5), qPrintable(recording.Text()));
+    QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
+    QCOMPARE(ReadRecording(Path()).pictureTracks, QStringList{"h264 yuv444p 640x480"});
+}
+
+void ScreenGrabDesktopTest::screenThatGoesLeavesAFinishedFile()
+{
+    OwnScreen screen({"-screen", "0", kSize});
+    QVERIFY2(screen.Good(), "no X server");
+    screen.ShowPicture();
+    Recording recording(screen, Path());
+    QVERIFY2(recording.WaitForPictures(30), qPrintable(recording.Text()));
+    screen.Kill();
+    QVERIFY2(recording.WaitForEnd(), "the recording goes on without a screen");
+    const RecordingFile file = ReadRecording(Path());
+    QCOMPARE(file.fault, QString());
+    QVERIFY2(file.seconds >= 0.9, qPrintable(QString("%1 s").arg(file.seconds)));
+}
+
+void ScreenGrabDesktopTest::terminatedRecordingIsFinishedAtOnce()
+{
+    OwnScreen screen({"-screen", "0", kSize});
+    QVERIFY2(screen.Good(), "no X server");
+    Recording recording(screen, Path());
+    QVERIFY2(recording.WaitForPictures(30), qPrintable(recording.Text()));
+    QElapsedTimer time;
+    time.start();
+    recording.Signal(SIGTERM);
+    QVERIFY2(recording.WaitForEnd(), "the recording goes on");
+    QVERIFY2(time.elapsed() < 2000, qPrintable(QString("%1 ms").arg(time.elapsed())));
+    QCOMPARE(ReadRecording(Path()).fault, QString());
+}
+
+void ScreenGrabDesktopTest::nothingStaysBehindAKilledRecording()
+{
+    OwnScreen screen({"-screen", "0", kSize});
+    QVERIFY2(screen.Good(), "no X server");
+    Recording recording(screen, Path());
+    QVERIFY2(recording.WaitForPictures(5), qPrintable(recording.Text()));
+    const QStringList companions = recording.Companions();
+    QVERIFY(!companions.isEmpty());
+    recording.Signal(SIGKILL);
+    for (const QString& companion : companions) {
+        QVERIFY2(WaitUntil([&] { return !QFileInfo::exists("/proc/" + companion + "/exe"); }),
+                 "a process stays");
+    }
+}
+
+void ScreenGrabDesktopTest::screenThatBecomesSmallerIsRecordedOn()
+{
+    OwnScreen screen({"-screen", "0", kSize});
+    QVERIFY2(screen.Good(), "no X server");
+    screen.ShowColour(kGround, 10, 10);
+    Recording recording(screen, Path());
+    QVERIFY2(recording.WaitForPictures(10), qPrintable(recording.Text()));
+    constexpr int width = 320;
+    constexpr int height = 240;
+    screen.Resize(width, height);
+    QVERIFY2(recording.WaitForMore(10), qPrintable(recording.Text()));
+    QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
+    const RecordingFile file = ReadRecording(Path());
+    QCOMPARE(file.fault, QString());
+    QCOMPARE(file.pictureTracks, QStringList{"h264 yuv420p 640x480"});
+    const QByteArray picture = LastPicture(Path());
+    QVERIFY2(IsColour(picture, width - 20, height - 20, kGround), "what is left is not shown");
+    QVERIFY2(IsColour(picture, width + 20, height - 20, 0), "not black beside the screen");
+    QVERIFY2(IsColour(picture, kWidth - 20, kHeight - 20, 0), "not black below the screen");
+}
+
+QTEST_GUILESS_MAIN(ScreenGrabDesktopTest)
+#include "screen_grab_desktop_test.moc"

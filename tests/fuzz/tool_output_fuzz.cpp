@@ -1,0 +1,89 @@
+// What a job reads in a chunk of `tool`'s output, and what `tool` reads in ffmpeg's.
+#include "jobs/job_report.h"
+#include "jobs/merge_command.h"
+#include "tests/fuzz/target.h"
+#include "tool/join.h"
+
+#include <algorithm>
+#include <cmath>
+#include <regex>
+
+namespace {
+
+void CheckMarks(const QString& text)
+{
+    const OutputMarks all = MarksIn(text);
+    for (const qsizetype at : {text.size() / 3, text.size() / 2}) {
+        const OutputMarks left = MarksIn(text.left(at));
+        const OutputMarks right = MarksIn(text.mid(at));
+        Require(all.tick >= (left.tick || right.tick) &&
+                    all.invalid >= (left.invalid || right.invalid) &&
+                    all.missing >= (left.missing || right.missing),
+                "a mark in a part is one in the whole");
+    }
+}
+
+void CheckTexts(const QString& text)
+{
+    for (const int operation : {kMergeOperation, kCutOperation}) {
+        const QString shown = ProgressText(operation, 50, text, text);
+        Require(shown.startsWith("  Process: 50%\n"), "the percentage leads");
+        Require(std::all_of(shown.begin(), shown.end(), [](QChar c) { return c.unicode() < 256; }),
+                "paths are shown in Latin-1");
+        Require(SuccessText(operation, text).contains(text), "success names the file");
+    }
+    for (qsizetype files = 0; files <= 20; ++files) {
+        const qint64 total = MergeTicks(files);
+        const int percent = MergePercent(qMin<qint64>(text.size(), total), total);
+        Require(percent >= 0 && percent <= 100, "progress is a percentage");
+    }
+}
+
+void CheckDescription(const tool::PartDescription& part)
+{
+    static const std::regex rate(R"(\d+(\.\d+)?|\d+/1001)");
+    // What can stand in a chain of filters without ending it.
+    static const std::regex channels(R"([A-Za-z0-9.()+ ]+)");
+    constexpr int largest = 16384;
+    Require(part.width >= 0 && part.width <= largest && part.width % 2 == 0,
+            "a width is even and sensible");
+    Require(part.height >= 0 && part.height <= largest && part.height % 2 == 0,
+            "a height is even and sensible");
+    Require(!part.HasPicture() || std::regex_match(part.rate, rate),
+            "a rate is a number: " + part.rate);
+    Require(part.sampleRate >= 0 && part.sampleRate <= 1000000, "a sample rate is sensible");
+    Require(!part.HasSound() || std::regex_match(part.channels, channels),
+            "channels have a plain name: " + part.channels);
+    Require(std::isfinite(part.duration) && part.duration >= 0 && part.duration < 1e6,
+            "a duration is sensible");
+}
+
+void CheckDescriptions(const std::string& text)
+{
+    const auto parts = tool::ParseDescriptions(text);
+    std::for_each(parts.begin(), parts.end(), CheckDescription);
+    tool::Join join{{}, "/v/Merge_1.mp4"};
+    for (size_t i = 0; i < parts.size(); ++i) {
+        join.parts.push_back("/v/" + std::to_string(i + 1) + ".ts");
+    }
+    const tool::Arguments arguments = tool::EncodingJoin(join, parts);
+    Require(arguments.back() == join.destination, "the output stays last");
+    const auto option = std::find(arguments.begin(), arguments.end(), "-filter_complex");
+    Require(option != arguments.end(), "there is a graph");
+    const std::string& graph = *std::next(option);
+    Require(std::count(graph.begin(), graph.end(), '[') ==
+                std::count(graph.begin(), graph.end(), ']'),
+            "every label in the graph is closed");
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    const QString text = ToolTextOf(data, size);
+    CheckMarks(text);
+    CheckTexts(text);
+    CheckTexts(QString::fromUtf8(text.toLatin1()));
+    CheckDescriptions(TextOf(data, size));
+    return 0;
+}

@@ -1,0 +1,279 @@
+#include "tests/window/job_tool.h"
+
+#include <QAccessible>
+#include <QAction>
+#include <QComboBox>
+#include <QMenu>
+#include <QSystemTrayIcon>
+
+// The window operated by keyboard alone, and as a screen reader tells it.
+class AccessibilityTest : public VideoPageTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        PrepareVideos();
+        MakeVideo("a.mp4", "00:00:30");
+        MakeVideo("b.mp4", "00:00:40");
+    }
+    void cleanup() { FinishVideos(); }
+
+    void everyControlHasAName_data() { AddPageRows(); }
+    void everyControlHasAName()
+    {
+        QFETCH(QString, slot);
+        Enter(slot);
+        int controls = 0;
+        for (auto* control : CurrentPage()->findChildren<QWidget*>()) {
+            if (control->isVisible() && IsControl(control)) {
+                ++controls;
+                QVERIFY2(!Name(control).isEmpty(),
+                         qPrintable(QString("no name: %1 at %2, %3")
+                                        .arg(control->metaObject()->className())
+                                        .arg(control->x())
+                                        .arg(control->y())));
+            }
+        }
+        QVERIFY2(controls > 4, "hardly a control was found");
+    }
+
+    void tabGoesThroughThePageAsOneReads_data()
+    {
+        QTest::addColumn<QString>("slot");
+        QTest::addColumn<QStringList>("names");
+        const QStringList header{"Help", "Support", "About"};
+        QTest::newRow("home") << ""
+                              << header + QStringList{"The easiest", "Merge your", "Trim your"};
+        QTest::newRow("record") << "btnSlot"
+                                << header +
+                                       QStringList{"None", "Choose directory", "Back", "Record"};
+        QTest::newRow("cut") << "btnMontageSlot" << header + QStringList{"Video directory",
+                                                                         "Choose directory",
+                                                                         "Videos",
+                                                                         "Position",
+                                                                         "Back",
+                                                                         "Cut"};
+        QTest::newRow("merge") << "btnEditSlot"
+                               << header + QStringList{"Video directory", "Choose directory",
+                                                       "Videos", "Merge list", "Back"};
+    }
+    void tabGoesThroughThePageAsOneReads()
+    {
+        QFETCH(QString, slot);
+        QFETCH(QStringList, names);
+        Enter(slot);
+        Control("Help")->setFocus();
+        for (const QString& name : names) {
+            const QString focused = Name(QApplication::focusWidget());
+            QVERIFY2(focused.startsWith(name), qPrintable(name + " expected, focused: " + focused));
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QCOMPARE(Name(QApplication::focusWidget()), QString("Help")); // round and round
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+        QVERIFY2(Name(QApplication::focusWidget()).startsWith(names.last()),
+                 qPrintable("Backtab: " + Name(QApplication::focusWidget())));
+    }
+
+    void spaceAndReturnPressTheFocusedButton_data()
+    {
+        QTest::addColumn<Qt::Key>("key");
+        QTest::newRow("Space") << Qt::Key_Space;
+        QTest::newRow("Return") << Qt::Key_Return;
+        QTest::newRow("Enter") << Qt::Key_Enter;
+    }
+    void spaceAndReturnPressTheFocusedButton()
+    {
+        QFETCH(Qt::Key, key);
+        Enter("");
+        PressKey(Control("Trim your"), key);
+        QCOMPARE(Page(), 2);
+        PressKey(Control("Back"), key);
+        QCOMPARE(Page(), 0);
+        PressKey(Control("Merge your"), key);
+        QCOMPARE(Page(), 3);
+        PressKey(Child<QWidget>("m_pSourceVideoTable"), Qt::Key_Down);
+        PressKey(Control("Add"), key);
+        QCOMPARE(Child<QTableWidget>("m_pTargetVideoTable")->rowCount(), 1);
+    }
+
+    void escapeChangesNothing_data() { AddPageRows(); }
+    void escapeChangesNothing()
+    {
+        QFETCH(QString, slot);
+        Enter(slot);
+        const int page = Page();
+        Control("Help")->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        QVERIFY(Window().isVisible());
+        QCOMPARE(Page(), page);
+        QCOMPARE(Name(QApplication::focusWidget()), QString("Help"));
+    }
+
+    // With the mouse alone a click would tell the page which video is meant.
+    void aVideoChosenByKeyIsTheOneThatIsCut()
+    {
+        Enter("btnMontageSlot");
+        auto* table = Child<QTableWidget>("m_pCutTable");
+        PressKey(table, Qt::Key_Space);
+        QCOMPARE(Child<QSlider>("m_pCutSlider")->maximum(), 30);
+        QVERIFY(Control("Start")->isEnabled());
+        PressKey(table, Qt::Key_Down);
+        QCOMPARE(table->currentRow(), 1);
+        QCOMPARE(Child<QSlider>("m_pCutSlider")->maximum(), 40);
+        PressKey(table, Qt::Key_Up);
+        PressKey(table, Qt::Key_Return);
+        QCOMPARE(Child<QSlider>("m_pCutSlider")->maximum(), 30);
+    }
+
+    void theFocusIsSeenAsLongAsKeysAreUsed()
+    {
+        Enter("btnMontageSlot");
+        QTest::mouseClick(Control("Video directory"), Qt::LeftButton);
+        auto* ring = Child<QWidget>("m_pFocusRing");
+        QVERIFY2(!ring->isVisible(), "a ring where only the mouse was used");
+        for (int presses = 0; presses < 9; ++presses) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            const QWidget* focused = QApplication::focusWidget();
+            const QRect place(focused->mapTo(&Window(), QPoint()), focused->size());
+            QVERIFY2(ring->isVisible(), qPrintable("no ring: " + Name(focused)));
+            QVERIFY2(ring->geometry().contains(place), qPrintable("elsewhere: " + Name(focused)));
+            QVERIFY2(DiffersAround(place.adjusted(-4, -4, 4, 4), ring),
+                     qPrintable("not to be seen: " + Name(focused)));
+        }
+        QTest::mouseClick(Control("Video directory"), Qt::LeftButton);
+        QVERIFY2(!ring->isVisible(), "the ring stays though the mouse is used");
+    }
+
+    // Its own name is what it has chosen; what is chosen there is told by its caption.
+    void theChoiceOfSoundIsNamedByItsCaption()
+    {
+        Enter("btnSlot");
+        QAccessibleInterface* told =
+            QAccessible::queryAccessibleInterface(Child<QComboBox>("m_pAudioComBox"));
+        const auto labels = told->relations(QAccessible::Label);
+        QCOMPARE(labels.size(), 1);
+        QCOMPARE(labels.first().first->text(QAccessible::Name), QString("Audio: "));
+    }
+
+    void theProgressDialogIsNamed()
+    {
+        SCANUI dialog;
+        for (const char* name : {"Progress", "Close", "Cancel"}) {
+            bool found = false;
+            for (const auto* child : dialog.findChildren<QWidget*>()) {
+                found = found || Name(child) == name;
+            }
+            QVERIFY2(found, name);
+        }
+    }
+
+    void aMessageTellsItselfAndItsButtons()
+    {
+        CMessageBox box;
+        box.InitQuestionDialog("Are you sure?");
+        box.show();
+        QCOMPARE(Name(&box), QString("Are you sure?"));
+        QStringList buttons;
+        for (const auto* button : box.findChildren<QPushButton*>()) {
+            buttons << Name(button);
+        }
+        QCOMPARE(buttons, QStringList({"NO", "OK"}));
+        CMessageBox information;
+        information.InitInfoDialog("Done");
+        for (const auto* button : information.findChildren<QPushButton*>()) {
+            QVERIFY2(!Name(button).isEmpty(), "a button without a name");
+        }
+    }
+
+    void theTrayIconItsMenuAndItsStandInAreNamed()
+    {
+        Enter("btnSlot");
+        auto* icon = Child<QSystemTrayIcon>("m_pTrayIcon");
+        QCOMPARE(icon->toolTip(), QString("Lumenfold Screen Recorder"));
+        for (const QAction* entry : icon->contextMenu()->actions()) {
+            QVERIFY(!entry->text().isEmpty());
+        }
+        bool standIn = false;
+        for (const QWidget* window : QApplication::topLevelWidgets()) {
+            standIn = standIn ||
+                      (window->objectName() == "m_pTrayStandIn" && Name(window) == "Recording");
+        }
+        QVERIFY2(standIn, "the stand-in for the icon is not named");
+    }
+
+private:
+    static void AddPageRows()
+    {
+        QTest::addColumn<QString>("slot");
+        QTest::newRow("home") << "";
+        QTest::newRow("record") << "btnSlot";
+        QTest::newRow("cut") << "btnMontageSlot";
+        QTest::newRow("merge") << "btnEditSlot";
+    }
+
+    void Enter(const QString& slot)
+    {
+        OpenWindow();
+        Window().activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&Window()));
+        if (!slot.isEmpty()) {
+            Call(qPrintable(slot));
+        }
+    }
+
+    QWidget* CurrentPage()
+    {
+        return Window().findChild<QStackedLayout*>("m_pStack")->currentWidget();
+    }
+
+    static bool IsControl(const QWidget* widget)
+    {
+        return (widget->focusPolicy() & Qt::TabFocus) != 0;
+    }
+
+    static QString Name(const QWidget* widget)
+    {
+        QAccessibleInterface* told =
+            QAccessible::queryAccessibleInterface(const_cast<QWidget*>(widget));
+        return told == nullptr ? QString() : told->text(QAccessible::Name);
+    }
+
+    // The control of the current page whose name begins so.
+    QWidget* Control(const QString& name)
+    {
+        for (auto* control : CurrentPage()->findChildren<QWidget*>()) {
+            if (IsControl(control) && Name(control).startsWith(name)) {
+                return control;
+            }
+        }
+        qFatal("no control is named %s", qPrintable(name));
+    }
+
+    static void PressKey(QWidget* control, Qt::Key key)
+    {
+        control->setFocus();
+        QVERIFY(control->hasFocus());
+        QTest::keyClick(control, key);
+    }
+
+    // Whether the ring changes what is painted on the border of `place`.
+    bool DiffersAround(const QRect& place, QWidget* ring)
+    {
+        const QImage with = Window().grab(place).toImage();
+        ring->setVisible(false);
+        const QImage without = Window().grab(place).toImage();
+        ring->setVisible(true);
+        int differing = 0;
+        for (int x = 0; x < with.width(); ++x) {
+            for (int y = 0; y < with.height(); ++y) {
+                differing += with.pixel(x, y) != without.pixel(x, y) ? 1 : 0;
+            }
+        }
+        return differing >= with.width(); // a line's worth at the least
+    }
+};
+
+QTEST_MAIN(AccessibilityTest)
+#include "accessibility_test.moc"

@@ -1,0 +1,149 @@
+#include "tool/screen_feeder.h"
+
+#include "tool/companion.h"
+#include "tool/picture_pipe.h"
+#include "tool/screen_grabber.h"
+
+#include <array>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <thread>
+#include <unistd.h>
+
+namespace tool {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+using Outcome = ScreenGrabber::Outcome;
+
+constexpr auto patience = 3s; // for a server's first answers; measured: 6 ms
+constexpr auto firstPatience = 1s;
+
+// Only then can memory be shared with it.
+bool IsOnThisMachine(const std::string& display)
+{
+    return display.starts_with(':') || display.starts_with("unix:") || display.starts_with('/');
+}
+
+class Feeder
+{
+public:
+    Feeder(const ScreenFeederPlan& plan, ScreenGrabber& grabber, int pipe)
+        : m_plan(plan),
+          m_grabber(grabber),
+          m_nPipe(pipe),
+          m_pictures(pipe, YuvBytes(plan.area.width, plan.area.height))
+    {
+    }
+
+    void Run()
+    {
+        if (m_grabber.Grab(Clock::now() + firstPatience) != Outcome::Taken || !Convert()) {
+            return;
+        }
+        m_pictures.Add(0); // stands in should the server not answer at the start
+        if (m_plan.start != nullptr) {
+            m_plan.start->NameGrabber();
+        }
+        if (!WaitForReader()) {
+            return;
+        }
+        const SteadyTime start = Clock::now();
+        if (m_plan.start != nullptr) {
+            m_plan.start->Set(start);
+        }
+        const PictureClock clock(m_plan.rate, start);
+        int64_t next = 0;
+        while (next >= 0 && m_pictures.Work(clock.Due(next))) {
+            next = Fill(clock, next);
+        }
+        // The screen has gone: what it showed is still written.
+        while (m_pictures.HasWork() && m_pictures.Work(Clock::now() + 10ms)) {
+        }
+    }
+
+private:
+    // ffmpeg opens the pipe and reads what means nothing: the recording starts at that moment, not
+    // before, for what is grabbed sooner would have to be kept until it reads. False when it has
+    // gone.
+    bool WaitForReader() const
+    {
+        const std::array<char, skippedBytes> nothing{};
+        if (write(m_nPipe, nothing.data(), nothing.size()) != skippedBytes) {
+            return false;
+        }
+        int unread = skippedBytes;
+        while (unread == skippedBytes) {
+            std::this_thread::sleep_for(1ms);
+            pollfd pipe{m_nPipe, 0, 0};
+            if (poll(&pipe, 1, 0) < 0 || (pipe.revents & POLLERR) != 0 ||
+                ioctl(m_nPipe, FIONREAD, &unread) != 0) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    // False when there is no place for the picture.
+    bool Convert()
+    {
+        uint8_t* picture = m_pictures.Blank();
+        if (picture != nullptr) {
+            ConvertToYuv(m_grabber.Picture(), picture, m_plan.area.width, m_plan.area.height);
+        }
+        return picture != nullptr;
+    }
+
+    // Gives the place that is due its picture, and those before it that were missed the one before.
+    // The next place, or -1 when the screen has gone.
+    int64_t Fill(const PictureClock& clock, int64_t next)
+    {
+        const int64_t place = clock.PlaceAt(Clock::now(), next);
+        const Outcome outcome = m_grabber.Grab(clock.Due(place + 1));
+        m_pictures.Repeat(place - next);
+        if (outcome == Outcome::Lost) {
+            return -1;
+        }
+        if (outcome == Outcome::Taken && Convert()) {
+            m_pictures.Add();
+        } else {
+            m_pictures.Repeat(1);
+        }
+        return place + 1;
+    }
+
+    const ScreenFeederPlan& m_plan;
+    ScreenGrabber& m_grabber;
+    int m_nPipe;
+    PicturePipe m_pictures;
+};
+
+} // namespace
+
+std::optional<int> StartScreenFeeder(const ScreenFeederPlan& plan)
+{
+    std::array<int, 2> ends{};
+    if (!IsOnThisMachine(plan.display) || pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return std::nullopt;
+    }
+    const bool started = StartCompanion(ends[1], [&plan](int pipe) {
+        fcntl(pipe, F_SETFL, O_WRONLY | O_NONBLOCK);
+        if (const auto grabber = ScreenGrabber::Open(plan.display, plan.area)) {
+            Feeder(plan, *grabber, pipe).Run();
+        }
+    });
+    close(ends[1]);
+    // Something to read tells that it can grab; the end of the pipe that it cannot.
+    pollfd answer{ends[0], POLLIN, 0};
+    const auto time = std::chrono::milliseconds(patience).count();
+    if (!started || poll(&answer, 1, static_cast<int>(time)) != 1 ||
+        (answer.revents & POLLIN) == 0 || fcntl(ends[0], F_SETFD, 0) != 0) {
+        close(ends[0]);
+        return std::nullopt;
+    }
+    return ends[0];
+}
+
+} // namespace tool

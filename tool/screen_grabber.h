@@ -1,0 +1,42 @@
+// Takes pictures of a part of the X screen, with the mouse cursor in them.
+#pragma once
+
+#include "tool/arguments.h"
+#include "tool/picture_clock.h"
+#include "tool/screen_picture.h"
+
+#include <memory>
+#include <string>
+
+namespace tool {
+
+class ScreenGrabber
+{
+public:
+    enum class Outcome {
+        Taken,
+        Waiting, // the server has not answered in time; the next call waits on
+        Lost,    // it has gone, or refuses
+    };
+
+    // Nothing where this way does not work: no display, no memory shared with it, no XFixes, pixels
+    // of another kind than four bytes blue, green, red.
+    static std::unique_ptr<ScreenGrabber> Open(const std::string& display, Rectangle area);
+
+    ScreenGrabber(const ScreenGrabber&) = delete;
+    ScreenGrabber& operator=(const ScreenGrabber&) = delete;
+    ~ScreenGrabber();
+
+    // Takes one picture, waiting until then at most.
+    Outcome Grab(SteadyTime until);
+
+    // The picture taken last. Smaller than the area when the screen has become smaller.
+    Pixels Picture() const;
+
+private:
+    struct Private;
+    explicit ScreenGrabber(std::unique_ptr<Private> members);
+    std::unique_ptr<Private> m_p;
+};
+
+} // namespace tool
