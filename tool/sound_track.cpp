@@ -10,6 +10,11 @@ namespace {
 constexpr int ringSeconds = 8;
 constexpr int settlingPieces = 25; // stated times are rough while a source starts
 constexpr double smoothing = 1.0 / 16;
+// How long a late source must have had time to spare before it is moved back. A server that has
+// just begun to play or record is often late for some seconds, and then never again.
+constexpr int64_t newSeconds = 10;
+constexpr int64_t secondsWhenNew = 1;
+constexpr int64_t secondsLater = 5;
 
 } // namespace
 
@@ -63,10 +68,14 @@ int64_t SoundTrack::Correction(int64_t at, int64_t frames)
 // captured, and only as long as it needs to.
 int64_t SoundTrack::SkipLate(int64_t frames, int64_t given)
 {
+    if (m_nOpened < 0) {
+        m_nOpened = given;
+    }
     const int64_t slack = m_nNext - given;
     if (m_nShift > 0) {
         m_nLeastSlack = std::min(m_nLeastSlack, slack);
-        if (given - m_nShiftChecked > int64_t{5} * m_nRate) {
+        const bool isNew = given - m_nOpened < newSeconds * m_nRate;
+        if (given - m_nShiftChecked > (isNew ? secondsWhenNew : secondsLater) * m_nRate) {
             // Takes effect with the next piece, which is then too far off its stated time.
             m_nShift -= std::clamp<int64_t>(m_nLeastSlack - m_nRate / 25, 0, m_nShift);
             m_nShiftChecked = given;
@@ -123,6 +132,7 @@ void SoundTrack::Write(std::span<const int16_t> stereo)
 void SoundTrack::Restart()
 {
     m_nPieces = 0;
+    m_nOpened = -1;
     m_nLateSince = -1;
     m_nShift = 0;
     m_error = 0;

@@ -42,6 +42,7 @@ private:
     int64_t m_nShift = 0;        // added to stated times of a source that is always late
     double m_error = 0;          // smoothed distance from the stated times, in frames
     int m_nPieces = 0;           // since the last start
+    int64_t m_nOpened = -1;      // first position not given at the last start; -1: nothing came yet
     int64_t m_nLateSince = -1;   // first position not given when lateness began; -1: not late
     int64_t m_nShiftChecked = 0; // when the shift was last found to be needed
     int64_t m_nLeastSlack = 0;   // frames to spare since then

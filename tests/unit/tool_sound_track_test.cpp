@@ -72,6 +72,7 @@ private slots:
     void whatComesTooLateIsLeftOut();
     void oneStallDoesNotShiftTheSound();
     void sourceThatIsAlwaysLateIsHeardAllTheSame();
+    void sourceThatIsLateOnlyAtItsStartIsSoonInPlace();
     void aReturningSourceStartsAfresh();
     void aLongBacklogIsSilence();
     void mixIsTheSumAndNeverWraps();
@@ -166,6 +167,20 @@ void ToolSoundTrackTest::sourceThatIsAlwaysLateIsHeardAllTheSame()
     }
     QVERIFY(All(Heard(track, 19100, 850), 8));
     QVERIFY(All(Heard(track, 20060, 100), 0));
+}
+
+void ToolSoundTrackTest::sourceThatIsLateOnlyAtItsStartIsSoonInPlace()
+{
+    SoundTrack track(rate);
+    for (int64_t at = 0; at < 2500; at += piece) {
+        track.Put(at, Constant(piece, 7), at + 150);
+    }
+    QVERIFY2(All(Heard(track, 2500, 100), 7), "it is heard later than captured meanwhile");
+    for (int64_t at = 2500; at < 6000; at += piece) {
+        track.Put(at, Constant(piece, at < 5000 ? 7 : 8), at - 60);
+    }
+    QVERIFY2(All(Heard(track, 5080, 900), 8) && All(Heard(track, 6060, 100), 0),
+             "two seconds after the last late piece it lies in its place again");
 }
 
 void ToolSoundTrackTest::aReturningSourceStartsAfresh()

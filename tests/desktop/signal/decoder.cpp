@@ -28,6 +28,15 @@ int Brightness(const unsigned char* strip, int x, int size)
     return sum / (size / 2 * (size / 2));
 }
 
+// After a picture with data beside it, as an encoder's first has, an empty line follows.
+std::string NextLine(std::istream& lines)
+{
+    std::string line;
+    while (line.empty() && std::getline(lines, line)) {
+    }
+    return line;
+}
+
 } // namespace
 
 std::optional<std::string> OutputOf(const std::vector<std::string>& command)
@@ -80,9 +89,12 @@ std::vector<Picture> DecodePictures(const std::string& file, int x, int y)
     }
     std::vector<Picture> pictures;
     std::istringstream lines(*times);
-    std::string line;
     constexpr size_t size = size_t{stripWidth} * stripHeight;
-    for (size_t at = 0; at + size <= bytes->size() && std::getline(lines, line); at += size) {
+    for (size_t at = 0; at + size <= bytes->size(); at += size) {
+        const std::string line = NextLine(lines);
+        if (line.empty()) {
+            break;
+        }
         const auto* strip = reinterpret_cast<const unsigned char*>(bytes->data()) + at;
         Picture picture;
         picture.time = std::atof(line.c_str());
