@@ -91,7 +91,7 @@ struct ScreenGrabber::Private
     xcb_connection_t* connection = nullptr;
     xcb_window_t root = 0;
     Rectangle area;
-    uint8_t* memory = nullptr;
+    uint8_t* memory = nullptr; // shared with the server; none: pictures come in its answers
     xcb_shm_seg_t segment = 0;
     int rootWidth = 0;
     int rootHeight = 0;
@@ -103,12 +103,15 @@ struct ScreenGrabber::Private
     int height = 0;
     unsigned int imageRequest = 0; // 0: answered
     unsigned int cursorRequest = 0;
+    Owned<xcb_get_image_reply_t> image; // where memory is not shared
     Owned<xcb_xfixes_get_cursor_image_reply_t> cursor;
     bool refused = false;
 
     bool Connect(const std::string& display);
-    bool ShareMemory();
+    void ShareMemory();
     void Ask();
+    void AskForImage();
+    uint8_t* FirstPixel() const { return image ? xcb_get_image_data(image.get()) : memory; }
     bool PollAnswers();
     bool ReadSize();
     void FollowSize();
@@ -119,8 +122,7 @@ bool ScreenGrabber::Private::Connect(const std::string& display)
 {
     int number = 0;
     connection = xcb_connect(display.c_str(), &number);
-    if (xcb_connection_has_error(connection) != 0 || !HasExtension(connection, &xcb_shm_id) ||
-        !HasExtension(connection, &xcb_xfixes_id)) {
+    if (xcb_connection_has_error(connection) != 0 || !HasExtension(connection, &xcb_xfixes_id)) {
         return false;
     }
     const xcb_setup_t* setup = xcb_get_setup(connection);
@@ -140,14 +142,17 @@ bool ScreenGrabber::Private::Connect(const std::string& display)
     return version != nullptr;
 }
 
-// A server on another machine, or one shut off from our memory, refuses.
-bool ScreenGrabber::Private::ShareMemory()
+// A server on another machine, or one shut off from our memory, refuses or does not know how.
+void ScreenGrabber::Private::ShareMemory()
 {
+    if (!HasExtension(connection, &xcb_shm_id)) {
+        return;
+    }
     const size_t size =
         static_cast<size_t>(area.width) * static_cast<size_t>(area.height) * pixelBytes;
     const int id = shmget(IPC_PRIVATE, size, IPC_CREAT | 0600);
     if (id < 0) {
-        return false;
+        return;
     }
     void* address = shmat(id, nullptr, 0);
     segment = xcb_generate_id(connection);
@@ -155,10 +160,30 @@ bool ScreenGrabber::Private::ShareMemory()
         connection, xcb_shm_attach_checked(connection, segment, static_cast<uint32_t>(id), 0)));
     shmctl(id, IPC_RMID, nullptr); // it goes with its last user
     if (reinterpret_cast<intptr_t>(address) == -1) {
-        return false;
+        return;
+    }
+    if (error != nullptr) {
+        shmdt(address);
+        return;
     }
     memory = static_cast<uint8_t*>(address);
-    return error == nullptr && xcb_connection_has_error(connection) == 0;
+}
+
+void ScreenGrabber::Private::AskForImage()
+{
+    const auto x = static_cast<int16_t>(area.x);
+    const auto y = static_cast<int16_t>(area.y);
+    const auto across = static_cast<uint16_t>(width);
+    const auto down = static_cast<uint16_t>(height);
+    if (memory != nullptr) {
+        imageRequest = xcb_shm_get_image(connection, root, x, y, across, down, ~0U,
+                                         XCB_IMAGE_FORMAT_Z_PIXMAP, segment, 0)
+                           .sequence;
+    } else {
+        imageRequest =
+            xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, root, x, y, across, down, ~0U)
+                .sequence;
+    }
 }
 
 void ScreenGrabber::Private::Ask()
@@ -169,11 +194,7 @@ void ScreenGrabber::Private::Ask()
     imageRequest = 0;
     refused = false;
     if (width > 0 && height > 0) {
-        imageRequest = xcb_shm_get_image(connection, root, static_cast<int16_t>(area.x),
-                                         static_cast<int16_t>(area.y), static_cast<uint16_t>(width),
-                                         static_cast<uint16_t>(height), ~0U,
-                                         XCB_IMAGE_FORMAT_Z_PIXMAP, segment, 0)
-                           .sequence;
+        AskForImage();
     }
     cursorRequest = xcb_xfixes_get_cursor_image(connection).sequence;
     xcb_flush(connection);
@@ -188,7 +209,13 @@ bool ScreenGrabber::Private::PollAnswers()
     if (imageRequest != 0 && xcb_poll_for_reply(connection, imageRequest, &reply, &error) != 0) {
         imageRequest = 0;
         refused = reply == nullptr;
-        std::free(reply); // NOLINT(*-no-malloc)
+        if (memory != nullptr) {
+            std::free(reply); // NOLINT(*-no-malloc)
+        } else {
+            image.reset(static_cast<xcb_get_image_reply_t*>(reply));
+            refused =
+                refused || xcb_get_image_data_length(image.get()) < width * height * pixelBytes;
+        }
         std::free(error); // NOLINT(*-no-malloc)
     }
     reply = nullptr;
@@ -232,7 +259,7 @@ void ScreenGrabber::Private::DrawMouse() const
         DrawCursor({cursor->x - cursor->xhot - area.x, cursor->y - cursor->yhot - area.y,
                     cursor->width, cursor->height,
                     xcb_xfixes_get_cursor_image_cursor_image(cursor.get())},
-                   {memory, width * pixelBytes, width, height});
+                   {FirstPixel(), width * pixelBytes, width, height});
     }
 }
 
@@ -245,9 +272,10 @@ std::unique_ptr<ScreenGrabber> ScreenGrabber::Open(const std::string& display, R
     auto members = std::make_unique<Private>();
     members->area = area;
     if (area.x < 0 || area.y < 0 || area.width < 2 || area.height < 2 ||
-        !members->Connect(display) || !members->ShareMemory()) {
+        !members->Connect(display)) {
         return nullptr;
     }
+    members->ShareMemory();
     return std::unique_ptr<ScreenGrabber>(new ScreenGrabber(std::move(members)));
 }
 
@@ -280,7 +308,7 @@ ScreenGrabber::Outcome ScreenGrabber::Grab(SteadyTime until)
 
 Pixels ScreenGrabber::Picture() const
 {
-    return {m_p->memory, m_p->width * pixelBytes, m_p->width, m_p->height};
+    return {m_p->FirstPixel(), m_p->width * pixelBytes, m_p->width, m_p->height};
 }
 
 } // namespace tool

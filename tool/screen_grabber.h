@@ -19,8 +19,8 @@ public:
         Lost,    // it has gone, or refuses
     };
 
-    // Nothing where this way does not work: no display, no memory shared with it, no XFixes, pixels
-    // of another kind than four bytes blue, green, red.
+    // Nothing where this way does not work: no display, no XFixes, pixels of another kind than four
+    // bytes blue, green, red.
     static std::unique_ptr<ScreenGrabber> Open(const std::string& display, Rectangle area);
 
     ScreenGrabber(const ScreenGrabber&) = delete;

@@ -154,6 +154,7 @@ private slots:
     void pictureIsAsGoodAsThatOfTheUsualGrab();
     void mouseCursorIsInThePicture_data();
     void mouseCursorIsInThePicture();
+    void screenThatSharesNoMemoryIsRecorded();
     void screenOfOtherPixelsIsGrabbedByFfmpeg();
     void otherColoursThanTheUsualAreRecorded();
     void screenThatGoesLeavesAFinishedFile();
@@ -236,6 +237,21 @@ void ScreenGrabDesktopTest::mouseCursorIsInThePicture()
         }
     }
     QVERIFY2(seen, "no cursor");
+}
+
+// As over a network.
+void ScreenGrabDesktopTest::screenThatSharesNoMemoryIsRecorded()
+{
+    OwnScreen screen({"-screen", "0", kSize, "-extension", "MIT-SHM"});
+    QVERIFY2(screen.Good(), "no X server");
+    screen.ShowColour(kGround, 300, 200);
+    Recording recording(screen, Path());
+    QVERIFY2(recording.WaitForPictures(30), qPrintable(recording.Text()));
+    QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
+    QCOMPARE(ReadRecording(Path()).fault, QString());
+    const QByteArray picture = LastPicture(Path());
+    QVERIFY2(IsColour(picture, 20, 20, kGround), "another colour in the upper left");
+    QVERIFY2(IsColour(picture, kWidth - 20, kHeight - 20, kGround), "and in the lower right");
 }
 
 void ScreenGrabDesktopTest::screenOfOtherPixelsIsGrabbedByFfmpeg()
