@@ -28,8 +28,8 @@ constexpr uint32_t kGround = 0x4080c0;
 class Recording
 {
 public:
-    Recording(const OwnScreen& screen, const QString& file,
-              const QStringList& colours = {"yuv420p"})
+    Recording(const OwnScreen& screen, const QString& file, const QString& colours = "yuv420p",
+              const QString& devices = "0")
         : m_file(file)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -37,9 +37,8 @@ public:
         m_process.setProcessEnvironment(environment);
         m_process.setProcessChannelMode(QProcess::MergedChannels);
         m_process.start(TOOL_PROGRAM,
-                        QStringList{"-f", "avfoundation", "-framerate", "30", "-i", "0", "-r",
-                                    "29.97", "-preset", "ultrafast", "-pix_fmt"}
-                            << colours << file);
+                        {"-f", "avfoundation", "-framerate", "30", "-i", devices, "-r", "29.97",
+                         "-preset", "ultrafast", "-pix_fmt", colours, file});
     }
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
@@ -157,6 +156,7 @@ private slots:
     void screenThatSharesNoMemoryIsRecorded();
     void screenOfOtherPixelsIsGrabbedByFfmpeg();
     void otherColoursThanTheUsualAreRecorded();
+    void screenThatGoesLeavesAFinishedFile_data();
     void screenThatGoesLeavesAFinishedFile();
     void terminatedRecordingIsFinishedAtOnce();
     void nothingStaysBehindAKilledRecording();
@@ -269,23 +269,32 @@ void ScreenGrabDesktopTest::otherColoursThanTheUsualAreRecorded()
 {
     OwnScreen screen({"-screen", "0", kSize});
     QVERIFY2(screen.Good(), "no X server");
-    Recording recording(screen, Path(), {"yuv444p"});
+    Recording recording(screen, Path(), "yuv444p");
     QVERIFY2(recording.WaitForPictures(5), qPrintable(recording.Text()));
     QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
     QCOMPARE(ReadRecording(Path()).pictureTracks, QStringList{"h264 yuv444p 640x480"});
 }
 
+void ScreenGrabDesktopTest::screenThatGoesLeavesAFinishedFile_data()
+{
+    QTest::addColumn<QString>("devices");
+    QTest::newRow("without sound") << "0";
+    QTest::newRow("with sound, which does not go") << "0:0";
+}
+
 void ScreenGrabDesktopTest::screenThatGoesLeavesAFinishedFile()
 {
+    QFETCH(QString, devices);
     OwnScreen screen({"-screen", "0", kSize});
     QVERIFY2(screen.Good(), "no X server");
     screen.ShowPicture();
-    Recording recording(screen, Path());
+    Recording recording(screen, Path(), "yuv420p", devices);
     QVERIFY2(recording.WaitForPictures(30), qPrintable(recording.Text()));
     screen.Kill();
     QVERIFY2(recording.WaitForEnd(), "the recording goes on without a screen");
     const RecordingFile file = ReadRecording(Path());
     QCOMPARE(file.fault, QString());
+    QCOMPARE(file.soundTracks.size(), devices == "0" ? 0 : 1);
     QVERIFY2(file.seconds >= 0.9, qPrintable(QString("%1 s").arg(file.seconds)));
 }
 
