@@ -23,6 +23,7 @@ OwnScreen::OwnScreen(const QStringList& options)
         words.push_back(option.toUtf8());
     }
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (QByteArray& word : words) {
         pointers.push_back(word.data());
     }
