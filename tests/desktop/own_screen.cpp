@@ -1,5 +1,7 @@
 #include "tests/desktop/own_screen.h"
 
+#include <QProcess>
+
 #include <array>
 #include <cmath>
 #include <csignal>
@@ -126,6 +128,26 @@ void OwnScreen::ShowColour(uint32_t colour, int mouseX, int mouseY)
     xcb_warp_pointer(m_pConnection, XCB_NONE, m_root, 0, 0, 0, 0, static_cast<int16_t>(mouseX),
                      static_cast<int16_t>(mouseY));
     Sync();
+}
+
+void OwnScreen::Paint(int x, int y, int width, int height, uint32_t colour)
+{
+    const xcb_gcontext_t context = xcb_generate_id(m_pConnection);
+    xcb_create_gc(m_pConnection, context, m_root, XCB_GC_FOREGROUND, &colour);
+    const xcb_rectangle_t part{static_cast<int16_t>(x), static_cast<int16_t>(y),
+                               static_cast<uint16_t>(width), static_cast<uint16_t>(height)};
+    xcb_poly_fill_rectangle(m_pConnection, m_root, context, 1, &part);
+    xcb_free_gc(m_pConnection, context);
+    Sync();
+}
+
+// By a program: the library's own call for this fails in all versions up to 1.15.
+bool OwnScreen::AddMonitor(int x, int y, int width, int height)
+{
+    const QString place =
+        QString("%1/100x%2/100+%3+%4").arg(width).arg(height).arg(x).arg(y); // sizes in mm too
+    return QProcess::execute("xrandr",
+                             {"-display", m_name, "--setmonitor", "second", place, "none"}) == 0;
 }
 
 // No monitor may reach beyond the screen, so all are switched off first.

@@ -26,6 +26,10 @@ public:
     void ShowPicture();
     // Fills it with one colour, 0xRRGGBB, and sets the mouse there.
     void ShowColour(uint32_t colour, int mouseX, int mouseY);
+    // Fills a part of it.
+    void Paint(int x, int y, int width, int height, uint32_t colour);
+    // A second monitor, which shows this part of the screen.
+    bool AddMonitor(int x, int y, int width, int height);
     // Makes it smaller or as large as it was.
     void Resize(int width, int height);
     // Ends the server at once.
