@@ -11,7 +11,6 @@
 #include <vector>
 
 using tool::ConvertToYuv;
-using tool::CursorImage;
 using tool::DrawCursor;
 using tool::Pixels;
 using tool::YuvBytes;
@@ -29,7 +28,7 @@ struct Canvas
     {
     }
 
-    uint8_t* At(int x, int y) { return bytes.data() + static_cast<ptrdiff_t>(y) * stride + x * 4; }
+    uint8_t* At(int x, int y) { return bytes.data() + static_cast<ptrdiff_t>(y) * stride + ptrdiff_t{x} * 4; }
     Pixels View() { return {bytes.data(), stride, width, height}; }
     void Fill(uint8_t blue, uint8_t green, uint8_t red)
     {
@@ -130,7 +129,7 @@ void ToolScreenPictureTest::coloursAreThoseOfFfmpeg()
     QFile source(folder.filePath("screen.raw"));
     QVERIFY(source.open(QIODevice::WriteOnly));
     for (int y = 0; y < height; ++y) {
-        source.write(reinterpret_cast<const char*>(canvas.At(0, y)), width * 4);
+        source.write(reinterpret_cast<const char*>(canvas.At(0, y)), qint64{width} * 4);
     }
     source.close();
     const QString size = QString("%1x%2").arg(width).arg(height);

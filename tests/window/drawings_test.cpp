@@ -51,7 +51,7 @@ QString Compare(const QString& path, const QString& fresh)
     for (int y = 0; y < drawn.height(); ++y) {
         const auto* a = drawn.constScanLine(y);
         const auto* b = committed.constScanLine(y);
-        for (qsizetype i = 0; i < drawn.width() * 4; ++i) {
+        for (qsizetype i = 0; i < qsizetype{drawn.width()} * 4; ++i) {
             greatest = std::max(greatest, std::abs(a[i] - b[i]));
         }
     }

@@ -29,7 +29,7 @@ addEventListener('load', () => {
 QString Browser()
 {
     for (const char* name : {"chromium", "chromium-browser", "google-chrome"}) {
-        const QString found = QStandardPaths::findExecutable(name);
+        QString found = QStandardPaths::findExecutable(name);
         if (!found.isEmpty()) {
             return found;
         }
