@@ -28,7 +28,10 @@ struct Canvas
     {
     }
 
-    uint8_t* At(int x, int y) { return bytes.data() + static_cast<ptrdiff_t>(y) * stride + ptrdiff_t{x} * 4; }
+    uint8_t* At(int x, int y)
+    {
+        return bytes.data() + static_cast<ptrdiff_t>(y) * stride + ptrdiff_t{x} * 4;
+    }
     Pixels View() { return {bytes.data(), stride, width, height}; }
     void Fill(uint8_t blue, uint8_t green, uint8_t red)
     {
