@@ -19,7 +19,7 @@ QUrl HelpPage(const QString& name)
 void DRUI::InitLayout1Widget()
 {
     delete m_pLayout1Widget;
-    m_pLayout1Widget = new QWidget(this);
+    m_pLayout1Widget = new Page(ui.centralWidget);
     m_pLayout1Widget->setObjectName("m_pLayout1Widget");
     const int stripWidth = width() - 1;
     // Built first: Tab goes through the controls in the order of their building.
@@ -60,7 +60,6 @@ QPushButton* DRUI::CreateHomeEntry(const QString& text, const QString& picture, 
     const QPixmap image(picture);
     auto* entry = new QPushButton(text, m_pLayout1Widget);
     entry->setFlat(true);
-    entry->setStyleSheet(home_entry_style);
     QPalette palette = entry->palette();
     palette.setColor(QPalette::ButtonText, QColor(54, 75, 75, 255));
     entry->setPalette(palette);
@@ -70,6 +69,7 @@ QPushButton* DRUI::CreateHomeEntry(const QString& text, const QString& picture, 
     entry->setIconSize(PictureSize(image));
     entry->resize(PictureSize(image));
     entry->setAutoDefault(true);
+    entry->setStyleSheet(home_entry_style);
     connect(entry, SIGNAL(clicked()), this, slot);
     return entry;
 }

@@ -19,7 +19,7 @@ unsigned int DRUI::m_nSelectedDeviceID = 4294967295U;
 void DRUI::InitLayout2Widget()
 {
     delete m_pLayout2Widget;
-    m_pLayout2Widget = new QWidget(this);
+    m_pLayout2Widget = new Page(ui.centralWidget);
     m_pLayout2Widget->setObjectName("m_pLayout2Widget");
     QVBoxLayout* header =
         CreateHeader(m_pLayout2Widget, {width(), width() - 100, 101, Qt::KeepAspectRatio});
@@ -43,7 +43,6 @@ QWidget* DRUI::CreateRecordPanel()
 {
     const QFont font = CalibriFont(12, QFont::Bold);
     auto* panel = new QLabel(m_pLayout2Widget);
-    panel->setStyleSheet(panel_style);
     panel->setMinimumSize(300, 320);
 
     // A screen reader takes the captions for the names of what they stand before.
@@ -61,6 +60,7 @@ QWidget* DRUI::CreateRecordPanel()
                "The best screen recorder & video editor that you can use to capture\n"
                "everything on your screen with original picture-in-picture",
                font);
+    panel->setStyleSheet(panel_style);
     return panel;
 }
 
@@ -92,13 +92,13 @@ void DRUI::AddSaveDirectory(QWidget* panel)
     m_pSaveDirEdit->setMinimumSize(300, 20);
     m_pSaveDirEdit->setGeometry(180, 120, 200, 25);
     m_pSaveDirEdit->setFont(CalibriFont(12, QFont::Bold));
-    m_pSaveDirEdit->setStyleSheet(field_style);
     m_pSaveDirEdit->setEnabled(false);
     QPalette palette = m_pSaveDirEdit->palette();
     palette.setColor(QPalette::Disabled, QPalette::Text, Qt::black); // else it is grey on grey
     m_pSaveDirEdit->setPalette(palette);
     m_pSaveDirEdit->setCursorPosition(1);
     m_pSaveDirEdit->setAccessibleName("Save directory");
+    m_pSaveDirEdit->setStyleSheet(field_style);
 
     QPushButton* folder = CreateFolderButton(panel, {500, 120, 30, 25});
     connect(folder, SIGNAL(clicked()), this, SLOT(btnSlotLayout2Dir()));

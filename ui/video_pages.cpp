@@ -15,20 +15,20 @@ QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, c
 {
     const QFont font = CalibriFont(shape.points, QFont::Bold);
     auto* holder = new QLabel(page);
-    holder->setStyleSheet(panel_style);
     holder->setMinimumSize(300, 25);
     CreateText(holder, shape.label, "Video directory: ", font);
 
     auto* field = new QLineEdit(m_pSaveDirEdit->text(), holder);
     field->setObjectName(shape.fieldName);
     field->setGeometry(shape.field);
-    field->setStyleSheet(field_style);
     field->setFont(font);
     field->setCursorPosition(1);
     field->setAccessibleName("Video directory");
+    field->setStyleSheet(field_style);
     QPushButton* folder = CreateFolderButton(holder, shape.button);
     folder->setCursor(Qt::PointingHandCursor);
     connect(folder, SIGNAL(clicked()), this, slot);
+    holder->setStyleSheet(panel_style);
 
     auto* row = new QHBoxLayout;
     row->setContentsMargins(20, 0, 20, 0);
