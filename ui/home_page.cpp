@@ -57,7 +57,8 @@ void DRUI::InitLayout1Widget()
 
 QPushButton* DRUI::CreateHomeEntry(const QString& text, const QString& picture, const char* slot)
 {
-    const QPixmap image(picture);
+    const QIcon icon(picture);
+    const QSize size = icon.availableSizes().first(); // the finer picture comes second
     auto* entry = new QPushButton(text, m_pLayout1Widget);
     entry->setFlat(true);
     QPalette palette = entry->palette();
@@ -65,9 +66,9 @@ QPushButton* DRUI::CreateHomeEntry(const QString& text, const QString& picture, 
     entry->setPalette(palette);
     entry->setFont(CalibriFont(11, QFont::Bold));
     entry->setCursor(Qt::PointingHandCursor);
-    entry->setIcon(QIcon(picture));
-    entry->setIconSize(PictureSize(image));
-    entry->resize(PictureSize(image));
+    entry->setIcon(icon);
+    entry->setIconSize(size);
+    entry->resize(size);
     entry->setAutoDefault(true);
     entry->setStyleSheet(home_entry_style);
     connect(entry, SIGNAL(clicked()), this, slot);

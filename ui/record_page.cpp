@@ -43,6 +43,7 @@ QWidget* DRUI::CreateRecordPanel()
 {
     const QFont font = CalibriFont(12, QFont::Bold);
     auto* panel = new QLabel(m_pLayout2Widget);
+    panel->setStyleSheet(panel_style);
     panel->setMinimumSize(300, 320);
 
     // A screen reader takes the captions for the names of what they stand before.
@@ -60,7 +61,6 @@ QWidget* DRUI::CreateRecordPanel()
                "The best screen recorder & video editor that you can use to capture\n"
                "everything on your screen with original picture-in-picture",
                font);
-    panel->setStyleSheet(panel_style);
     return panel;
 }
 
@@ -87,11 +87,12 @@ void DRUI::AddAudioChoices(QWidget* panel)
 
 void DRUI::AddSaveDirectory(QWidget* panel)
 {
-    m_pSaveDirEdit = new QLineEdit(ReadSavePath(m_strIniPath), panel);
+    m_pSaveDirEdit = new QLineEdit(panel);
     m_pSaveDirEdit->setObjectName("m_pSaveDirEdit");
     m_pSaveDirEdit->setMinimumSize(300, 20);
     m_pSaveDirEdit->setGeometry(180, 120, 200, 25);
     m_pSaveDirEdit->setFont(CalibriFont(12, QFont::Bold));
+    m_pSaveDirEdit->setText(ReadSavePath(m_strIniPath));
     m_pSaveDirEdit->setEnabled(false);
     QPalette palette = m_pSaveDirEdit->palette();
     palette.setColor(QPalette::Disabled, QPalette::Text, Qt::black); // else it is grey on grey

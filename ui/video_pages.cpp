@@ -18,10 +18,11 @@ QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, c
     holder->setMinimumSize(300, 25);
     CreateText(holder, shape.label, "Video directory: ", font);
 
-    auto* field = new QLineEdit(m_pSaveDirEdit->text(), holder);
+    auto* field = new QLineEdit(holder);
     field->setObjectName(shape.fieldName);
     field->setGeometry(shape.field);
     field->setFont(font);
+    field->setText(m_pSaveDirEdit->text());
     field->setCursorPosition(1);
     field->setAccessibleName("Video directory");
     field->setStyleSheet(field_style);
@@ -40,9 +41,10 @@ QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, c
 // A table of whole rows, one selected at a time, that cannot be edited.
 QTableWidget* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
 {
-    auto* table = new VideoTable(static_cast<int>(labels.size()), page);
+    auto* table = new VideoTable(page);
     table->setFont(CalibriFont(11));
     table->horizontalHeader()->setFont(CalibriFont(11));
+    table->setColumnCount(static_cast<int>(labels.size())); // measured in the header's font
     table->setHorizontalHeaderLabels(labels);
     table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft);
     table->horizontalHeader()->setStretchLastSection(true);
