@@ -7,6 +7,8 @@
 #include "util/wide_text.h"
 
 #include <QApplication>
+#include <QIcon>
+#include <QTimer>
 
 #include <clocale>
 #include <csignal>
@@ -37,6 +39,8 @@ void RunApplication()
     window->Init();
     CloseWatcher watcher(*window);
     window->show();
+    // Its many sizes are read while the window manager is busy with the window.
+    QTimer::singleShot(0, [] { QApplication::setWindowIcon(QIcon(":/image/logo.ico")); });
     QApplication::exec();
 
     close(errors);
@@ -53,7 +57,6 @@ void RunProgram(int& argc, char** argv)
     const QApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C"); // sizes read "1.50 KB" in every language
     InstallTextCodec("GB2312");
-    QApplication::setWindowIcon(QIcon(":/image/logo.ico"));
     if (argc == 2) {
         RunApplication();
     } else {

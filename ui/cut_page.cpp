@@ -48,7 +48,7 @@ QString NameOf(const _FILE_INFO_& file)
 void DRUI::InitLayout3Widget()
 {
     delete m_pLayout3Widget;
-    m_pLayout3Widget = new QWidget(this);
+    m_pLayout3Widget = new Page(ui.centralWidget);
     m_pLayout3Widget->setObjectName("m_pLayout3Widget");
 
     auto* page = BareLayout<QVBoxLayout>();
@@ -90,7 +90,6 @@ QWidget* DRUI::CreateCutPanel()
 {
     auto* panel = new QWidget(m_pLayout3Widget);
     panel->setAttribute(Qt::WA_StyledBackground);
-    panel->setStyleSheet(panel_style);
     auto* help = new QLabel(kHelpText, panel);
     help->setObjectName("m_pCutHelp");
     help->setTextFormat(Qt::PlainText);
@@ -118,6 +117,7 @@ QWidget* DRUI::CreateCutPanel()
     box->addStretch();
     box->addLayout(lower);
     panel->setLayout(box);
+    panel->setStyleSheet(panel_style);
     return panel;
 }
 

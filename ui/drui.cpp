@@ -155,7 +155,6 @@ QPushButton* DRUI::CreateButton(int kind, int x, QWidget* parent)
     auto* button = new QPushButton(parent);
     button->setFlat(true);
     button->setFont(CalibriFont(11, QFont::Bold));
-    button->setStyleSheet(window_style);
     button->setCursor(Qt::PointingHandCursor);
     button->setAccessibleName(chosen.name);
     button->setAutoDefault(true);
@@ -168,6 +167,7 @@ QPushButton* DRUI::CreateButton(int kind, int x, QWidget* parent)
     button->setIcon(QIcon(picture));
     button->setIconSize(shown);
     button->resize(shown);
+    button->setStyleSheet(window_style);
     return button;
 }
 

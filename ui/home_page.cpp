@@ -19,7 +19,7 @@ QUrl HelpPage(const QString& name)
 void DRUI::InitLayout1Widget()
 {
     delete m_pLayout1Widget;
-    m_pLayout1Widget = new QWidget(this);
+    m_pLayout1Widget = new Page(ui.centralWidget);
     m_pLayout1Widget->setObjectName("m_pLayout1Widget");
     const int stripWidth = width() - 1;
     // Built first: Tab goes through the controls in the order of their building.
@@ -57,19 +57,20 @@ void DRUI::InitLayout1Widget()
 
 QPushButton* DRUI::CreateHomeEntry(const QString& text, const QString& picture, const char* slot)
 {
-    const QPixmap image(picture);
+    const QIcon icon(picture);
+    const QSize size = icon.availableSizes().first(); // the finer picture comes second
     auto* entry = new QPushButton(text, m_pLayout1Widget);
     entry->setFlat(true);
-    entry->setStyleSheet(home_entry_style);
     QPalette palette = entry->palette();
     palette.setColor(QPalette::ButtonText, QColor(54, 75, 75, 255));
     entry->setPalette(palette);
     entry->setFont(CalibriFont(11, QFont::Bold));
     entry->setCursor(Qt::PointingHandCursor);
-    entry->setIcon(QIcon(picture));
-    entry->setIconSize(PictureSize(image));
-    entry->resize(PictureSize(image));
+    entry->setIcon(icon);
+    entry->setIconSize(size);
+    entry->resize(size);
     entry->setAutoDefault(true);
+    entry->setStyleSheet(home_entry_style);
     connect(entry, SIGNAL(clicked()), this, slot);
     return entry;
 }

@@ -42,7 +42,7 @@ void MoveCell(QTableWidget* table, QTableWidgetItem* cell, int other)
 void DRUI::InitLayout4Widget()
 {
     delete m_pLayout4Widget;
-    m_pLayout4Widget = new QWidget(this);
+    m_pLayout4Widget = new Page(ui.centralWidget);
     m_pLayout4Widget->setObjectName("m_pLayout4Widget");
 
     auto* page = BareLayout<QVBoxLayout>();
@@ -65,12 +65,12 @@ QHBoxLayout* DRUI::CreateMergeTables()
 {
     const auto button = [this](const QString& text, const QString& image, const char* slot) {
         auto* made = new QPushButton(QIcon(image), text, m_pLayout4Widget);
-        made->setStyleSheet(main_button_style);
         made->setMinimumSize(60, 25);
         made->setFont(CalibriFont(11, QFont::Bold));
         made->setCursor(Qt::PointingHandCursor);
         made->setAutoDefault(true);
         made->setEnabled(false);
+        made->setStyleSheet(main_button_style);
         connect(made, SIGNAL(clicked()), this, slot);
         return made;
     };
@@ -120,8 +120,8 @@ QTableWidget* DRUI::CreateMergeTable(const char* name, int nameWidth)
     QTableWidget* table = CreateVideoTable(m_pLayout4Widget, {"FileName", "Size", "Time"});
     table->setObjectName(name);
     table->setMinimumSize(200, 180);
-    table->setStyleSheet(panel_style);
     table->setColumnWidth(0, nameWidth);
+    table->setStyleSheet(panel_style);
     return table;
 }
 

@@ -33,7 +33,6 @@ QLabel* CreateSeparator(QWidget* parent, int width)
 QLabel* CreateFooter(QWidget* parent, const FooterShape& shape)
 {
     auto* footer = new QLabel(parent);
-    footer->setStyleSheet(window_style);
     footer->setMinimumSize(shape.width, 40);
     const int windowWidth = parent->window()->width();
     if (shape.notice) {
@@ -45,6 +44,7 @@ QLabel* CreateFooter(QWidget* parent, const FooterShape& shape)
     if (shape.line) {
         CreateSeparator(footer, windowWidth)->move(0, 0);
     }
+    footer->setStyleSheet(window_style);
     return footer;
 }
 
@@ -60,11 +60,11 @@ QPushButton* CreateBarButton(QWidget* parent, const QRect& place, const QString&
 {
     auto* button = new QPushButton(text, parent);
     button->setFlat(true);
-    button->setStyleSheet(main_button_style);
     button->setGeometry(place);
     button->setFont(CalibriFont(12, QFont::Bold));
     button->setCursor(Qt::PointingHandCursor);
     button->setAutoDefault(true); // Return presses it, as Space does
+    button->setStyleSheet(main_button_style);
     return button;
 }
 

@@ -33,6 +33,16 @@ struct FolderRowShape
     int widthLeft; // of the window's width, for the row and the page's margins
 };
 
+/// One page of the stack. It fills the window, whose size is fixed: nobody needs its hints, for
+/// which a page that is not shown would have all its texts measured.
+class Page : public QWidget
+{
+public:
+    using QWidget::QWidget;
+    QSize sizeHint() const override { return {}; }
+    QSize minimumSizeHint() const override { return {}; }
+};
+
 /// The strip with logo, product name and version; the header buttons are the window's to add.
 QLabel* CreateTitleStrip(QWidget* parent, const TitleStripShape& shape);
 

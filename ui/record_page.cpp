@@ -19,7 +19,7 @@ unsigned int DRUI::m_nSelectedDeviceID = 4294967295U;
 void DRUI::InitLayout2Widget()
 {
     delete m_pLayout2Widget;
-    m_pLayout2Widget = new QWidget(this);
+    m_pLayout2Widget = new Page(ui.centralWidget);
     m_pLayout2Widget->setObjectName("m_pLayout2Widget");
     QVBoxLayout* header =
         CreateHeader(m_pLayout2Widget, {width(), width() - 100, 101, Qt::KeepAspectRatio});
@@ -87,18 +87,19 @@ void DRUI::AddAudioChoices(QWidget* panel)
 
 void DRUI::AddSaveDirectory(QWidget* panel)
 {
-    m_pSaveDirEdit = new QLineEdit(ReadSavePath(m_strIniPath), panel);
+    m_pSaveDirEdit = new QLineEdit(panel);
     m_pSaveDirEdit->setObjectName("m_pSaveDirEdit");
     m_pSaveDirEdit->setMinimumSize(300, 20);
     m_pSaveDirEdit->setGeometry(180, 120, 200, 25);
     m_pSaveDirEdit->setFont(CalibriFont(12, QFont::Bold));
-    m_pSaveDirEdit->setStyleSheet(field_style);
+    m_pSaveDirEdit->setText(ReadSavePath(m_strIniPath));
     m_pSaveDirEdit->setEnabled(false);
     QPalette palette = m_pSaveDirEdit->palette();
     palette.setColor(QPalette::Disabled, QPalette::Text, Qt::black); // else it is grey on grey
     m_pSaveDirEdit->setPalette(palette);
     m_pSaveDirEdit->setCursorPosition(1);
     m_pSaveDirEdit->setAccessibleName("Save directory");
+    m_pSaveDirEdit->setStyleSheet(field_style);
 
     QPushButton* folder = CreateFolderButton(panel, {500, 120, 30, 25});
     connect(folder, SIGNAL(clicked()), this, SLOT(btnSlotLayout2Dir()));

@@ -15,20 +15,21 @@ QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, c
 {
     const QFont font = CalibriFont(shape.points, QFont::Bold);
     auto* holder = new QLabel(page);
-    holder->setStyleSheet(panel_style);
     holder->setMinimumSize(300, 25);
     CreateText(holder, shape.label, "Video directory: ", font);
 
-    auto* field = new QLineEdit(m_pSaveDirEdit->text(), holder);
+    auto* field = new QLineEdit(holder);
     field->setObjectName(shape.fieldName);
     field->setGeometry(shape.field);
-    field->setStyleSheet(field_style);
     field->setFont(font);
+    field->setText(m_pSaveDirEdit->text());
     field->setCursorPosition(1);
     field->setAccessibleName("Video directory");
+    field->setStyleSheet(field_style);
     QPushButton* folder = CreateFolderButton(holder, shape.button);
     folder->setCursor(Qt::PointingHandCursor);
     connect(folder, SIGNAL(clicked()), this, slot);
+    holder->setStyleSheet(panel_style);
 
     auto* row = new QHBoxLayout;
     row->setContentsMargins(20, 0, 20, 0);
@@ -40,9 +41,10 @@ QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, c
 // A table of whole rows, one selected at a time, that cannot be edited.
 QTableWidget* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
 {
-    auto* table = new VideoTable(static_cast<int>(labels.size()), page);
+    auto* table = new VideoTable(page);
     table->setFont(CalibriFont(11));
     table->horizontalHeader()->setFont(CalibriFont(11));
+    table->setColumnCount(static_cast<int>(labels.size())); // measured in the header's font
     table->setHorizontalHeaderLabels(labels);
     table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft);
     table->horizontalHeader()->setStretchLastSection(true);

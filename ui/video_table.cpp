@@ -2,7 +2,7 @@
 
 #include <QKeyEvent>
 
-VideoTable::VideoTable(int columns, QWidget* parent) : QTableWidget(0, columns, parent)
+VideoTable::VideoTable(QWidget* parent) : QTableWidget(parent)
 {
     setTabKeyNavigation(false);
 }

@@ -9,7 +9,7 @@ class VideoTable : public QTableWidget
     Q_OBJECT
 
 public:
-    VideoTable(int columns, QWidget* parent);
+    explicit VideoTable(QWidget* parent);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

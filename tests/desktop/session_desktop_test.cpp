@@ -13,6 +13,7 @@ class SessionDesktopTest : public QObject
 private slots:
     void initTestCase();
     void escapeChangesNothingOnAnyPage();
+    void theWindowCarriesTheProgramsIcon();
     void closingTheWindowEndsTheProgramWithoutATrace();
     void trayClickBringsTheWindowBackAndItsButtonStops();
     void trayDoubleClickBringsTheWindowBack();
@@ -60,6 +61,23 @@ void SessionDesktopTest::escapeChangesNothingOnAnyPage()
         recorder.ChooseAudio(0);
         QVERIFY2(recorder.IsShown(), qPrintable("the window is gone after " + page));
         QVERIFY(recorder.IsRunning());
+    }
+}
+
+void SessionDesktopTest::theWindowCarriesTheProgramsIcon()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.Start());
+    const auto window = m_desktop.Shown("Lumenfold Screen Recorder");
+    QVERIFY(window.has_value());
+    for (const QByteArray size : {"16 x 16", "32 x 32", "48 x 48"}) {
+        // It comes a moment after the window.
+        const auto hasSize = [&] {
+            const Outcome icon =
+                RunProgram("xprop", {"-id", QString::number(window->id), "_NET_WM_ICON"});
+            return icon.output.contains("Icon (" + size + ')');
+        };
+        QVERIFY2(WaitUntil(hasSize), size + " is missing");
     }
 }
 
