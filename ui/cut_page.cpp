@@ -48,7 +48,7 @@ QString NameOf(const _FILE_INFO_& file)
 void DRUI::InitLayout3Widget()
 {
     delete m_pLayout3Widget;
-    m_pLayout3Widget = new Page(ui.centralWidget);
+    m_pLayout3Widget = new Page(this, ui.centralWidget);
     m_pLayout3Widget->setObjectName("m_pLayout3Widget");
 
     auto* page = BareLayout<QVBoxLayout>();

@@ -19,7 +19,7 @@ QUrl HelpPage(const QString& name)
 void DRUI::InitLayout1Widget()
 {
     delete m_pLayout1Widget;
-    m_pLayout1Widget = new Page(ui.centralWidget);
+    m_pLayout1Widget = new Page(this, ui.centralWidget);
     m_pLayout1Widget->setObjectName("m_pLayout1Widget");
     const int stripWidth = width() - 1;
     // Built first: Tab goes through the controls in the order of their building.

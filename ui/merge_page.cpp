@@ -42,7 +42,7 @@ void MoveCell(QTableWidget* table, QTableWidgetItem* cell, int other)
 void DRUI::InitLayout4Widget()
 {
     delete m_pLayout4Widget;
-    m_pLayout4Widget = new Page(ui.centralWidget);
+    m_pLayout4Widget = new Page(this, ui.centralWidget);
     m_pLayout4Widget->setObjectName("m_pLayout4Widget");
 
     auto* page = BareLayout<QVBoxLayout>();

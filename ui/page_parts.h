@@ -38,7 +38,9 @@ struct FolderRowShape
 class Page : public QWidget
 {
 public:
-    using QWidget::QWidget;
+    /// Made under the window, it moves on while it is empty to where the stack would bring it:
+    /// later, all that is in it would be styled again.
+    Page(QWidget* window, QWidget* central) : QWidget(window) { setParent(central); }
     QSize sizeHint() const override { return {}; }
     QSize minimumSizeHint() const override { return {}; }
 };

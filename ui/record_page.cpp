@@ -19,7 +19,7 @@ unsigned int DRUI::m_nSelectedDeviceID = 4294967295U;
 void DRUI::InitLayout2Widget()
 {
     delete m_pLayout2Widget;
-    m_pLayout2Widget = new Page(ui.centralWidget);
+    m_pLayout2Widget = new Page(this, ui.centralWidget);
     m_pLayout2Widget->setObjectName("m_pLayout2Widget");
     QVBoxLayout* header =
         CreateHeader(m_pLayout2Widget, {width(), width() - 100, 101, Qt::KeepAspectRatio});
