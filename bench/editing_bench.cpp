@@ -217,7 +217,7 @@ int main(int argc, char** argv)
 {
     const QApplication application(argc, argv);
     EditingBench bench;
-    return RunMeasurements(bench);
+    return RunMeasurements(bench, QCoreApplication::arguments().mid(1));
 }
 
 #include "editing_bench.moc"
