@@ -1,6 +1,6 @@
 #include "tool/sound_devices.h"
 
-#include <pulse/pulseaudio.h>
+#include "tool/pulse_library.h"
 
 namespace tool {
 namespace {
@@ -16,32 +16,34 @@ std::string Text(const char* text)
 class Inquiry
 {
 public:
-    Inquiry()
-        : m_pLoop(pa_mainloop_new()),
-          m_pContext(pa_context_new(pa_mainloop_get_api(m_pLoop), "Lumenfold Screen Recorder"))
+    explicit Inquiry(const PulseLibrary& pulse)
+        : m_pulse(pulse),
+          m_pLoop(m_pulse.mainloopNew()),
+          m_pContext(
+              m_pulse.contextNew(m_pulse.mainloopGetApi(m_pLoop), "Lumenfold Screen Recorder"))
     {
     }
     Inquiry(const Inquiry&) = delete;
     Inquiry& operator=(const Inquiry&) = delete;
     ~Inquiry()
     {
-        pa_context_disconnect(m_pContext);
-        pa_context_unref(m_pContext);
-        pa_mainloop_free(m_pLoop);
+        m_pulse.contextDisconnect(m_pContext);
+        m_pulse.contextUnref(m_pContext);
+        m_pulse.mainloopFree(m_pLoop);
     }
 
     std::optional<SoundServer> Run(std::chrono::milliseconds patience)
     {
         const Clock::time_point end = Clock::now() + patience;
-        pa_context_set_state_callback(m_pContext, &Inquiry::OnState, this);
-        if (pa_context_connect(m_pContext, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
+        m_pulse.contextSetStateCallback(m_pContext, &Inquiry::OnState, this);
+        if (m_pulse.contextConnect(m_pContext, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
             return std::nullopt;
         }
         while (m_nAnswers < 2 && !m_bFailed) {
             const auto left =
                 std::chrono::duration_cast<std::chrono::microseconds>(end - Clock::now()).count();
-            if (left <= 0 || pa_mainloop_prepare(m_pLoop, static_cast<int>(left)) < 0 ||
-                pa_mainloop_poll(m_pLoop) < 0 || pa_mainloop_dispatch(m_pLoop) < 0) {
+            if (left <= 0 || m_pulse.mainloopPrepare(m_pLoop, static_cast<int>(left)) < 0 ||
+                m_pulse.mainloopPoll(m_pLoop) < 0 || m_pulse.mainloopDispatch(m_pLoop) < 0) {
                 return std::nullopt;
             }
         }
@@ -55,10 +57,10 @@ private:
     static void OnState(pa_context* context, void* data)
     {
         auto* self = static_cast<Inquiry*>(data);
-        switch (pa_context_get_state(context)) {
+        switch (self->m_pulse.contextGetState(context)) {
         case PA_CONTEXT_READY:
-            Unref(pa_context_get_server_info(context, &Inquiry::OnServer, self));
-            Unref(pa_context_get_source_info_list(context, &Inquiry::OnSource, self));
+            self->Unref(self->m_pulse.contextGetServerInfo(context, &Inquiry::OnServer, self));
+            self->Unref(self->m_pulse.contextGetSourceInfoList(context, &Inquiry::OnSource, self));
             break;
         case PA_CONTEXT_FAILED:
         case PA_CONTEXT_TERMINATED:
@@ -90,13 +92,14 @@ private:
         }
     }
 
-    static void Unref(pa_operation* operation)
+    void Unref(pa_operation* operation) const
     {
         if (operation != nullptr) {
-            pa_operation_unref(operation);
+            m_pulse.operationUnref(operation);
         }
     }
 
+    const PulseLibrary& m_pulse;
     pa_mainloop* m_pLoop;
     pa_context* m_pContext;
     SoundServer m_server;
@@ -108,7 +111,8 @@ private:
 
 std::optional<SoundServer> ReadSoundServer(std::chrono::milliseconds patience)
 {
-    return Inquiry().Run(patience);
+    const PulseLibrary* pulse = Pulse();
+    return pulse != nullptr ? Inquiry(*pulse).Run(patience) : std::nullopt;
 }
 
 } // namespace tool

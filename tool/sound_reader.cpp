@@ -1,7 +1,8 @@
 #include "tool/sound_reader.h"
 
+#include "tool/pulse_library.h"
+
 #include <algorithm>
-#include <pulse/pulseaudio.h>
 #include <thread>
 #include <utility>
 
@@ -27,6 +28,7 @@ struct SoundReader::Private
         SteadyTime retry;
     };
 
+    const PulseLibrary* pulse = Pulse();
     std::vector<Source> sources;
     uint32_t rate = 0;
     SoundListener listener;
@@ -37,7 +39,7 @@ struct SoundReader::Private
     void Connect();
     void DropContext();
     void Open(Source& source);
-    static void DropStream(Source& source);
+    void DropStream(Source& source) const;
     void KeepOpen();
     static void OnRead(pa_stream* stream, size_t bytes, void* data);
     void Deliver(const Source& source, const void* bytes, size_t size) const;
@@ -48,7 +50,9 @@ SoundReader::SoundReader(std::vector<std::string> sources, int rate, SoundListen
 {
     m_p->rate = static_cast<uint32_t>(rate);
     m_p->listener = std::move(listener);
-    m_p->loop = pa_mainloop_new();
+    if (m_p->pulse != nullptr) {
+        m_p->loop = m_p->pulse->mainloopNew();
+    }
     for (std::string& name : sources) {
         m_p->sources.push_back({m_p.get(), m_p->sources.size(), std::move(name), nullptr, {}});
     }
@@ -56,16 +60,23 @@ SoundReader::SoundReader(std::vector<std::string> sources, int rate, SoundListen
 
 SoundReader::~SoundReader()
 {
-    m_p->DropContext();
-    pa_mainloop_free(m_p->loop);
+    if (m_p->pulse != nullptr) {
+        m_p->DropContext();
+        m_p->pulse->mainloopFree(m_p->loop);
+    }
 }
 
 void SoundReader::Wait(std::chrono::milliseconds time)
 {
+    const PulseLibrary* pulse = m_p->pulse;
+    if (pulse == nullptr) {
+        std::this_thread::sleep_for(time); // there is no sound to be had
+        return;
+    }
     m_p->KeepOpen();
     const int microseconds = static_cast<int>(std::chrono::microseconds(time).count());
-    if (pa_mainloop_prepare(m_p->loop, microseconds) < 0 || pa_mainloop_poll(m_p->loop) < 0 ||
-        pa_mainloop_dispatch(m_p->loop) < 0) {
+    if (pulse->mainloopPrepare(m_p->loop, microseconds) < 0 || pulse->mainloopPoll(m_p->loop) < 0 ||
+        pulse->mainloopDispatch(m_p->loop) < 0) {
         std::this_thread::sleep_for(time); // a broken loop must not become a busy one
     }
 }
@@ -73,7 +84,7 @@ void SoundReader::Wait(std::chrono::milliseconds time)
 // Opens what is not open. Whatever failed is dropped here, outside the server's callbacks.
 void SoundReader::Private::KeepOpen()
 {
-    if (context != nullptr && !PA_CONTEXT_IS_GOOD(pa_context_get_state(context))) {
+    if (context != nullptr && !PA_CONTEXT_IS_GOOD(pulse->contextGetState(context))) {
         DropContext();
         retry = std::chrono::steady_clock::now() + retryDistance;
     }
@@ -83,11 +94,11 @@ void SoundReader::Private::KeepOpen()
         }
         return;
     }
-    if (pa_context_get_state(context) != PA_CONTEXT_READY) {
+    if (pulse->contextGetState(context) != PA_CONTEXT_READY) {
         return;
     }
     for (Source& source : sources) {
-        if (source.stream != nullptr && !PA_STREAM_IS_GOOD(pa_stream_get_state(source.stream))) {
+        if (source.stream != nullptr && !PA_STREAM_IS_GOOD(pulse->streamGetState(source.stream))) {
             DropStream(source);
             source.retry = std::chrono::steady_clock::now() + retryDistance;
         }
@@ -99,9 +110,9 @@ void SoundReader::Private::KeepOpen()
 
 void SoundReader::Private::Connect()
 {
-    context = pa_context_new(pa_mainloop_get_api(loop), "Lumenfold Screen Recorder");
+    context = pulse->contextNew(pulse->mainloopGetApi(loop), "Lumenfold Screen Recorder");
     if (context != nullptr &&
-        pa_context_connect(context, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
+        pulse->contextConnect(context, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
         DropContext();
         retry = std::chrono::steady_clock::now() + retryDistance;
     }
@@ -113,8 +124,8 @@ void SoundReader::Private::DropContext()
         DropStream(source);
     }
     if (context != nullptr) {
-        pa_context_disconnect(context);
-        pa_context_unref(context);
+        pulse->contextDisconnect(context);
+        pulse->contextUnref(context);
         context = nullptr;
     }
 }
@@ -122,12 +133,12 @@ void SoundReader::Private::DropContext()
 void SoundReader::Private::Open(Source& source)
 {
     const pa_sample_spec format{PA_SAMPLE_S16LE, rate, 2};
-    source.stream = pa_stream_new(context, "Recording", &format, nullptr);
+    source.stream = pulse->streamNew(context, "Recording", &format, nullptr);
     if (source.stream == nullptr) {
         source.retry = std::chrono::steady_clock::now() + retryDistance;
         return;
     }
-    pa_stream_set_read_callback(source.stream, &Private::OnRead, &source);
+    pulse->streamSetReadCallback(source.stream, &Private::OnRead, &source);
     pa_buffer_attr buffer{};
     buffer.maxlength = static_cast<uint32_t>(-1);
     buffer.fragsize = rate / fragmentsPerSecond * frameBytes;
@@ -136,18 +147,18 @@ void SoundReader::Private::Open(Source& source)
         static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE |
                                        PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_DONT_MOVE);
     listener.opened(source.number);
-    if (pa_stream_connect_record(source.stream, source.name.c_str(), &buffer, flags) < 0) {
+    if (pulse->streamConnectRecord(source.stream, source.name.c_str(), &buffer, flags) < 0) {
         DropStream(source);
         source.retry = std::chrono::steady_clock::now() + retryDistance;
     }
 }
 
-void SoundReader::Private::DropStream(Source& source)
+void SoundReader::Private::DropStream(Source& source) const
 {
     if (source.stream != nullptr) {
-        pa_stream_set_read_callback(source.stream, nullptr, nullptr);
-        pa_stream_disconnect(source.stream);
-        pa_stream_unref(source.stream);
+        pulse->streamSetReadCallback(source.stream, nullptr, nullptr);
+        pulse->streamDisconnect(source.stream);
+        pulse->streamUnref(source.stream);
         source.stream = nullptr;
     }
 }
@@ -157,11 +168,12 @@ void SoundReader::Private::OnRead(pa_stream* stream, size_t /*bytes*/, void* dat
     const auto* source = static_cast<Source*>(data);
     const void* bytes = nullptr;
     size_t size = 0;
-    while (pa_stream_peek(stream, &bytes, &size) == 0 && size > 0) {
+    const PulseLibrary* pulse = source->owner->pulse;
+    while (pulse->streamPeek(stream, &bytes, &size) == 0 && size > 0) {
         if (bytes != nullptr) { // else a hole, which stays silent
             source->owner->Deliver(*source, bytes, size);
         }
-        pa_stream_drop(stream);
+        pulse->streamDrop(stream);
     }
 }
 
@@ -172,7 +184,7 @@ void SoundReader::Private::Deliver(const Source& source, const void* bytes, size
     pa_usec_t latency = 0;
     int negative = 0;
     auto age = std::chrono::microseconds(size / frameBytes * 1000000 / rate);
-    if (pa_stream_get_latency(source.stream, &latency, &negative) == 0) {
+    if (pulse->streamGetLatency(source.stream, &latency, &negative) == 0) {
         age = std::chrono::microseconds(latency);
         age = negative != 0 ? -age : age;
     }

@@ -14,6 +14,7 @@ constexpr size_t packetSize = 188;
 
 // Twenty seconds of an extraordinary recording; the first second holds all that is looked for.
 constexpr size_t mostPackets = 100000;
+constexpr size_t packetsAtOnce = 500;
 
 // A picture's parameter sets stand before its first bytes.
 constexpr size_t enoughPicture = 16384;
@@ -201,13 +202,16 @@ std::optional<StreamShape> ReadTransportStream(const std::string& path)
 {
     std::ifstream stream(path, std::ios::binary);
     StreamReader reader;
-    std::array<char, packetSize> packet{};
-    for (size_t i = 0; i < mostPackets && !reader.IsComplete(); ++i) {
-        if (!stream.read(packet.data(), packet.size())) {
-            break;
-        }
-        if (!reader.Take({reinterpret_cast<const uint8_t*>(packet.data()), packet.size()})) {
-            return std::nullopt;
+    std::vector<char> block(packetSize * packetsAtOnce);
+    for (size_t i = 0; i < mostPackets / packetsAtOnce && stream && !reader.IsComplete(); ++i) {
+        stream.read(block.data(), static_cast<std::streamsize>(block.size()));
+        Bytes packets(reinterpret_cast<const uint8_t*>(block.data()),
+                      static_cast<size_t>(stream.gcount()));
+        for (; packets.size() >= packetSize && !reader.IsComplete();
+             packets = packets.subspan(packetSize)) {
+            if (!reader.Take(packets.first(packetSize))) {
+                return std::nullopt;
+            }
         }
     }
     return reader.Shape();

@@ -43,9 +43,10 @@ void SCANUI::ShowOver(const QWidget& window)
     setVisible(true);
     QElapsedTimer waited;
     waited.start();
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     while (!windowHandle()->isExposed() && waited.elapsed() < 1000) {
+        QThread::msleep(1);
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-        QThread::msleep(2);
     }
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }

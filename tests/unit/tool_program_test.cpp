@@ -1,4 +1,5 @@
 // Runs the real program, with a stand-in for ffmpeg that writes down what it was given.
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -18,6 +19,8 @@ private slots:
     void listNeedsNoPlaceToRememberIt();
     void recordingWithoutDisplayStartsNoFfmpeg();
     void malformedDeviceStartsNoFfmpeg();
+    void editingLoadsNoSoundLibrary();
+    void listWithoutSoundLibraryShowsNoSound();
 
 private:
     // Runs it to its end and gives the exit code, -1 when it did not end by itself.
@@ -131,6 +134,33 @@ void ToolProgramTest::malformedDeviceStartsNoFfmpeg()
     QCOMPARE(Run({"-f", "avfoundation", "-i", "zero", "o.mp4"}), 1);
     QVERIFY2(!m_error.contains("started") && m_error.contains("\"zero\""), m_error);
     QCOMPARE(m_error.count('\n'), 1);
+}
+
+// It brings two dozen others along, which take longer to load than all else that `tool` does.
+void ToolProgramTest::editingLoadsNoSoundLibrary()
+{
+    m_environment.insert("LD_TRACE_LOADED_OBJECTS", "1");
+    QCOMPARE(Run({}), 0);
+    QVERIFY2(m_output.contains("libc."), m_output);
+    QVERIFY2(!m_output.contains("libpulse"), m_output);
+}
+
+void ToolProgramTest::listWithoutSoundLibraryShowsNoSound()
+{
+    QFile library(m_folder->filePath("libpulse.so.0")); // found first, and none that can be loaded
+    QVERIFY(library.open(QIODevice::WriteOnly));
+    library.close();
+    m_environment.insert("LD_LIBRARY_PATH", m_folder->path());
+    m_environment.insert("LD_DEBUG", "libs");
+    m_environment.insert("LD_DEBUG_OUTPUT", m_folder->filePath("loader"));
+    QCOMPARE(Run({"-f", "avfoundation", "-list_devices", "true", "-i", " "}), 1);
+    QVERIFY2(m_error.contains("[AVFoundation indev @ 0x"), m_error);
+    QVERIFY2(!m_error.contains("audio devices:"), m_error);
+    const QStringList logs = QDir(m_folder->path()).entryList({"loader.*"});
+    QCOMPARE(logs.size(), 1);
+    QFile log(m_folder->filePath(logs.first()));
+    QVERIFY(log.open(QIODevice::ReadOnly));
+    QVERIFY2(log.readAll().contains(library.fileName().toUtf8()), "the library was not asked for");
 }
 
 QTEST_GUILESS_MAIN(ToolProgramTest)

@@ -28,7 +28,7 @@ public:
     QString directory;      // what answers the chooser; null presses its Cancel
     QString startDirectory; // where the last chooser began
     int choosers = 0;       // how many there were
-    qint64 jobNsecs = 0;    // from the chooser's answer to the message
+    qint64 jobNsecs = 0;    // from the chooser's end to the message
 
 private:
     void Answer()
@@ -62,7 +62,9 @@ private:
 
     void Choose(QFileDialog& chooser)
     {
-        m_sinceChoice.start();
+        // Closing it, Qt stores its settings on the disk and waits for that: no part of the job.
+        QObject::connect(&chooser, &QObject::destroyed, &m_timer,
+                         [this] { m_sinceChoice.start(); });
         if (directory.isNull()) {
             chooser.reject();
             return;
