@@ -29,6 +29,8 @@ private:
 
     // What a job wrote goes, so that every round writes a new file and none waits for another's.
     static void Empty(const QString& folder);
+    // ffmpeg's arguments for a movie of this picture and a tone, coded as recordings are.
+    static QStringList Source(const QString& picture);
     // Runs ffmpeg to its end; false when it fails.
     static bool Ffmpeg(const QStringList& arguments);
     // Of several rounds the one that the machine's other work, and its disk, disturbed least.
@@ -82,18 +84,22 @@ double EditingBench::Seconds(const std::function<void()>& work)
     return static_cast<double>(time.nsecsElapsed()) / 1e9;
 }
 
+QStringList EditingBench::Source(const QString& picture)
+{
+    return {"-f",      "lavfi",     "-i",       picture,
+            "-f",      "lavfi",     "-i",       "sine=frequency=440:sample_rate=44100",
+            "-c:v",    "libx264",   "-g",       "59",
+            "-preset", "ultrafast", "-pix_fmt", "yuv420p",
+            "-c:a",    "aac"};
+}
+
 // Two movies: a large one, so that the work outweighs the start of a program, and a short one.
 void EditingBench::initTestCase()
 {
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QFile::remove(BesideProgram("tool"));
     QVERIFY(QFile::copy(TOOL, BesideProgram("tool")));
-    const QStringList source{
-        "-f",      "lavfi",     "-i",       "testsrc2=size=1280x720:rate=30,noise=alls=40:allf=t",
-        "-f",      "lavfi",     "-i",       "sine=frequency=440:sample_rate=44100",
-        "-c:v",    "libx264",   "-g",       "59",
-        "-preset", "ultrafast", "-pix_fmt", "yuv420p",
-        "-c:a",    "aac"};
+    const QStringList source = Source("testsrc2=size=1280x720:rate=30,noise=alls=40:allf=t");
     QVERIFY(Ffmpeg(source + QStringList{"-t", "8", "-crf", "14", m_folder.filePath("piece.mp4")}));
     QVERIFY(Ffmpeg({"-stream_loop", "3", "-i", m_folder.filePath("piece.mp4"), "-c", "copy",
                     m_folder.filePath("large.mp4")}));
@@ -177,27 +183,8 @@ void EditingBench::cut()
 // What people do: ten minutes from the middle of a recording of half an hour.
 void EditingBench::cutFromTheMiddle()
 {
-    QVERIFY(Ffmpeg({"-f",
-                    "lavfi",
-                    "-i",
-                    "testsrc2=size=1280x720:rate=30",
-                    "-f",
-                    "lavfi",
-                    "-i",
-                    "sine=frequency=440:sample_rate=44100",
-                    "-c:v",
-                    "libx264",
-                    "-g",
-                    "59",
-                    "-preset",
-                    "ultrafast",
-                    "-pix_fmt",
-                    "yuv420p",
-                    "-c:a",
-                    "aac",
-                    "-t",
-                    "20",
-                    m_folder.filePath("twenty.mp4")}));
+    QVERIFY(Ffmpeg(Source("testsrc2=size=1280x720:rate=30") +
+                   QStringList{"-t", "20", "-crf", "30", m_folder.filePath("twenty.mp4")}));
     QVERIFY(Ffmpeg({"-stream_loop", "89", "-i", m_folder.filePath("twenty.mp4"), "-c", "copy",
                     m_folder.filePath("long.mp4")}));
     const QString folder = Folder("long cut", "long.mp4", 1);
