@@ -1,19 +1,12 @@
 #include "tool/monitors.h"
 
-#include <cstdlib>
-#include <memory>
+#include "tool/owned_reply.h"
+
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
 
 namespace tool {
 namespace {
-
-struct Free
-{
-    void operator()(void* pointer) const { std::free(pointer); } // NOLINT(*-no-malloc)
-};
-template <typename Reply>
-using Owned = std::unique_ptr<Reply, Free>;
 
 const xcb_screen_t* DefaultScreen(xcb_connection_t* connection, int number)
 {

@@ -1,5 +1,7 @@
 #include "tool/screen_grabber.h"
 
+#include "tool/owned_reply.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <poll.h>
@@ -13,13 +15,6 @@
 
 namespace tool {
 namespace {
-
-struct Free
-{
-    void operator()(void* pointer) const { std::free(pointer); } // NOLINT(*-no-malloc)
-};
-template <typename Reply>
-using Owned = std::unique_ptr<Reply, Free>;
 
 constexpr int pixelBytes = 4;
 

@@ -20,6 +20,18 @@ Outcome RunProgram(const QString& program, const QStringList& arguments, const Q
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
+QByteArray Content(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool Write(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
 bool WriteProgram(const QString& path, const QByteArray& content)
 {
     QFile file(path);

@@ -16,6 +16,12 @@ struct Outcome
 Outcome RunProgram(const QString& program, const QStringList& arguments,
                    const QString& directory = {});
 
+// All bytes of a file; empty when it cannot be read.
+QByteArray Content(const QString& path);
+
+// Writes a file with these bytes; false when that fails.
+bool Write(const QString& path, const QByteArray& content);
+
 // Writes a file that may be run; false when that fails.
 bool WriteProgram(const QString& path, const QByteArray& content);
 

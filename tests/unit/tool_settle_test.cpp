@@ -67,18 +67,6 @@ bool IsOrdinary(const QString& path)
            boxes[1].type == tool::BoxType("mdat") && boxes[2].type == tool::BoxType("moov");
 }
 
-QByteArray Content(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool Write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
-
 bool Settle(const QString& path)
 {
     return tool::SettleMovie(QFile::encodeName(path).toStdString());

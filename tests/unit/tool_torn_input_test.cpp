@@ -29,18 +29,6 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is no 
 
 namespace {
 
-QByteArray Content(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool Write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
-
 // What the recorder takes for a failure.
 bool IsFailure(const Outcome& outcome)
 {
