@@ -76,13 +76,19 @@ void CheckOwnListing(const std::vector<std::string>& lines)
     tool::Listing own;
     own.screens = lines.front().empty() ? 0 : static_cast<unsigned char>(lines.front()[0]) % 12;
     own.noScreenReason = lines.back();
-    own.sound = tool::ArrangeSoundDevices(ServerOf(lines));
+    const tool::SoundServer server = ServerOf(lines);
+    own.sound = tool::ArrangeSoundDevices(server);
     const std::string text = tool::ListingText(own, 0x7f0000001000);
     const DeviceListing read = ParseDeviceListing(QString::fromLatin1(text.c_str()));
     Require(read.screen == (own.screens > 0 ? '0' : '\0'), "the first screen is found: " + text);
 
     const int last = static_cast<int>(own.sound.size()) - 1;
-    const bool hasMonitor = last >= 0 && own.sound.back().title.starts_with("Computer sounds (");
+    const bool hasMonitor =
+        last >= 0 && std::any_of(server.sources.begin(), server.sources.end(),
+                                 [&](const tool::SoundSource& source) {
+                                     return source.name == own.sound.back().source &&
+                                            !source.monitorOf.empty();
+                                 });
     Require(read.sound == (hasMonitor ? last : -1), "the computer's sounds are found: " + text);
     Require(read.microphone == (last >= (hasMonitor ? 1 : 0) ? 0 : -1),
             "the first microphone is found: " + text);
