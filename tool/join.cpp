@@ -100,6 +100,14 @@ std::string_view Before(std::string_view line, std::string_view unit)
     return line.substr(begin + 1, end - begin - 1);
 }
 
+// Digits, and more behind a point if there is one.
+bool IsDecimal(std::string_view text)
+{
+    return text.find_first_not_of("0123456789.") == std::string_view::npos &&
+           std::count(text.begin(), text.end(), '.') <= 1 && !text.starts_with('.') &&
+           !text.ends_with('.');
+}
+
 // ffmpeg prints rates rounded to two digits.
 std::string ExactRate(std::string_view text)
 {
@@ -109,8 +117,8 @@ std::string ExactRate(std::string_view text)
         }
     }
     const double rate = ToNumber(text);
-    const bool plain = text.find_first_not_of("0123456789.") == std::string_view::npos;
-    return plain && rate >= 1 && rate <= 240 ? std::string(text) : usualRate;
+    const bool sensible = rate >= 1 && rate <= 240;
+    return sensible && IsDecimal(text) ? std::string(text) : usualRate;
 }
 
 int Even(double size)
