@@ -9,7 +9,7 @@ namespace {
 QByteArray g_strInstalled;          // a name that is yet to be looked up
 QTextCodec* g_pTextCodec = nullptr; // owned by Qt's own list of codecs
 
-// Looked up when it is first needed, which in most sessions is never: the tables of the codecs take
+// Looked up when it is first needed, which in most runs is never: the tables of the codecs take
 // a megabyte.
 const QTextCodec* InstalledCodec()
 {
