@@ -30,7 +30,8 @@ struct Canvas
 
     uint8_t* At(int x, int y)
     {
-        return bytes.data() + static_cast<ptrdiff_t>(y) * stride + ptrdiff_t{x} * 4;
+        const ptrdiff_t place = static_cast<ptrdiff_t>(y) * stride + static_cast<ptrdiff_t>(x) * 4;
+        return bytes.data() + place;
     }
     Pixels View() { return {bytes.data(), stride, width, height}; }
     void Fill(uint8_t blue, uint8_t green, uint8_t red)
