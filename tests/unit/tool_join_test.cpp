@@ -228,6 +228,8 @@ void ToolJoinTest::whatNoVideoCanBeIsNotTakenFromFfmpegsText_data()
         "64x48 25 0 ");
     row("pixels without a width", QString(video) + "64x48 [SAR 1:9999], 25 fps", "64x48 25 0 ");
     row("a rate that goes on", QString(video) + "64x48, 25[x];y fps", "64x48 30 0 ");
+    row("a rate that ends with its point", QString(video) + "64x48, 29. fps", "64x48 30 0 ");
+    row("a rate of two points", QString(video) + "64x48, 2.5.1 fps", "64x48 30 0 ");
     row("no finite rate", QString(video) + "64x48, inf fps", "64x48 30 0 ");
     row("more samples than an int", QString(audio) + "99999999999 Hz, mono, fltp", "0x0  0 ");
     row("no finite sample rate", QString(audio) + "nan Hz, mono, fltp", "0x0  0 ");
