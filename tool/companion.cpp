@@ -8,25 +8,34 @@
 namespace tool {
 namespace {
 
-// Whoever waits for the end of ffmpeg's output must not wait for us.
-int CloseAllBut(int kept)
+// Whoever waits for the end of ffmpeg's output must not wait for us. What is kept moves to the
+// first numbers after the standard ones.
+std::vector<int> CloseAllBut(const std::vector<int>& kept)
 {
     constexpr int first = STDERR_FILENO + 1;
-    if (kept != first && dup2(kept, first) < 0) {
-        close(first);
+    const int end = first + static_cast<int>(kept.size());
+    std::vector<int> moved;
+    moved.reserve(kept.size());
+    for (const int one : kept) {
+        moved.push_back(fcntl(one, F_DUPFD, end)); // out of the others' way first
     }
-    close_range(first + 1, ~0U, 0);
+    for (int i = first; i < end; ++i) {
+        int& one = moved[static_cast<size_t>(i - first)];
+        one = dup2(one, i);
+    }
+    close_range(static_cast<unsigned>(end), ~0U, 0);
     const int nothing = open("/dev/null", O_RDWR);
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         dup2(nothing, standard);
     }
     close(nothing);
-    return first;
+    return moved;
 }
 
 } // namespace
 
-bool StartCompanion(int kept, const std::function<void(int)>& run)
+bool StartCompanion(const std::vector<int>& kept,
+                    const std::function<void(const std::vector<int>&)>& run)
 {
     // ffmpeg knows nothing of its companions and waits for none: the kernel clears away those that
     // end before it. This outlives the exec.

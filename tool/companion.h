@@ -1,13 +1,15 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 namespace tool {
 
 // Starts a child process that lives beside ffmpeg, since this process becomes ffmpeg, and ends with
-// it at the latest. Of all that is open it keeps `kept` alone (-1: nothing), under another number
-// that `run` is given; signals from a terminal do not reach it. From then on no child of this
+// it at the latest. Of all that is open it has `kept` alone, under other numbers that `run` is
+// given in the same order; signals from a terminal do not reach it. From then on no child of this
 // process leaves an exit code behind. False, with errno, when there can be no child.
-bool StartCompanion(int kept, const std::function<void(int)>& run);
+bool StartCompanion(const std::vector<int>& kept,
+                    const std::function<void(const std::vector<int>&)>& run);
 
 } // namespace tool

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <fcntl.h>
 #include <poll.h>
 #include <string>
@@ -47,28 +48,41 @@ private:
     int m_file = -1;
 };
 
-void HoldKeys(int input, const std::string& file, std::chrono::milliseconds patience)
+// What is typed next; nothing at the end of the keyboard.
+std::string ReadKeys(int input)
 {
-    // The other end of the same pipe: opened first, for what cannot be given back is not taken.
-    const std::string name = "/proc/self/fd/" + std::to_string(input);
-    const int output = open(name.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
-    if (output < 0) {
-        return;
-    }
+    pollfd keyboard{input, POLLIN, 0};
+    poll(&keyboard, 1, -1); // read() does not wait everywhere
+    std::array<char, 256> keys{};
+    const ssize_t count = read(input, keys.data(), keys.size());
+    return {keys.data(), static_cast<size_t>(std::max<ssize_t>(count, 0))};
+}
+
+std::string TakeEarlyKeys(int input, Recording recording, std::chrono::milliseconds patience)
+{
     const auto end = Clock::now() + patience;
-    std::string held;
-    Recording recording(file);
+    std::string keys;
+    pollfd keyboard{input, POLLIN, 0};
     while (!recording.HasContent() && Clock::now() < end) {
-        pollfd keys{input, POLLIN, 0};
-        if (poll(&keys, 1, lookMs) <= 0) {
-            continue;
+        if (poll(&keyboard, 1, lookMs) > 0) {
+            const std::string typed = ReadKeys(input);
+            keys += typed;
+            if (typed.empty()) {
+                keyboard.fd = -1; // nothing more will come: poll() only waits
+            }
         }
-        std::array<char, 256> piece{};
-        const ssize_t count = read(input, piece.data(), piece.size());
-        held.append(piece.data(), static_cast<size_t>(std::max<ssize_t>(count, 0)));
     }
-    // A pipe holds far more than can be typed in this time.
-    [[maybe_unused]] const ssize_t written = write(output, held.data(), held.size());
+    return keys;
+}
+
+void PassKeysOn(int input, int output, std::string keys)
+{
+    while (write(output, keys.data(), keys.size()) >= 0) {
+        keys = ReadKeys(input);
+        if (keys.empty()) {
+            return;
+        }
+    }
 }
 
 } // namespace
@@ -76,9 +90,21 @@ void HoldKeys(int input, const std::string& file, std::chrono::milliseconds pati
 void HoldEarlyKeys(int input, const std::string& file, std::chrono::milliseconds patience)
 {
     struct stat status = {};
-    if (!Recording(file).HasContent() && fstat(input, &status) == 0 && S_ISFIFO(status.st_mode)) {
-        StartCompanion(input, [&](int kept) { HoldKeys(kept, file, patience); });
+    std::array<int, 2> ends{};
+    if (Recording(file).HasContent() || fstat(input, &status) != 0 || !S_ISFIFO(status.st_mode) ||
+        pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return;
     }
+    const bool started = StartCompanion({input, ends[1]}, [&](const auto& kept) {
+        // Whoever ends all processes of a session wants a recording that can be stopped until then.
+        std::signal(SIGTERM, SIG_IGN);
+        PassKeysOn(kept[0], kept[1], TakeEarlyKeys(kept[0], Recording(file), patience));
+    });
+    if (started) {
+        dup2(ends[0], input);
+    }
+    close(ends[0]);
+    close(ends[1]);
 }
 
 } // namespace tool

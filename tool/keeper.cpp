@@ -108,7 +108,7 @@ void Keep(Recording recording, pid_t parent)
 void StartKeeper(const std::string& path)
 {
     const pid_t parent = getpid();
-    StartCompanion(-1, [&](int) { Keep(Recording(path, parent), parent); });
+    StartCompanion({}, [&](const auto&) { Keep(Recording(path, parent), parent); });
 }
 
 } // namespace tool

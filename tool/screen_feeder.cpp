@@ -122,7 +122,8 @@ std::optional<int> StartScreenFeeder(const ScreenFeederPlan& plan)
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         return std::nullopt;
     }
-    const bool started = StartCompanion(ends[1], [&plan](int pipe) {
+    const bool started = StartCompanion({ends[1]}, [&plan](const auto& kept) {
+        const int pipe = kept.front();
         fcntl(pipe, F_SETFL, O_WRONLY | O_NONBLOCK);
         if (const auto grabber = ScreenGrabber::Open(plan.display, plan.area)) {
             Feeder(plan, *grabber, pipe).Run();

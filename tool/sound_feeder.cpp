@@ -156,7 +156,8 @@ int StartSoundFeeder(const FeederPlan& plan)
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         return -1;
     }
-    const bool started = StartCompanion(ends[1], [&plan](int pipe) {
+    const bool started = StartCompanion({ends[1]}, [&plan](const auto& kept) {
+        const int pipe = kept.front();
         fcntl(pipe, F_SETFL, O_WRONLY | O_NONBLOCK);
         fcntl(pipe, F_SETFD, FD_CLOEXEC);
         Feeder(plan, pipe).Run();

@@ -1,7 +1,9 @@
 // Runs the real program where there is a screen and a sound server, with a stand-in for ffmpeg that
 // writes down what it was given. The sound server has a microphone and an output.
 #include "tool_movies.h"
+#include "tool_take.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QLocalSocket>
@@ -27,6 +29,7 @@ private slots:
     void recorderThatDiesBeforeTheStartLeavesNoRecording();
     void quitBeforeTheFirstPictureStillGivesAPicture_data();
     void quitBeforeTheFirstPictureStillGivesAPicture();
+    void quitAsSoonAsFfmpegAsksForKeysStillGivesAPicture();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -150,13 +153,31 @@ void ToolRecordingTest::quitBeforeTheFirstPictureStillGivesAPicture()
     QVERIFY(WriteProgram(m_folder->filePath("ffmpeg"),
                          "#!/bin/sh\n" + before + "exec /usr/bin/env ffmpeg \"$@\"\n"));
     const QString path = m_folder->filePath("short.mp4");
-    QProcess tool;
-    tool.start(TOOL_PROGRAM, {"-f", "avfoundation", "-framerate", "30", "-i", device, "-r", "29.97",
-                              "-preset", "ultrafast", "-pix_fmt", "yuv420p", path});
-    tool.write("q\r\n");
-    QVERIFY2(tool.waitForFinished(), "the recording goes on");
-    QVERIFY2(!PictureDigests(path).isEmpty(), tool.readAllStandardError());
+    Take take(path, device);
+    take.Type("q\r\n");
+    QVERIFY2(take.WaitForEnd(), "the recording goes on");
+    QVERIFY2(!PictureDigests(path).isEmpty(), take.Text());
     QCOMPARE(DecodingErrors(path), QByteArray());
+}
+
+// The recorder answers what ffmpeg prints, so the key comes just when ffmpeg begins to look for
+// one.
+void ToolRecordingTest::quitAsSoonAsFfmpegAsksForKeysStillGivesAPicture()
+{
+    qunsetenv("LUMENFOLD_FFMPEG");
+    constexpr int times = 12; // enough to see what happens to every fourth
+    for (int i = 0; i < times; ++i) {
+        const QString path = m_folder->filePath(QString("short %1.mp4").arg(i));
+        Take take(path, "0");
+        // Without the pauses of QTRY_VERIFY.
+        const QDeadlineTimer patience(20000);
+        while (!take.Text().contains("Press [q]")) {
+            QVERIFY2(!patience.hasExpired(), take.Text());
+        }
+        take.Type("q\r\n");
+        QVERIFY2(take.WaitForEnd(), "the recording goes on");
+        QVERIFY2(!PictureDigests(path).isEmpty(), take.Text());
+    }
 }
 
 QTEST_GUILESS_MAIN(ToolRecordingTest)
