@@ -2,6 +2,7 @@
 #include "tests/desktop/recorder.h"
 #include "tests/desktop/recording_file.h"
 #include "tests/desktop/shown_pictures.h"
+#include "tests/ordinary_movie.h"
 
 #include <QFile>
 #include <QTest>
@@ -35,7 +36,7 @@ private:
                           const QString& size = "320x240");
     // Selects the first video of the cut page, moves the slider and presses Start and End.
     static void MarkFirstVideo(Recorder& recorder, double start, double end);
-    // Records for some seconds and stops; whether there is a recording then.
+    // Records for some seconds and stops; whether there is a recording then that stays as it is.
     static bool Record(Recorder& recorder, int milliseconds);
     // Adds the first `count` videos of the merge page to the list.
     static void AddVideos(Recorder& recorder, int count);
@@ -123,7 +124,8 @@ QString EditingDesktopTest::RunJob(Recorder& recorder, const QString& button, co
 bool EditingDesktopTest::Record(Recorder& recorder, int milliseconds)
 {
     return recorder.StartRecording() && recorder.RecordFor(milliseconds) &&
-           recorder.ChooseInTray(1) && recorder.WaitShown() && recorder.WaitForTool();
+           recorder.ChooseInTray(1) && recorder.WaitShown() && recorder.WaitForTool() &&
+           WaitUntil([&] { return IsOrdinary(recorder.Recording()); });
 }
 
 void EditingDesktopTest::trimKeepsWhatLiesBetweenStartAndEnd_data()

@@ -1,8 +1,7 @@
 // Recordings that end in every way but the right one, several at once of a screen that counts: what
 // was on it when a recording was cut short is compared with the last picture that plays.
 #include "tests/desktop/test_pattern_process.h"
-#include "tool/boxes.h"
-#include "tool/frugal_file.h"
+#include "tests/ordinary_movie.h"
 #include "tool_movies.h"
 #include "tool_take.h"
 
@@ -36,21 +35,6 @@ struct Moment
     int shown = -1;   // the number on the screen
     double taken = 0; // seconds in ffmpeg's hands
 };
-
-// Whether the file has its index, and nothing in pieces.
-bool IsOrdinary(const QString& path)
-{
-    tool::FrugalFile file(QFile::encodeName(path).toStdString(), 1U << 20U);
-    tool::BoxWalk walk(file, 0, file.Size());
-    uint32_t last = 0;
-    while (const auto box = walk.Next()) {
-        last = box->type;
-        if (last == tool::BoxType("moof")) {
-            return false;
-        }
-    }
-    return last == tool::BoxType("moov") && !walk.Damaged();
-}
 
 // The numbers that the pictures show, in their order.
 QList<int> NumbersIn(const QString& path)

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "tool/boxes.h"
+#include "tool/frugal_file.h"
+
+#include <QFile>
+
+// Whether a recording has its index, and nothing in pieces: nobody changes it any more.
+inline bool IsOrdinary(const QString& path)
+{
+    tool::FrugalFile file(QFile::encodeName(path).toStdString(), 1U << 20U);
+    tool::BoxWalk walk(file, 0, file.Size());
+    uint32_t last = 0;
+    while (const auto box = walk.Next()) {
+        last = box->type;
+        if (last == tool::BoxType("moof")) {
+            return false;
+        }
+    }
+    return last == tool::BoxType("moov") && !walk.Damaged();
+}
