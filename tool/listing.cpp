@@ -54,6 +54,8 @@ std::string PlainName(const std::string& name)
     }
     // A device of this name would be taken for a screen where there is none.
     ReplaceAll(plain, "Capture screen", "Capture-screen");
+    // And this would begin the list of the audio devices.
+    ReplaceAll(plain, "devices:", "devices");
     return plain;
 }
 

@@ -37,7 +37,7 @@ struct SoundDevice
 std::vector<SoundDevice> ArrangeSoundDevices(const SoundServer& server);
 
 // The name without what would confuse a reader of the list: brackets become parentheses, control
-// characters blanks.
+// characters blanks; nothing is left that names a screen or looks like a header.
 std::string PlainName(const std::string& name);
 
 struct Listing

@@ -78,6 +78,7 @@ void ToolListingTest::bracketsAndLineBreaksAreTakenOutOfNames()
     QCOMPARE(tool::PlainName("USB [Rev 2]\r\nMikrofon \xc3\xa4\x7f"),
              "USB (Rev 2)  Mikrofon \xc3\xa4 ");
     QCOMPARE(tool::PlainName("Capture screen 0"), "Capture-screen 0");
+    QCOMPARE(tool::PlainName("My audio devices::"), "My audio devices");
 }
 
 void ToolListingTest::textIsThatOfMacOs()
