@@ -22,6 +22,9 @@ std::vector<int> CloseAllBut(const std::vector<int>& kept)
     for (int i = first; i < end; ++i) {
         int& one = moved[static_cast<size_t>(i - first)];
         one = dup2(one, i);
+        if (one < 0) {
+            close(i);
+        }
     }
     close_range(static_cast<unsigned>(end), ~0U, 0);
     const int nothing = open("/dev/null", O_RDWR);

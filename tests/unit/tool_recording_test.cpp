@@ -1,5 +1,6 @@
-// Runs the real program where there is a screen and a sound server, with a stand-in for ffmpeg that
-// writes down what it was given. The sound server has a microphone and an output.
+// Runs the real program where there is a screen and a sound server. Where no recording is looked
+// at, a stand-in for ffmpeg writes down what it was given. The sound server has a microphone and an
+// output.
 #include "tool_movies.h"
 #include "tool_take.h"
 
