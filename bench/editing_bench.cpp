@@ -134,7 +134,7 @@ void EditingBench::MeasureCut(const QString& name, const QString& folder, int st
     const QString target = m_folder.filePath("cut to");
     QVERIFY(QDir().mkpath(target));
     const auto window = Window(folder, "btnMontageSlot");
-    ClickRow(*window, "m_pCutTable", 0);
+    ClickRow(*window, "m_pCutVideoTable", 0);
     for (const auto& [position, slot] : {std::pair(start, "btnSetHead"), {end, "btnSetTail"}}) {
         QVERIFY(QMetaObject::invokeMethod(window.get(), "current", Q_ARG(int, position)));
         Call(*window, slot);

@@ -14,6 +14,8 @@
 #include <QLineEdit>
 #include <QTableWidget>
 
+#include <utility>
+
 namespace {
 
 constexpr FolderRowShape kFolderRow{"m_pLayout3DirEdit", 12, {10, 0, 125, 25}, {135, 0, 420, 25},
@@ -58,10 +60,10 @@ void DRUI::InitLayout3Widget()
     page->addLayout(CreateFolderRow(m_pLayout3Widget, kFolderRow, SLOT(btnSlotLayout3Dir())));
     page->addSpacing(8);
     m_pLayout3DirEdit = m_pLayout3Widget->findChild<QLineEdit*>(kFolderRow.fieldName);
-    m_pCutTable = CreateCutVideoTable();
+    m_pCutVideoTable = CreateCutVideoTable();
     auto* middle = BareLayout<QHBoxLayout>();
     middle->setContentsMargins(20, 0, 20, 0);
-    middle->addWidget(m_pCutTable);
+    middle->addWidget(m_pCutVideoTable);
     middle->addSpacing(8);
     middle->addWidget(CreateCutPanel());
     page->addLayout(middle, 1);
@@ -74,7 +76,7 @@ void DRUI::InitLayout3Widget()
 QTableWidget* DRUI::CreateCutVideoTable()
 {
     QTableWidget* table = CreateVideoTable(m_pLayout3Widget, {QString()});
-    table->setObjectName("m_pCutTable");
+    table->setObjectName("m_pCutVideoTable");
     table->setColumnWidth(0, 180);
     table->setMinimumSize(200, 100);
     table->setAccessibleName("Videos");
@@ -175,21 +177,21 @@ QHBoxLayout* DRUI::CreateCutBar()
 // Every file is asked for its duration, which nothing shows.
 void DRUI::FillCutTable(const QString& folder)
 {
-    const auto files = NewestFirst(folder);
-    m_pCutTable->setRowCount(0);
-    for (const _FILE_INFO_& file : files) {
+    m_vecFileInfo = NewestFirst(folder);
+    m_pCutVideoTable->setRowCount(0);
+    for (const _FILE_INFO_& file : std::as_const(m_vecFileInfo)) {
         DurationOf(folder, file);
         AppendCutRow(NameOf(file));
     }
-    m_pCutTable->resizeColumnsToContents();
+    m_pCutVideoTable->resizeColumnsToContents();
 }
 
 void DRUI::AppendCutRow(const QString& name)
 {
-    const int row = m_pCutTable->rowCount();
-    m_pCutTable->insertRow(row);
+    const int row = m_pCutVideoTable->rowCount();
+    m_pCutVideoTable->insertRow(row);
     if (!name.isEmpty()) { // an empty row, carried over
-        m_pCutTable->setItem(row, 0, CutItem(name));
+        m_pCutVideoTable->setItem(row, 0, CutItem(name));
     }
 }
 
@@ -198,11 +200,11 @@ void DRUI::AppendCutRow(const QString& name)
 void DRUI::btnSlotLayout3Dir()
 {
     m_pLayout3DirEdit->setText(QFileDialog::getExistingDirectory(this, QString()));
-    const auto files = NewestFirst(m_pLayout3DirEdit->text());
-    m_pCutTable->setRowCount(0);
-    m_pCutTable->setRowCount(static_cast<int>(files.size()));
-    for (const _FILE_INFO_& file : files) {
-        m_pCutTable->setItem(0, 0, CutItem(NameOf(file)));
+    m_vecFileInfo = NewestFirst(m_pLayout3DirEdit->text());
+    m_pCutVideoTable->setRowCount(0);
+    m_pCutVideoTable->setRowCount(static_cast<int>(m_vecFileInfo.size()));
+    for (const _FILE_INFO_& file : std::as_const(m_vecFileInfo)) {
+        m_pCutVideoTable->setItem(0, 0, CutItem(NameOf(file)));
     }
     m_pBtnAdd->setEnabled(false);
 }
@@ -211,7 +213,7 @@ void DRUI::btnSlotLayout3Dir()
 // position moved to last stays that of the video before; both are meant.
 void DRUI::CutTableItemClick(QTableWidgetItem* /*pItem*/)
 {
-    const auto selected = m_pCutTable->selectedItems();
+    const auto selected = m_pCutVideoTable->selectedItems();
     if (selected.isEmpty()) {
         m_pBtnPlay->setEnabled(false);
         m_pBtnCut->setEnabled(false);

@@ -205,7 +205,7 @@ void DRUI::btnEditSlot()
 void DRUI::btnMontageSlot()
 {
     FillCutTable(m_pLayout4DirEdit->text());
-    m_pCutTable->setFocus();
+    m_pCutVideoTable->setFocus();
     m_pStack->setCurrentWidget(m_pLayout3Widget);
 }
 

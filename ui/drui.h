@@ -207,6 +207,8 @@ private:
     std::string DurationOf(const QString& folder, const _FILE_INFO_& file);
     void WatchFolderFields(bool watch);
     void RebuildPages();
+    QVector<_FILE_INFO_> m_vecFileInfo;              // of the folder read last, newest first
+    QVector<_MERGER_FILE_INFO_> m_vecMergerFileInfo; // the merge list while its page is built anew
 
     // --- cut page: cut_page.cpp ---
     void InitLayout3Widget();
@@ -220,7 +222,7 @@ private:
     void FreeAviHandle() {}
     QWidget* m_pLayout3Widget = nullptr;
     QLineEdit* m_pLayout3DirEdit = nullptr;
-    QTableWidget* m_pCutTable = nullptr;
+    QTableWidget* m_pCutVideoTable = nullptr;
     QLabel* m_pCutPosLabel = nullptr;
     QSlider* m_pCutSlider = nullptr;
     QPushButton* m_pBtnPlay = nullptr;

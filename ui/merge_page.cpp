@@ -10,6 +10,8 @@
 #include <QLineEdit>
 #include <QTableWidget>
 
+#include <utility>
+
 namespace {
 
 constexpr FolderRowShape kFolderRow{"m_pLayout4DirEdit", 11, {10, 0, 100, 25}, {120, 0, 240, 25},
@@ -168,9 +170,9 @@ QStringList DRUI::SourceTexts(const QString& folder, const _FILE_INFO_& file)
 
 void DRUI::FillSourceTable(const QString& folder)
 {
-    const auto files = NewestFirst(folder);
+    m_vecFileInfo = NewestFirst(folder);
     m_pSourceVideoTable->setRowCount(0);
-    for (const _FILE_INFO_& file : files) {
+    for (const _FILE_INFO_& file : std::as_const(m_vecFileInfo)) {
         AppendSourceRow(SourceTexts(folder, file));
     }
     m_pSourceVideoTable->resizeColumnsToContents();
@@ -195,10 +197,10 @@ void DRUI::btnSlotLayout4Dir()
         return;
     }
     m_pLayout4DirEdit->setText(folder);
-    const auto files = NewestFirst(folder);
+    m_vecFileInfo = NewestFirst(folder);
     m_pSourceVideoTable->setRowCount(0);
-    m_pSourceVideoTable->setRowCount(static_cast<int>(files.size()));
-    for (const _FILE_INFO_& file : files) {
+    m_pSourceVideoTable->setRowCount(static_cast<int>(m_vecFileInfo.size()));
+    for (const _FILE_INFO_& file : std::as_const(m_vecFileInfo)) {
         SetRow(m_pSourceVideoTable, 0, SourceTexts(folder, file));
     }
     m_pBtnAdd->setEnabled(false);

@@ -5,6 +5,8 @@
 #include <QStackedLayout>
 #include <QTableWidget>
 
+#include <utility>
+
 // The pages built anew for another size of the window; what their tables held is carried over.
 
 namespace {
@@ -41,9 +43,9 @@ QStringList Texts(const _MERGER_FILE_INFO_& row)
 void DRUI::RebuildPages()
 {
     const int page = m_pStack->currentIndex();
-    const Rows cut = RowsOf(m_pCutTable);
+    const Rows cut = RowsOf(m_pCutVideoTable);
     const Rows source = RowsOf(m_pSourceVideoTable);
-    const Rows target = RowsOf(m_pTargetVideoTable);
+    m_vecMergerFileInfo = RowsOf(m_pTargetVideoTable);
     WatchFolderFields(false); // a field that is deleted with the cursor in it is left, too
     BuildPages();
     for (const _MERGER_FILE_INFO_& row : cut) {
@@ -52,7 +54,7 @@ void DRUI::RebuildPages()
     for (const _MERGER_FILE_INFO_& row : source) {
         AppendSourceRow(Texts(row));
     }
-    for (const _MERGER_FILE_INFO_& row : target) {
+    for (const _MERGER_FILE_INFO_& row : std::as_const(m_vecMergerFileInfo)) {
         AppendTargetRow(Texts(row));
     }
     WatchFolderFields(true);

@@ -115,7 +115,7 @@ private Q_SLOTS:
     void aVideoChosenByKeyIsTheOneThatIsCut()
     {
         Enter("btnMontageSlot");
-        auto* table = Child<QTableWidget>("m_pCutTable");
+        auto* table = Child<QTableWidget>("m_pCutVideoTable");
         PressKey(table, Qt::Key_Space);
         QCOMPARE(Child<QSlider>("m_pCutSlider")->maximum(), 30);
         QVERIFY(Control("Start")->isEnabled());

@@ -3,7 +3,7 @@
 #include <QProcess>
 
 namespace {
-constexpr auto kTable = "m_pCutTable";
+constexpr auto kTable = "m_pCutVideoTable";
 } // namespace
 
 // The cut page from the choice of a video on: its length, the slider, the marks and the preview.

@@ -3,7 +3,7 @@
 #include <QHeaderView>
 
 namespace {
-constexpr auto kTable = "m_pCutTable";
+constexpr auto kTable = "m_pCutVideoTable";
 constexpr auto kField = "m_pLayout3DirEdit";
 } // namespace
 

@@ -139,7 +139,7 @@ protected:
     {
         MakeVideo(name);
         EnterCutPage();
-        ClickRow("m_pCutTable", 0);
+        ClickRow("m_pCutVideoTable", 0);
         for (const auto& [position, slot] : {std::pair(start, "btnSetHead"), {end, "btnSetTail"}}) {
             QVERIFY(QMetaObject::invokeMethod(&Window(), "current", Q_ARG(int, position)));
             Call(slot);

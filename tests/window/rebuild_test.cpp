@@ -26,13 +26,13 @@ private Q_SLOTS:
             const QStringList target = Rows("m_pTargetVideoTable");
             const QStringList source = Rows("m_pSourceVideoTable");
             Call("btnMaxSlot");
-            QCOMPARE(Names("m_pCutTable"), QStringList({"new.mp4", "old.mp4"}));
+            QCOMPARE(Names("m_pCutVideoTable"), QStringList({"new.mp4", "old.mp4"}));
             QCOMPARE(Rows("m_pSourceVideoTable"), source);
             QCOMPARE(Rows("m_pTargetVideoTable"), target);
             QCOMPARE(target.first(), QString("old.mp4, 9 Bytes, 00:00:22"));
             QCOMPARE(Page(), 3);
         }
-        const auto* item = Child<QTableWidget>("m_pCutTable")->item(0, 0);
+        const auto* item = Child<QTableWidget>("m_pCutVideoTable")->item(0, 0);
         QCOMPARE(item->foreground().color(), QColor(Qt::white));
         QVERIFY(!Child<QTableWidget>("m_pTargetVideoTable")->item(2, 0)->icon().isNull());
     }
@@ -78,7 +78,7 @@ private Q_SLOTS:
         Call("btnSlotLayout3Dir");
         Call("btnMaxSlot");
         QCOMPARE(Names("m_pSourceVideoTable"), QStringList({"old.mp4", "-"}));
-        QCOMPARE(Names("m_pCutTable"), QStringList({"old.mp4", "-"}));
+        QCOMPARE(Names("m_pCutVideoTable"), QStringList({"old.mp4", "-"}));
     }
 
     void theSettingsAreReadAndTheDevicesListedAgain()

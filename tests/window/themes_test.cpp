@@ -172,8 +172,8 @@ private Q_SLOTS:
         ExpectRowsReadable("m_pSourceVideoTable", 3);
         Call("btnSlotBack");
         Call("btnMontageSlot");
-        ClickRow("m_pCutTable", 0);
-        ExpectRowsReadable("m_pCutTable", 1);
+        ClickRow("m_pCutVideoTable", 0);
+        ExpectRowsReadable("m_pCutVideoTable", 1);
     }
 
     void thePicturesAreTheSameOnAnyDesktop_data()
