@@ -1,10 +1,10 @@
 // Measures the real program on a virtual desktop and prints a table. Every figure is held against
 // one of the same run, since machines differ.
-#include "bench/measure.h"
 #include "bench/table.h"
-#include "tests/desktop/recorder.h"
-#include "tests/desktop/recording_file.h"
-#include "tests/desktop/test_pattern_process.h"
+#include "tests/support/measure.h"
+#include "tests/support/recorder.h"
+#include "tests/support/recording_file.h"
+#include "tests/support/test_pattern_process.h"
 
 #include <QTest>
 

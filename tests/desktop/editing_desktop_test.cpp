@@ -1,8 +1,8 @@
 // Trims and joins real movies in the real window, and looks at what comes out.
-#include "tests/desktop/recorder.h"
-#include "tests/desktop/recording_file.h"
-#include "tests/desktop/shown_pictures.h"
-#include "tests/ordinary_movie.h"
+#include "tests/support/ordinary_movie.h"
+#include "tests/support/recorder.h"
+#include "tests/support/recording_file.h"
+#include "tests/support/shown_pictures.h"
 
 #include <QFile>
 #include <QTest>

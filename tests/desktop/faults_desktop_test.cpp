@@ -1,7 +1,7 @@
 // What can go wrong around the program: a `tool` that fails in every way, directories that cannot
 // be written to, a full disk. It never crashes, and tells the user when a recording did not start.
-#include "tests/desktop/recorder.h"
-#include "tests/desktop/recording_file.h"
+#include "tests/support/recorder.h"
+#include "tests/support/recording_file.h"
 
 #include <QTest>
 

@@ -1,6 +1,6 @@
 // A desktop that has no system tray: a minimised window stands in for the icon.
-#include "tests/desktop/recorder.h"
-#include "tests/desktop/recording_file.h"
+#include "tests/support/recorder.h"
+#include "tests/support/recording_file.h"
 
 #include <QTest>
 

@@ -1,7 +1,7 @@
 // Records a known picture and known sounds with each audio choice, and looks into the file.
-#include "tests/desktop/recorder.h"
-#include "tests/desktop/recording_file.h"
-#include "tests/desktop/test_pattern_process.h"
+#include "tests/support/recorder.h"
+#include "tests/support/recording_file.h"
+#include "tests/support/test_pattern_process.h"
 
 #include <QElapsedTimer>
 #include <QTest>

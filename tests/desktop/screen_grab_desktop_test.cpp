@@ -1,8 +1,8 @@
 // Records virtual screens by `tool` alone: what is in the picture, and what becomes of the file
 // when something goes.
-#include "tests/desktop/desktop.h"
-#include "tests/desktop/own_screen.h"
-#include "tests/desktop/recording_file.h"
+#include "tests/support/desktop.h"
+#include "tests/support/own_screen.h"
+#include "tests/support/recording_file.h"
 
 #include <QDir>
 #include <QElapsedTimer>

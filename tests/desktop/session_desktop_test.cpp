@@ -1,6 +1,6 @@
 // Ways to start, stop and leave, with the real `tool` and ffmpeg.
-#include "tests/desktop/recorder.h"
-#include "tests/desktop/recording_file.h"
+#include "tests/support/recorder.h"
+#include "tests/support/recording_file.h"
 
 #include <QTest>
 

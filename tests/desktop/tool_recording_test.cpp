@@ -1,0 +1,185 @@
+// Runs the real program where there is a screen and a sound server. Where no recording is looked
+// at, a stand-in for ffmpeg writes down what it was given. The sound server has a microphone and an
+// output.
+#include "tests/support/tool_movies.h"
+#include "tests/support/tool_take.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
+class ToolRecordingTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void numbersAreUnderstoodWherever_data();
+    void numbersAreUnderstoodWherever();
+    void recorderThatDiesBeforeTheStartLeavesNoRecording_data();
+    void recorderThatDiesBeforeTheStartLeavesNoRecording();
+    void quitBeforeTheFirstPictureStillGivesAPicture_data();
+    void quitBeforeTheFirstPictureStillGivesAPicture();
+    void quitAsSoonAsFfmpegAsksForKeysStillGivesAPicture();
+
+private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void ToolRecordingTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    const QString ffmpeg = m_folder->filePath("ffmpeg");
+    QVERIFY(WriteProgram(ffmpeg, "#!/bin/sh\necho \"started $*\"\nexit 42\n"));
+    qputenv("LUMENFOLD_FFMPEG", QFile::encodeName(ffmpeg));
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_folder->path()));
+}
+
+void ToolRecordingTest::numbersAreUnderstoodWherever_data()
+{
+    QTest::addColumn<QString>("directory");
+    QTest::addColumn<bool>("made");
+    QTest::addColumn<int>("permissions");
+    const int own = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    QTest::newRow("where the list is remembered") << "run" << true << own;
+    QTest::newRow("without a place for the list") << "missing" << false << 0;
+    QTest::newRow("where others may write the list")
+        << "run" << true << (own | QFile::WriteOther | QFile::ExeOther);
+}
+
+// The numbers of the list mean the same for the recording, remembered or not.
+void ToolRecordingTest::numbersAreUnderstoodWherever()
+{
+    QFETCH(QString, directory);
+    QFETCH(bool, made);
+    QFETCH(int, permissions);
+    const QString place = m_folder->filePath(directory);
+    const QString own = place + "/lumenfold-recorder";
+    if (made) {
+        QVERIFY(QDir().mkpath(own) && QFile::setPermissions(own, QFile::Permissions(permissions)));
+    }
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(place));
+    const Outcome list =
+        RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-list_devices", "true", "-i", " "});
+    QVERIFY2(list.error.contains("[0] Microphone") && list.error.contains("[1] Computer sounds"),
+             list.error);
+    for (const char* device : {"0:0", "0:1"}) {
+        const Outcome outcome =
+            RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-i", device, "o.mp4"});
+        QVERIFY2(outcome.code == 42, outcome.error);
+        QVERIFY2(outcome.output.contains("-f s16le"), outcome.output);
+    }
+    const Outcome outcome = RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-i", "0:2", "o.mp4"});
+    QCOMPARE(outcome.code, 1);
+    QCOMPARE(outcome.error, QByteArray("tool: there is no audio device 2, the list has 2.\n"));
+    QCOMPARE(QDir(own).entryList(QDir::Files).isEmpty(),
+             directory != "run" || permissions & QFile::WriteOther);
+}
+
+void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording_data()
+{
+    QTest::addColumn<bool>("dies");
+    QTest::addColumn<int>("code");
+    QTest::newRow("dies") << true << 1;
+    QTest::newRow("lives") << false << 42;
+}
+
+// `tool` reaches the screen through this test, which so can stop it half way.
+void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording()
+{
+    QFETCH(bool, dies);
+    QFETCH(int, code);
+    QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0); // its end is told to this test
+    QTcpServer server;
+    QVERIFY2(server.listen(QHostAddress::LocalHost), qPrintable(server.errorString()));
+    QProcess recorder;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("DISPLAY", QString("127.0.0.1:%1").arg(server.serverPort() - 6000));
+    recorder.setProcessEnvironment(environment);
+    recorder.start("/bin/sh", {"-c", "\"$@\" >/dev/null & echo $!; wait $!; echo $?", "sh",
+                               TOOL_PROGRAM, "-f", "avfoundation", "-i", "0", "o.mp4"});
+    QVERIFY(server.waitForNewConnection(10000));
+    const std::unique_ptr<QTcpSocket> asked(server.nextPendingConnection());
+    QVERIFY(recorder.bytesAvailable() > 0 || recorder.waitForReadyRead());
+    const pid_t tool = recorder.readLine().trimmed().toInt();
+    QVERIFY(tool > 0);
+    if (dies) {
+        recorder.kill();
+        QVERIFY(recorder.waitForFinished());
+    }
+    QLocalSocket screen;
+    screen.connectToServer("/tmp/.X11-unix/X" + qEnvironmentVariable("DISPLAY").mid(1));
+    QVERIFY2(screen.waitForConnected(), qPrintable(screen.errorString()));
+    const auto pass = [](QIODevice& from, QIODevice& to) { to.write(from.readAll()); };
+    connect(asked.get(), &QTcpSocket::readyRead, &screen, [&] { pass(*asked, screen); });
+    connect(&screen, &QLocalSocket::readyRead, asked.get(), [&] { pass(screen, *asked); });
+    pass(*asked, screen);
+    QTRY_COMPARE(asked->state(), QTcpSocket::UnconnectedState);
+    int status = 0;
+    if (dies) {
+        QCOMPARE(waitpid(tool, &status, 0), tool);
+    } else {
+        QTRY_COMPARE(recorder.state(), QProcess::NotRunning);
+        status = recorder.readLine().toInt() << 8;
+    }
+    QVERIFY2(WIFEXITED(status) && WEXITSTATUS(status) == code,
+             qPrintable(QString("status %1").arg(status)));
+}
+
+void ToolRecordingTest::quitBeforeTheFirstPictureStillGivesAPicture_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QString>("device");
+    QTest::newRow("at once") << QByteArray() << "0";
+    QTest::newRow("at once, with sound") << QByteArray() << "0:0";
+    // As on a machine that has a lot to do.
+    QTest::newRow("ffmpeg starts late")
+        << QByteArray("case \"$*\" in *rawvideo*) sleep 2;; esac\n") << "0";
+}
+
+void ToolRecordingTest::quitBeforeTheFirstPictureStillGivesAPicture()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(QString, device);
+    QVERIFY(WriteProgram(m_folder->filePath("ffmpeg"),
+                         "#!/bin/sh\n" + before + "exec /usr/bin/env ffmpeg \"$@\"\n"));
+    const QString path = m_folder->filePath("short.mp4");
+    Take take(path, device);
+    take.Type("q\r\n");
+    QVERIFY2(take.WaitForEnd(), "the recording goes on");
+    QVERIFY2(!PictureDigests(path).isEmpty(), take.Text());
+    QCOMPARE(DecodingErrors(path), QByteArray());
+}
+
+// The recorder answers what ffmpeg prints, so the key comes just when ffmpeg begins to look for
+// one.
+void ToolRecordingTest::quitAsSoonAsFfmpegAsksForKeysStillGivesAPicture()
+{
+    qunsetenv("LUMENFOLD_FFMPEG");
+    constexpr int times = 12; // enough to see what happens to every fourth
+    for (int i = 0; i < times; ++i) {
+        const QString path = m_folder->filePath(QString("short %1.mp4").arg(i));
+        Take take(path, "0");
+        // Without the pauses of QTRY_VERIFY.
+        const QDeadlineTimer patience(20000);
+        while (!take.Text().contains("Press [q]")) {
+            QVERIFY2(!patience.hasExpired(), take.Text());
+        }
+        take.Type("q\r\n");
+        QVERIFY2(take.WaitForEnd(), "the recording goes on");
+        QVERIFY2(!PictureDigests(path).isEmpty(), take.Text());
+    }
+}
+
+QTEST_GUILESS_MAIN(ToolRecordingTest)
+#include "tool_recording_test.moc"

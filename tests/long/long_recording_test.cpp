@@ -1,0 +1,191 @@
+// Records for long: LUMENFOLD_LONG_MINUTES (at least 2; 30 when it is not set). Nothing may grow,
+// and nothing may drift.
+#include "tests/support/measure.h"
+#include "tests/support/recorder.h"
+#include "tests/support/recording_file.h"
+#include "tests/support/test_pattern_process.h"
+
+#include <QTest>
+
+#include <algorithm>
+
+namespace {
+
+constexpr double kMostGrowth = 2; // MiB
+// ffmpeg keeps an entry for each picture and packet of sound until the file's index is written.
+constexpr double kMostIndexGrowth = 0.5; // MiB a minute
+// Its queue for the screen fills whenever it falls behind, and is kept: 90 pictures.
+constexpr double kQueue = 90.0 * 1280 * 800 * 4 / 1048576; // MiB
+// From the click to the first picture, and what waits in ffmpeg's queue when it is told to quit: up
+// to 3 s, and nothing on a machine that keeps up.
+constexpr double kStartAndEnd = 6; // seconds
+constexpr double kMostOffset = 50; // ms
+constexpr int kEnds = 30;          // seconds at either end that are compared
+
+int Minutes()
+{
+    const int minutes = qEnvironmentVariableIntValue("LUMENFOLD_LONG_MINUTES");
+    return minutes == 0 ? 30 : qMax(2, minutes);
+}
+
+// What one process held at each look, in MiB.
+struct Holding
+{
+    QString name;
+    QList<double> memory;
+    double Growth() const { return *std::max_element(memory.begin(), memory.end()) - memory[0]; }
+};
+
+QList<double> Numbers(const QString& list)
+{
+    QList<double> numbers;
+    for (const QString& word : list.split(' ', Qt::SkipEmptyParts)) {
+        numbers << word.toDouble();
+    }
+    return numbers;
+}
+
+// Beep minus flash in ms, of those flashes that lie within the two times and have a beep.
+QList<double> Offsets(const QMap<QString, QString>& report, double from, double to)
+{
+    const QList<double> beeps = Numbers(report["beep_times"]);
+    QList<double> offsets;
+    for (const double flash : Numbers(report["flash_times"])) {
+        for (const double beep : beeps) {
+            if (flash >= from && flash <= to && std::abs(beep - flash) < 0.45) {
+                offsets << (beep - flash) * 1000;
+            }
+        }
+    }
+    return offsets;
+}
+
+// Those that run this program; `tool` leaves some on their own.
+QList<qint64> ProcessesOf(const QString& program)
+{
+    QList<qint64> found;
+    for (const QString& pid : QDir("/proc").entryList({"[0-9]*"}, QDir::Dirs)) {
+        if (QFile::symLinkTarget("/proc/" + pid + "/exe") == program) {
+            found << pid.toLongLong();
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+class LongRecordingTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void memoryIsFlatAndSoundStaysWithThePicture();
+
+private:
+    static QMap<qint64, Holding> Processes(const Recorder& recorder);
+    static void Look(QMap<qint64, Holding>& processes);
+    static void CheckMemory(const QMap<qint64, Holding>& processes);
+    static void CheckFile(const QString& path, double seconds);
+
+    Desktop m_desktop;
+    // The microphone is recorded too, and hears nothing.
+    TestPatternProcess m_pattern{{"--beep", "1000@speaker"}};
+};
+
+void LongRecordingTest::initTestCase()
+{
+    QVERIFY2(m_desktop.Good(), "no X display: run it through scripts/virtual-desktop");
+    QVERIFY2(m_desktop.HasTray(), "no system tray");
+    QVERIFY2(m_pattern.IsReady(), "the test pattern does not start");
+}
+
+// The recorder, what it started, and what that started.
+QMap<qint64, Holding> LongRecordingTest::Processes(const Recorder& recorder)
+{
+    QMap<qint64, Holding> processes;
+    for (const qint64 pid : QList<qint64>{recorder.Pid()} + Descendants(recorder.Pid()) +
+                                ProcessesOf(recorder.Beside("tool"))) {
+        const QStringList command = CommandLine(pid);
+        processes[pid].name = command.isEmpty() ? QString() : command.first().section('/', -1);
+    }
+    return processes;
+}
+
+void LongRecordingTest::Look(QMap<qint64, Holding>& processes)
+{
+    for (auto process = processes.begin(); process != processes.end(); ++process) {
+        process->memory << MemoryOf(process.key()).rss;
+    }
+}
+
+void LongRecordingTest::CheckMemory(const QMap<qint64, Holding>& processes)
+{
+    for (const Holding& process : processes) {
+        const bool isFfmpeg = process.name == "ffmpeg";
+        const double most = kMostGrowth + (isFfmpeg ? kQueue + kMostIndexGrowth * Minutes() : 0.0);
+        const QString told = QString("%1: from %2 to at most %3 MiB, %4 are allowed more")
+                                 .arg(process.name)
+                                 .arg(process.memory[0], 0, 'f', 2)
+                                 .arg(process.memory[0] + process.Growth(), 0, 'f', 2)
+                                 .arg(most);
+        qInfo("%s", qPrintable(told));
+        QVERIFY2(!process.memory.contains(0), qPrintable(process.name + " ended"));
+        QVERIFY2(process.Growth() <= most, qPrintable(told));
+    }
+}
+
+void LongRecordingTest::CheckFile(const QString& path, double seconds)
+{
+    const QMap<QString, QString> report = PatternReport(path, 60000 * (1 + Minutes()));
+    const double length = report["duration"].toDouble();
+    QVERIFY2(std::abs(length - seconds) <= kStartAndEnd,
+             qPrintable(QString("%1 s long, recorded for %2 s").arg(length).arg(seconds)));
+    QCOMPARE(report["missing_frames"], QString("0"));
+    const double expected = length * 29.97;
+    QVERIFY2(
+        std::abs(report["video_frames"].toDouble() - expected) <= 3,
+        qPrintable(report["video_frames"] + " pictures instead of " + QString::number(expected)));
+    const QList<double> first = Offsets(report, 0, kEnds);
+    const QList<double> last = Offsets(report, length - kEnds, length);
+    qInfo("sound after picture: %.0f ms at the start, %.0f ms at the end; distinct pictures: %s %%",
+          Median(first), Median(last), qPrintable(report["distinct_share"]));
+    QVERIFY2(first.size() >= kEnds / 2 && last.size() >= kEnds / 2,
+             qPrintable(QString("%1 and %2 flashes with a beep in %3 s")
+                            .arg(first.size())
+                            .arg(last.size())
+                            .arg(kEnds)));
+    QVERIFY2(std::abs(Median(last)) <= kMostOffset,
+             qPrintable(QString("sound is %1 ms after the picture at the end, %2 ms at the start")
+                            .arg(Median(last))
+                            .arg(Median(first))));
+    // On a busy machine the same picture is grabbed twice at times, and shown late at others.
+    QVERIFY2(report["distinct_share"].toDouble() >= 60,
+             qPrintable("distinct pictures: " + report["distinct_share"] + " %"));
+}
+
+void LongRecordingTest::memoryIsFlatAndSoundStaysWithThePicture()
+{
+    constexpr int minute = 60000;
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    recorder.ChooseAudio(0);
+    QVERIFY2(recorder.StartRecording(), "no file grows");
+    QVERIFY(recorder.RecordFor(minute));
+    QMap<qint64, Holding> processes = Processes(recorder);
+    // The recorder, ffmpeg, and the process that mixes the sound for it.
+    QVERIFY2(processes.size() >= 3, "a process of the recording is not found");
+    for (int time = minute; time <= Minutes() * minute; time += minute / 6) {
+        QVERIFY(recorder.RecordFor(time));
+        Look(processes);
+    }
+    QVERIFY2(recorder.ChooseInTray(1), "the tray's menu does not open");
+    const double seconds = static_cast<double>(recorder.RecordedMs()) / 1000;
+    QVERIFY2(recorder.WaitForTool(minute), "the tool does not end");
+    CheckMemory(processes);
+    QCOMPARE(recorder.Recordings().size(), 1);
+    CheckFile(recorder.Recording(), seconds);
+}
+
+QTEST_GUILESS_MAIN(LongRecordingTest)
+#include "long_recording_test.moc"

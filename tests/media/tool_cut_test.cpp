@@ -1,0 +1,210 @@
+// Cuts as the recorder asks for them, made by `tool` with the real ffmpeg and looked at as a player
+// shows them.
+#include "tool/cut.h"
+#include "tests/support/tool_movies.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+// The options that make ffmpeg show so many seconds from there on.
+static QStringList Span(int start, int length)
+{
+    return {"-ss", QString::number(start), "-t", QString::number(length)};
+}
+
+class ToolCutTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void onlyTheRecordersCutIsChanged_data();
+    void onlyTheRecordersCutIsChanged();
+    void cutShowsAPictureAtOnceAndIsAsLongAsAsked_data();
+    void cutShowsAPictureAtOnceAndIsAsLongAsAsked();
+    void soundAndPictureAreInStep_data();
+    void soundAndPictureAreInStep();
+    void cutOfACutIsExact();
+    void cutFromBehindTheEndHoldsNothing();
+    void cutOfNoLengthIsLeftToFfmpeg();
+    void nothingIsEncodedAgain();
+
+private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+    QString Path(const QString& name) const { return m_folder.filePath(name); }
+    void Make(const QString& name, const QStringList& inputs, const QStringList& more);
+    // Cuts with the recorder's command line and gives the path of the result.
+    QString Cut(const QString& source, int start, int length);
+
+    QTemporaryDir m_folder;
+    int m_cuts = 0;
+};
+
+void ToolCutTest::Make(const QString& name, const QStringList& inputs, const QStringList& more)
+{
+    const QByteArray problem = MakeMovie(inputs + more + QStringList(Path(name)));
+    QVERIFY2(problem.isEmpty(), problem);
+}
+
+QString ToolCutTest::Cut(const QString& source, int start, int length)
+{
+    QString result = Path(QString("Cut_%1.mp4").arg(++m_cuts));
+    const Outcome outcome =
+        RunProgram(TOOL_PROGRAM, {"-i", Path(source), "-ss", QString::number(start), "-t",
+                                  QString::number(length), "-codec", "copy", result});
+    if (outcome.code != 0) {
+        qWarning("%s", qPrintable(QString::fromUtf8(outcome.error)));
+    }
+    return result;
+}
+
+void ToolCutTest::initTestCase()
+{
+    QVERIFY(m_folder.isValid());
+    const auto flash = [](const QString& rate) { return FlashInput(12, "160x120", rate); };
+    const QStringList both = flash("25") + BeepInput(12);
+    const QStringList rare = {"-g", "125", "-keyint_min", "125", "-sc_threshold", "0"};
+    const QStringList plain = PlainCodecs() + rare;
+    const QStringList moving = PictureInput(12) + ToneInput(12) + plain;
+    Make("plain.mp4", both, plain);
+    Make("b frames.mp4", both, plain + QStringList{"-bf", "3"});
+    Make("ntsc.mp4", flash("30000/1001") + BeepInput(12, 44100), plain + QStringList{"-bf", "2"});
+    Make("surround.mp4", both, plain + QStringList{"-ac", "6"});
+    Make("h265.mp4", both,
+         {"-c:v", "libx265", "-preset", "ultrafast", "-x265-params",
+          "log-level=none:keyint=125:min-keyint=125", "-c:a", "aac"});
+    Make("in pieces.mp4", both, plain + QStringList{"-movflags", "frag_keyframe+empty_moov"});
+    Make("moving.mp4", moving, {"-bf", "3"});
+    Make("mute.mp4", PictureInput(12), plain + QStringList{"-bf", "3"});
+    Make("uneven.mp4", moving,
+         {"-vf", "select='gt(random(0),0.4)'", "-fps_mode", "vfr", "-bf", "2"});
+    Make("turned.mp4", {"-i", Path("mute.mp4")}, {"-c", "copy", "-metadata:s:v", "rotate=90"});
+    QVERIFY(QFile::copy(Path("plain.mp4"), Path("\"a\" %1\n|\u4e2d.mp4")));
+}
+
+void ToolCutTest::onlyTheRecordersCutIsChanged_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("expected"); // empty: it is no cut
+    const auto row = [](const char* name, const char* line, const char* expected) {
+        QTest::newRow(name) << QString(line).split(' ') << QString(expected);
+    };
+    row("the recorder's", "-i a -ss 7 -t 3 -codec copy b", "-ss 7 -i a -t 3 -codec copy b");
+    row("from the start", "-i a -ss 0 -t 3 -codec copy b", "-ss 0 -i a -t 3 -codec copy b");
+    row("no length", "-i a -ss 7 -t 0 -codec copy b", "");
+    row("end before start", "-i a -ss 7 -t -4 -codec copy b", "");
+    row("negative start", "-i a -ss -7 -t 4 -codec copy b", "");
+    row("fractions", "-i a -ss 7.5 -t 4 -codec copy b", "");
+    row("no number", "-i a -ss x -t 4 -codec copy b", "");
+    row("too large", "-i a -ss 99999999999999999999 -t 4 -codec copy b", "");
+    row("encoding", "-i a -ss 7 -t 3 -codec libx264 b", "");
+    row("more options", "-i a -ss 7 -t 3 -codec copy -y b", "");
+    row("other order", "-ss 7 -i a -t 3 -codec copy b", "");
+    row("probe", "-i a", "");
+}
+
+void ToolCutTest::onlyTheRecordersCutIsChanged()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, expected);
+    tool::Arguments given;
+    for (const QString& argument : arguments) {
+        given.push_back(argument.toStdString());
+    }
+    const auto cut = tool::ReadCut(given);
+    QStringList result;
+    for (const std::string& argument : cut ? tool::TranslateCut(*cut) : tool::Arguments()) {
+        result << QString::fromStdString(argument);
+    }
+    QCOMPARE(result.join(' '), expected);
+}
+
+void ToolCutTest::cutShowsAPictureAtOnceAndIsAsLongAsAsked_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("start");
+    for (const QString name : {"moving.mp4", "mute.mp4", "uneven.mp4", "turned.mp4"}) {
+        for (const int start : {0, 1, 4, 7}) {
+            QTest::newRow(qPrintable(QString("%1 from %2").arg(name).arg(start))) << name << start;
+        }
+    }
+}
+
+// Every picture shown is the one that the source shows at that time, from the first on.
+void ToolCutTest::cutShowsAPictureAtOnceAndIsAsLongAsAsked()
+{
+    QFETCH(QString, name);
+    QFETCH(int, start);
+    constexpr int length = 3;
+    const QString result = Cut(name, start, length);
+    QCOMPARE(PictureDigests(result, Span(0, length)),
+             PictureDigests(Path(name), Span(start, length)));
+    QCOMPARE(DecodingErrors(result), QByteArray());
+    const Outcome probe = RunProgram(TOOL_PROGRAM, {"-i", result});
+    const double seconds = DurationIn(probe.error);
+    QVERIFY2(seconds > length - 0.1 && seconds < length + 0.5, probe.error);
+}
+
+void ToolCutTest::soundAndPictureAreInStep_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const char* name : {"plain.mp4", "b frames.mp4", "ntsc.mp4", "surround.mp4", "h265.mp4",
+                             "in pieces.mp4", "\"a\" %1\n|\u4e2d.mp4"}) {
+        QTest::newRow(name) << QString::fromUtf8(name);
+    }
+}
+
+void ToolCutTest::soundAndPictureAreInStep()
+{
+    QFETCH(QString, name);
+    const QString result = Cut(name, 3, 6);
+    const QList<double> flashes = FlashTimes(result);
+    const QList<double> beeps = BeepTimes(result);
+    QVERIFY2(flashes.size() >= 6, qPrintable(QString::number(flashes.size())));
+    QVERIFY2(beeps.size() >= 6, qPrintable(QString::number(beeps.size())));
+    for (int second = 0; second < 6; ++second) {
+        const double off = flashes[second] - beeps[second];
+        const QByteArray place = QByteArray::number(second) + " s: flash " +
+                                 QByteArray::number(flashes[second]) + ", beep " +
+                                 QByteArray::number(beeps[second]);
+        QVERIFY2(std::abs(off) < 0.05, place);
+        QVERIFY2(std::abs(flashes[second] - second) < 0.05, place);
+    }
+    QCOMPARE(DecodingErrors(result), QByteArray());
+}
+
+void ToolCutTest::cutOfACutIsExact()
+{
+    const QString first = Cut("moving.mp4", 2, 8);
+    QVERIFY(QFile::copy(first, Path("first.mp4")));
+    const QString fromStart = Cut("first.mp4", 0, 2);
+    QCOMPARE(PictureDigests(fromStart, Span(0, 2)), PictureDigests(Path("moving.mp4"), Span(2, 2)));
+    const QString later = Cut("first.mp4", 5, 2);
+    QCOMPARE(PictureDigests(later, Span(0, 2)), PictureDigests(Path("moving.mp4"), Span(7, 2)));
+}
+
+void ToolCutTest::cutFromBehindTheEndHoldsNothing()
+{
+    QVERIFY(PictureDigests(Cut("plain.mp4", 12, 5)).isEmpty());
+    QVERIFY(PictureDigests(Cut("plain.mp4", 500, 5)).isEmpty());
+    QVERIFY(!PictureDigests(Cut("plain.mp4", 11, 5)).isEmpty());
+}
+
+void ToolCutTest::cutOfNoLengthIsLeftToFfmpeg()
+{
+    QVERIFY(PictureDigests(Cut("plain.mp4", 3, 0)).isEmpty());
+    QVERIFY(PictureDigests(Cut("plain.mp4", 3, -2)).isEmpty());
+}
+
+void ToolCutTest::nothingIsEncodedAgain()
+{
+    const Outcome outcome = RunProgram(TOOL_PROGRAM, {"-i", Path("plain.mp4"), "-ss", "3", "-t",
+                                                      "2", "-codec", "copy", Path("copied.mp4")});
+    QCOMPARE(outcome.code, 0);
+    QCOMPARE(outcome.error.count("(copy)"), 2);
+    QVERIFY2(outcome.error.contains("frame="), outcome.error);
+    QVERIFY2(PictureDigests(Path("copied.mp4")).size() >= 50, "there are pictures missing");
+}
+
+QTEST_GUILESS_MAIN(ToolCutTest)
+#include "tool_cut_test.moc"

@@ -1,0 +1,366 @@
+// Movies in pieces become ordinary ones: compared with what ffmpeg itself writes, packet by packet.
+#include "tool/boxes.h"
+#include "tool/frugal_file.h"
+#include "tool/movie.h"
+#include "tool/movie_pieces.h"
+#include "tool/settle.h"
+#include "tests/support/tool_movies.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <limits>
+#include <sys/resource.h>
+
+class ToolSettleTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void settledMovieIsTheOrdinaryOne_data();
+    void settledMovieIsTheOrdinaryOne();
+    void settledMovieIsReadWithoutFfmpeg();
+    void movieHalfSettledPlaysAsBefore();
+    void movieCutShortAnywherePlaysUpToThere();
+    void movieAboveFourGibibytes();
+    void whatIsNoMovieInPiecesIsLeftAlone_data();
+    void whatIsNoMovieInPiecesIsLeftAlone();
+    void fullDiskLeavesTheMovieAsItWas();
+    void fullDiskLeavesATornMovieWithoutItsEnd();
+
+private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+    QString Path(const QString& name) const { return m_folder.filePath(name); }
+    QString InPieces(const QString& name) const { return Path("pieces of " + name); }
+    void Make(const QString& name, const QStringList& arguments);
+
+    QTemporaryDir m_folder;
+};
+
+namespace {
+
+struct TopBox
+{
+    uint32_t type = 0;
+    qint64 end = 0;
+};
+
+QList<TopBox> TopBoxes(const QString& path)
+{
+    tool::FrugalFile file(QFile::encodeName(path).toStdString(), 1U << 20U);
+    tool::BoxWalk walk(file, 0, file.Size());
+    QList<TopBox> boxes;
+    while (const auto box = walk.Next()) {
+        boxes << TopBox{box->type, static_cast<qint64>(box->end)};
+    }
+    return walk.Damaged() ? boxes << TopBox() : boxes;
+}
+
+bool IsOrdinary(const QString& path)
+{
+    const QList<TopBox> boxes = TopBoxes(path);
+    return boxes.size() == 3 && boxes[0].type == tool::BoxType("ftyp") &&
+           boxes[1].type == tool::BoxType("mdat") && boxes[2].type == tool::BoxType("moov");
+}
+
+bool Settle(const QString& path)
+{
+    return tool::SettleMovie(QFile::encodeName(path).toStdString());
+}
+
+// The times, lengths, kinds and contents of all packets, and what is told of the streams.
+QByteArray Packets(const QString& path)
+{
+    const QString shown = "packet=stream_index,pts,dts,duration,size,flags,data_hash:stream=codec_"
+                          "name,start_pts,duration_ts,nb_frames,width,height,sample_rate:format="
+                          "duration";
+    const Outcome outcome = RunProgram("ffprobe", {"-v", "error", "-show_data_hash", "md5",
+                                                   "-show_entries", shown, "-of", "compact", path});
+    QList<QByteArray> lines = outcome.output.split('\n');
+    std::sort(lines.begin(), lines.end()); // the streams lie differently between each other
+    return lines.join('\n') + outcome.error;
+}
+
+// The pictures' digests, a line each.
+Outcome Decoded(const QString& path)
+{
+    Outcome outcome = RunProgram("ffmpeg", {"-v", "error", "-nostdin", "-i", path, "-map", "0",
+                                            "-vsync", "passthrough", "-f", "framemd5", "-"});
+    QByteArray pictures;
+    for (const QByteArray& line : outcome.output.split('\n')) {
+        pictures += line.startsWith("0,") ? line.mid(line.lastIndexOf(',')) + '\n' : QByteArray();
+    }
+    outcome.output = pictures;
+    return outcome;
+}
+
+constexpr const char* kPieces =
+    "-movflags +frag_keyframe+delay_moov+default_base_moof -frag_duration 1000000";
+
+// No file grows beyond this many bytes, as on a disk that is full.
+class FullDisk
+{
+public:
+    explicit FullDisk(qint64 bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{static_cast<rlim_t>(bytes), m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
+
+private:
+    rlimit m_before{};
+};
+
+} // namespace
+
+// The same streams twice: in pieces, and as ffmpeg's own ordinary movie.
+void ToolSettleTest::Make(const QString& name, const QStringList& arguments)
+{
+    const QStringList exactly = {"-fflags", "+bitexact", "-flags", "+bitexact", "-threads", "1"};
+    const QByteArray one =
+        MakeMovie(arguments + exactly + QString(kPieces).split(' ') + QStringList{InPieces(name)});
+    QVERIFY2(one.isEmpty(), one);
+    const QByteArray other = MakeMovie(arguments + exactly + QStringList{Path(name)});
+    QVERIFY2(other.isEmpty(), other);
+    QVERIFY2(!IsOrdinary(InPieces(name)), "nothing is in pieces");
+}
+
+void ToolSettleTest::initTestCase()
+{
+    const QStringList often = PlainCodecs() + QStringList{"-g", "30"};
+    Make("mute.mp4", PictureInput(5) + often);
+    Make("sound.mp4", PictureInput(5) + ToneInput(5, 44100) + often);
+    Make("b frames.mp4", PictureInput(5) + ToneInput(5) +
+                             QStringList{"-c:v", "libx264", "-bf", "3", "-pix_fmt", "yuv420p", "-g",
+                                         "50", "-c:a", "aac"});
+    Make("late sound.mp4",
+         PictureInput(5) + QStringList{"-itsoffset", "0.7"} + ToneInput(4) + often);
+    Make("sound alone.mp4", ToneInput(5) + PlainCodecs());
+    Make("short.mp4", PictureInput(0.04) + often);
+    Make("ntsc.mp4", PictureInput(5, "160x120", "29.97") + ToneInput(5, 44100) + often);
+    // As a recording has them: the first piece holds a picture alone.
+    Make("recorded.mp4", PictureInput(5, "160x120", "29.97") + ToneInput(5, 44100) + PlainCodecs() +
+                             QStringList{"-g", "59", "-force_key_frames", "expr:eq(n,1)"});
+}
+
+void ToolSettleTest::settledMovieIsTheOrdinaryOne_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const char* name : {"mute.mp4", "sound.mp4", "b frames.mp4", "late sound.mp4",
+                             "sound alone.mp4", "short.mp4", "ntsc.mp4", "recorded.mp4"}) {
+        QTest::newRow(name) << name;
+    }
+}
+
+void ToolSettleTest::settledMovieIsTheOrdinaryOne()
+{
+    QFETCH(QString, name);
+    const QString path = Path("settled " + name);
+    QVERIFY(QFile::copy(InPieces(name), path));
+    QVERIFY2(Settle(path), "it is refused");
+    QVERIFY2(IsOrdinary(path), "it is still in pieces");
+    QCOMPARE(Packets(path), Packets(Path(name)));
+    QCOMPARE(DecodingErrors(path), QByteArray());
+    const QStringList later = {"-ss", "3"};
+    QCOMPARE(PictureDigests(path, later), PictureDigests(Path(name), later));
+    const QByteArray settled = Content(path);
+    QVERIFY2(!Settle(path), "an ordinary movie is changed");
+    QCOMPARE(Content(path), settled);
+}
+
+void ToolSettleTest::settledMovieIsReadWithoutFfmpeg()
+{
+    const QString path = Path("read.mp4");
+    QVERIFY(QFile::copy(InPieces("recorded.mp4"), path));
+    QVERIFY(!tool::ProbeText(path.toStdString()));
+    QVERIFY(Settle(path));
+    const auto text = tool::ProbeText(path.toStdString());
+    QVERIFY2(text, "only ffmpeg reads it");
+    const Outcome asked = RunProgram("ffmpeg", {"-hide_banner", "-i", path});
+    QCOMPARE(DurationLine(QByteArray::fromStdString(*text)), DurationLine(asked.error));
+}
+
+// As a crash in between leaves it: with a part of the index, and with all of it but no other
+// header.
+void ToolSettleTest::movieHalfSettledPlaysAsBefore()
+{
+    const QString path = Path("half settled.mp4");
+    const QString source = InPieces("recorded.mp4");
+    const QByteArray pieces = Content(source);
+    QVERIFY(QFile::copy(source, path) && Settle(path));
+    const QByteArray settled = Content(path);
+    QVERIFY2(settled.size() > pieces.size() + 1000, "the index is not behind the pieces");
+    for (const qsizetype size : {pieces.size() + 4, pieces.size() + 700, settled.size()}) {
+        QVERIFY(Write(path, pieces + settled.mid(pieces.size(), size - pieces.size())));
+        const Outcome decoded = Decoded(path);
+        QCOMPARE(decoded.error, QByteArray());
+        QCOMPARE(decoded.output, Decoded(source).output);
+    }
+    // Nothing but the header was changed.
+    qsizetype first = 0;
+    while (settled[first] == pieces[first]) {
+        ++first;
+    }
+    QVERIFY2(settled.mid(first + 16, pieces.size() - first - 16) == pieces.mid(first + 16),
+             "the data was changed");
+}
+
+// At each end of a box, beside it, and anywhere.
+void ToolSettleTest::movieCutShortAnywherePlaysUpToThere()
+{
+    const QString source = InPieces("recorded.mp4");
+    const QByteArray whole = Content(source);
+    const QList<QByteArray> pictures = Decoded(source).output.split('\n');
+    qint64 firstPiece = 0; // its end
+    QList<qint64> sizes = {1, 7};
+    for (const TopBox& box : TopBoxes(source)) {
+        sizes << box.end << box.end + 9;
+        if (box.type == tool::BoxType("mdat") && firstPiece == 0) {
+            firstPiece = box.end;
+        }
+    }
+    const quint32 seed = QRandomGenerator::global()->generate();
+    QRandomGenerator random(seed);
+    for (int i = 0; i < 5; ++i) {
+        sizes << random.bounded(whole.size());
+    }
+    const QString path = Path("cut short.mp4");
+    for (const qint64 size : sizes) {
+        const QByteArray place = QByteArray::number(size) + " of " +
+                                 QByteArray::number(whole.size()) + " bytes, seed " +
+                                 QByteArray::number(seed);
+        QVERIFY(Write(path, whole.left(size)));
+        const bool settled = Settle(path);
+        QVERIFY2(settled || size < firstPiece, place);
+        if (!settled) {
+            QVERIFY2(Content(path) == whole.left(size), place);
+            continue;
+        }
+        QVERIFY2(IsOrdinary(path), place);
+        const Outcome decoded = Decoded(path);
+        QVERIFY2(decoded.error.isEmpty(), place + ": " + decoded.error);
+        const QList<QByteArray> left = decoded.output.split('\n');
+        const auto count = static_cast<double>(left.size());
+        QVERIFY2(left == pictures.mid(0, left.size() - 1) << QByteArray(), place);
+        const double share = static_cast<double>(size) / static_cast<double>(whole.size());
+        const auto all = static_cast<double>(pictures.size());
+        QVERIFY2(count > all * share - 1.5 * all / 5, place + ": " + QByteArray::number(count));
+    }
+}
+
+// A hole of that size before the pieces.
+void ToolSettleTest::movieAboveFourGibibytes()
+{
+    const QString path = Path("large.mp4");
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    const QByteArray pieces = Content(InPieces("sound.mp4"));
+    const qint64 header = TopBoxes(InPieces("sound.mp4"))[1].end;
+    constexpr qint64 hole = 5LL << 30;
+    QByteArray free = QByteArray::fromHex("00000001") + "free" + QByteArray(8, '\0');
+    for (int i = 0; i < 8; ++i) {
+        free[8 + i] = static_cast<char>(hole >> 8 * (7 - i) & 0xff);
+    }
+    file.write(pieces.left(header) + free);
+    if (!file.resize(header + hole)) {
+        QSKIP("no file of 5 GiB can be made here");
+    }
+    file.seek(header + hole);
+    file.write(pieces.mid(header));
+    file.close();
+    QVERIFY2(Settle(path), "it is refused");
+    QVERIFY(IsOrdinary(path));
+    QVERIFY(QFileInfo(path).size() > hole);
+    QCOMPARE(Packets(path), Packets(Path("sound.mp4")));
+    QVERIFY(QFile::remove(path));
+}
+
+void ToolSettleTest::whatIsNoMovieInPiecesIsLeftAlone_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    const QByteArray pieces = Content(InPieces("sound.mp4"));
+    const QList<TopBox> boxes = TopBoxes(InPieces("sound.mp4"));
+    const auto changed = [&](const QByteArray& box, qsizetype offset, const QByteArray& bytes) {
+        QByteArray content = pieces;
+        const qsizetype place = content.indexOf(box);
+        return place < 0 ? QByteArray() : content.replace(place + offset, bytes.size(), bytes);
+    };
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("text") << QByteArray("This is no movie, though it is rather long.");
+    QTest::newRow("ordinary movie") << Content(Path("sound.mp4"));
+    QTest::newRow("header alone") << pieces.left(boxes[1].end);
+    QTest::newRow("without its header") << pieces.mid(boxes[1].end);
+    QTest::newRow("header twice") << pieces + pieces.mid(boxes[0].end, boxes[1].end);
+    QTest::newRow("box of four gigabytes") << changed("trak", -4, "\xff\xff\xff\xff");
+    QTest::newRow("box of no size") << changed("mdia", -4, QByteArray(4, '\0'));
+    QTest::newRow("no track's number") << changed("trex", 8, "\x7f\xff\xff\xff");
+    QTest::newRow("track of no scale") << changed("mdhd", 16, QByteArray(4, '\0'));
+    QTest::newRow("a thousand edits") << changed("elst", 8, QByteArray::fromHex("000003e8"));
+    QTest::newRow("a piece that goes elsewhere") << changed("tfhd", 7, QByteArray(1, '\x01'));
+    QTest::newRow("four billion samples") << changed("trun", 8, "\xff\xff\xff\xff");
+    QByteArray nothing = changed("trun", 4, QByteArray::fromHex("00000001ffffffff"));
+    nothing.replace(nothing.indexOf("tfhd") + 16, 4, QByteArray(4, '\0')); // usual size
+    QTest::newRow("four billion samples of nothing") << nothing;
+    QTest::newRow("samples before the file") << changed("trun", 12, "\xff\x00\x00\x00");
+    QTest::newRow("time that goes back")
+        << changed("tfdt", 8, QByteArray(1, '\0') + QByteArray(7, '\xff'));
+}
+
+void ToolSettleTest::whatIsNoMovieInPiecesIsLeftAlone()
+{
+    QFETCH(QByteArray, content);
+    const QString path = Path("odd.mp4");
+    QVERIFY(Write(path, content));
+    rusage before{};
+    rusage after{};
+    getrusage(RUSAGE_SELF, &before);
+    QVERIFY2(!Settle(path), "it is changed");
+    getrusage(RUSAGE_SELF, &after);
+    QCOMPARE(Content(path), content);
+    constexpr long most = 64L << 10; // KiB
+    QVERIFY2(after.ru_maxrss - before.ru_maxrss < most, "it takes a lot of memory");
+}
+
+void ToolSettleTest::fullDiskLeavesTheMovieAsItWas()
+{
+    const QString path = Path("full.mp4");
+    const QByteArray content = Content(InPieces("sound.mp4"));
+    for (const int room : {0, 1, 700}) {
+        QVERIFY(Write(path, content));
+        {
+            const FullDisk disk(content.size() + room);
+            QVERIFY2(!Settle(path), "the index has room");
+        }
+        QVERIFY(Content(path) == content);
+    }
+    QVERIFY2(Settle(path), "it is refused for another reason");
+}
+
+void ToolSettleTest::fullDiskLeavesATornMovieWithoutItsEnd()
+{
+    const QString path = Path("full and torn.mp4");
+    const QByteArray content = Content(InPieces("sound.mp4"));
+    const QList<TopBox> boxes = TopBoxes(InPieces("sound.mp4"));
+    const qint64 whole = boxes[5].end; // the second piece's
+    for (const qint64 size : {whole + 5, whole + 100, boxes[7].end - 1}) {
+        QVERIFY(Write(path, content.left(size)));
+        {
+            const FullDisk disk(size);
+            QVERIFY2(!Settle(path), "the index has room");
+        }
+        QCOMPARE(QFileInfo(path).size(), whole);
+        QCOMPARE(DecodingErrors(path), QByteArray());
+    }
+}
+
+QTEST_GUILESS_MAIN(ToolSettleTest)
+#include "tool_settle_test.moc"

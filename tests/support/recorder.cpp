@@ -1,0 +1,368 @@
+#include "tests/support/recorder.h"
+
+#include <QFile>
+#include <QSettings>
+#include <QTest>
+
+#include <csignal>
+
+namespace {
+
+void Copy(const QString& from, const QString& to)
+{
+    QVERIFY2(QFile::copy(from, to), qPrintable(from + " cannot be copied to " + to));
+}
+
+void Write(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(path + " cannot be written"));
+    file.write(content);
+}
+
+// Where a widget's middle lies in the window.
+QPoint Position(const QString& widget)
+{
+    QFile file(UI_POSITIONS);
+    if (file.open(QIODevice::ReadOnly)) {
+        for (const QString& line : QString::fromUtf8(file.readAll()).split('\n')) {
+            const QStringList words = line.split(' ', Qt::SkipEmptyParts);
+            if (words.value(0) == widget) {
+                return {words.value(1).toInt(), words.value(2).toInt()};
+            }
+        }
+    }
+    QTest::qFail(qPrintable("no position of " + widget), __FILE__, __LINE__);
+    return {};
+}
+
+} // namespace
+
+Recorder::Recorder(Desktop& desktop)
+    : m_desktop(desktop),
+      m_environment(QProcessEnvironment::systemEnvironment())
+{
+    for (const char* name : {"bin", "bin/help", "home", "work"}) {
+        QVERIFY(QDir(m_folder.path()).mkdir(name));
+    }
+    for (const char* name : {"lumenfold-recorder", "tool"}) {
+        Copy(QString(LUMENFOLD_BIN_DIR "/") + name, Beside(name));
+    }
+    m_saveDirectory = m_folder.filePath("home/ScreenSave");
+    SetEnvironment("HOME", m_folder.filePath("home"));
+    m_process.setWorkingDirectory(m_folder.filePath("work"));
+}
+
+Recorder::~Recorder()
+{
+    if (QTest::currentTestFailed()) {
+        const QString picture = QString(FAILURES_DIR "/") + QTest::currentTestFunction() + '-' +
+                                QTest::currentDataTag() + ".png";
+        QDir().mkpath(FAILURES_DIR);
+        m_desktop.Screenshot(picture);
+        qWarning("The screen at the failure: %s\n%s", qPrintable(picture), qPrintable(Log()));
+    }
+    EndEverything();
+    m_process.waitForFinished();
+}
+
+// Every process that runs from the test's folder or works in it: second copies and ffmpeg too.
+void Recorder::EndEverything()
+{
+    const QString folder = m_folder.path() + '/';
+    for (const QString& pid : QDir("/proc").entryList({"[0-9]*"}, QDir::Dirs)) {
+        for (const char* link : {"exe", "cwd"}) {
+            if (QFile::symLinkTarget("/proc/" + pid + '/' + link).startsWith(folder)) {
+                kill(pid.toInt(), SIGKILL);
+            }
+        }
+    }
+}
+
+QString Recorder::Beside(const QString& name) const
+{
+    return m_folder.filePath("bin/" + name);
+}
+
+QString Recorder::ErrorFile() const
+{
+    return m_folder.filePath("work/Out.txt");
+}
+
+QString Recorder::SaveDirectory() const
+{
+    return m_saveDirectory;
+}
+
+void Recorder::ReplaceTool(const QByteArray& script)
+{
+    QVERIFY(QFile::rename(Beside("tool"), Beside("real-tool")));
+    Write(Beside("tool"), "#!/bin/bash\nREAL=\"${0%/*}/real-tool\"\n" + script);
+    QVERIFY(QFile::setPermissions(Beside("tool"),
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+}
+
+void Recorder::SetSaveDirectory(const QString& directory)
+{
+    m_saveDirectory = directory;
+    QSettings(Beside("ScreenRecord.ini"), QSettings::IniFormat)
+        .setValue("/screen_record/save_path", directory);
+}
+
+void Recorder::SetEnvironment(const QString& name, const QString& value)
+{
+    m_environment.insert(name, value);
+}
+
+bool Recorder::Start()
+{
+    return StartWith({"start"});
+}
+
+bool Recorder::StartAsLauncher()
+{
+    return StartWith({});
+}
+
+bool Recorder::StartWith(const QStringList& arguments)
+{
+    m_process.setProcessEnvironment(m_environment);
+    m_process.start(Beside("lumenfold-recorder"), arguments);
+    return m_process.waitForStarted() && WaitShown();
+}
+
+bool Recorder::StartOnRecordPage()
+{
+    if (!Start()) {
+        return false;
+    }
+    Click("home.record");
+    return true;
+}
+
+bool Recorder::IsRunning()
+{
+    m_process.waitForFinished(0);
+    return m_process.state() == QProcess::Running;
+}
+
+int Recorder::WaitForEnd(int milliseconds)
+{
+    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(milliseconds)) {
+        return -1;
+    }
+    return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+}
+
+bool Recorder::IsShown() const
+{
+    return m_desktop.Shown(kTitle).has_value();
+}
+
+bool Recorder::WaitShown() const
+{
+    return WaitUntil([this] { return IsShown(); });
+}
+
+bool Recorder::WaitHidden() const
+{
+    return WaitUntil([this] { return !IsShown(); });
+}
+
+void Recorder::ClickInWindow(QPoint place, int times)
+{
+    QVERIFY2(WaitShown(), "the window is not shown, for a click in it");
+    m_desktop.Click(m_desktop.Shown(kTitle)->place.topLeft() + place, 1, times);
+}
+
+void Recorder::Click(const QString& widget, int times)
+{
+    ClickInWindow(Position(widget), times);
+}
+
+void Recorder::ClickBetween(const QString& from, const QString& to, double share)
+{
+    const QPoint start = Position(from);
+    ClickInWindow(start + (Position(to) - start) * share);
+}
+
+void Recorder::ClickRow(const QString& firstRow, int row)
+{
+    constexpr int rowHeight = 30;
+    ClickInWindow(Position(firstRow) + QPoint(0, row * rowHeight));
+}
+
+bool Recorder::ChooseFolder(const QString& folder)
+{
+    const auto chooser = [this]() -> std::optional<DesktopWindow> {
+        for (const DesktopWindow& window : m_desktop.Windows()) {
+            if (window.visible && window.managed && window.program == "lumenfold-recorder" &&
+                window.title.contains("Directory")) {
+                return window;
+            }
+        }
+        return std::nullopt;
+    };
+    if (!WaitUntil([&] { return chooser().has_value(); })) {
+        return false;
+    }
+    m_desktop.Type(folder);
+    m_desktop.Press({"Return"});
+    return WaitUntil([&] { return !chooser(); });
+}
+
+void Recorder::ChooseAudio(int entry)
+{
+    Click("record.audio");
+    QVERIFY2(WaitUntil([this] { return Menu().has_value(); }), "the audio choices do not open");
+    m_desktop.Press(QStringList{"Home"} + QStringList(entry, "Down") + QStringList{"Return"});
+    QVERIFY2(WaitUntil([this] { return !Menu(); }), "the audio choices do not close");
+}
+
+bool Recorder::StartRecording()
+{
+    Click("record.record");
+    m_sinceRecord.start();
+    return WaitHidden() && WaitUntil([this] { return QFileInfo(Recording()).size() > 0; });
+}
+
+bool Recorder::RecordFor(int milliseconds)
+{
+    return WaitUntil([&] { return m_sinceRecord.hasExpired(milliseconds); }, milliseconds + 1000);
+}
+
+bool Recorder::WaitForTool(int milliseconds)
+{
+    return WaitUntil([this] { return !ToolRuns(); }, milliseconds);
+}
+
+bool Recorder::ToolRuns() const
+{
+    return !Children().isEmpty();
+}
+
+bool Recorder::BringToRest()
+{
+    return WaitUntil([this] {
+        if (Message()) {
+            CloseMessage();
+        } else if (!IsShown()) {
+            ChooseInTray(1);
+        } else {
+            return !ToolRuns();
+        }
+        return false;
+    });
+}
+
+std::optional<DesktopWindow> Recorder::Message() const
+{
+    return m_desktop.Shown("Tarvessa Data Tool");
+}
+
+bool Recorder::CloseMessage()
+{
+    if (const auto box = Message()) {
+        m_desktop.Click(box->place.topLeft() + Position("message.ok"));
+    }
+    return WaitUntil([this] { return !Message(); });
+}
+
+QList<qint64> Recorder::Children() const
+{
+    const qint64 pid = m_process.processId();
+    QFile file(QString("/proc/%1/task/%1/children").arg(pid));
+    QList<qint64> children;
+    if (pid != 0 && file.open(QIODevice::ReadOnly)) {
+        for (const QByteArray& child : file.readAll().simplified().split(' ')) {
+            if (!child.isEmpty()) {
+                children << child.toLongLong();
+            }
+        }
+    }
+    return children;
+}
+
+// The tray moves its icons about while it makes room for a new one.
+bool Recorder::WaitTrayIcon()
+{
+    constexpr int looksAtRest = 6;
+    QPoint last;
+    int looks = 0;
+    return WaitUntil([&] {
+        const QPoint now = TrayIcon();
+        looks = !now.isNull() && now == last ? looks + 1 : 0;
+        last = now;
+        return looks >= looksAtRest;
+    });
+}
+
+QPoint Recorder::TrayIcon() const
+{
+    // Inside the tray's panel stands a window of the program's.
+    const QList<DesktopWindow> windows = m_desktop.Windows();
+    QList<uint32_t> inPanel;
+    for (const DesktopWindow& window : windows) {
+        if (window.title == "panel" || inPanel.contains(window.parent)) {
+            inPanel << window.id;
+            if (window.visible && window.program == "lumenfold-recorder") {
+                return window.place.center();
+            }
+        }
+    }
+    return {};
+}
+
+std::optional<DesktopWindow> Recorder::Menu() const
+{
+    const QList<DesktopWindow> windows = m_desktop.Windows();
+    for (const DesktopWindow& window : windows) {
+        // The tray icon, too, is not managed, but it does not stand on the screen itself.
+        if (window.visible && !window.managed && window.parent == windows.first().id &&
+            window.program == "lumenfold-recorder") {
+            return window;
+        }
+    }
+    return std::nullopt;
+}
+
+bool Recorder::ChooseInTray(int entry)
+{
+    // A press that the program was not ready for is made again, as a person would.
+    for (int press = 0; press < 3 && !Menu(); ++press) {
+        if (!WaitTrayIcon()) {
+            return false;
+        }
+        m_desktop.Click(TrayIcon(), 3);
+        WaitUntil([this] { return Menu().has_value(); }, 5000);
+    }
+    if (!Menu()) {
+        return false;
+    }
+    const QRect menu = Menu()->place;
+    m_desktop.Click({menu.center().x(), menu.top() + menu.height() * (2 * entry + 1) / 6});
+    m_sinceChoice.start();
+    return WaitUntil([this] { return !Menu(); });
+}
+
+QStringList Recorder::Recordings() const
+{
+    QStringList files;
+    for (const QString& name :
+         QDir(m_saveDirectory).entryList({"*.mp4"}, QDir::Files, QDir::Name)) {
+        files << m_saveDirectory + '/' + name;
+    }
+    return files;
+}
+
+QString Recorder::Recording() const
+{
+    return Recordings().value(static_cast<int>(Recordings().size()) - 1);
+}
+
+QString Recorder::Log() const
+{
+    QFile file(ErrorFile());
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.read(20000))
+                                          : QString("no Out.txt");
+}

@@ -1,0 +1,47 @@
+#include "tests/support/recording_file.h"
+
+#include "tests/support/desktop.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+RecordingFile ReadRecording(const QString& file)
+{
+    RecordingFile result;
+    const Outcome probe = RunProgram(
+        "ffprobe", {"-v", "error", "-of", "json", "-show_streams", "-show_format", file});
+    const QJsonObject all = QJsonDocument::fromJson(probe.output).object();
+    for (const auto& value : all["streams"].toArray()) {
+        const QJsonObject track = value.toObject();
+        const QString codec = track["codec_name"].toString();
+        if (track["codec_type"].toString() == "video") {
+            result.pictureTracks << QString("%1 %2 %3x%4")
+                                        .arg(codec, track["pix_fmt"].toString())
+                                        .arg(track["width"].toInt())
+                                        .arg(track["height"].toInt());
+        } else {
+            result.soundTracks << codec;
+        }
+    }
+    result.seconds = all["format"].toObject()["duration"].toString().toDouble();
+    const Outcome play = RunProgram("ffmpeg", {"-v", "error", "-i", file, "-f", "null", "-"});
+    if (probe.code != 0 || play.code != 0) {
+        result.fault = QString::fromUtf8(probe.errors + play.errors) + "cannot be played";
+    } else if (!play.errors.isEmpty()) {
+        result.fault = QString::fromUtf8(play.errors);
+    } else if (result.pictureTracks.isEmpty()) {
+        result.fault = "no picture";
+    }
+    return result;
+}
+
+QMap<QString, QString> PatternReport(const QString& file, int milliseconds)
+{
+    QMap<QString, QString> report;
+    const Outcome outcome = RunProgram(RECORDING_REPORT, {file}, milliseconds);
+    for (const QString& line : QString::fromUtf8(outcome.output).split('\n', Qt::SkipEmptyParts)) {
+        report[line.section('=', 0, 0)] = line.section('=', 1);
+    }
+    return report;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tests/support/desktop.h"
+
+// What a player shows of a movie. A cut that copies shows the very pictures of its source.
+
+// Every picture that a player shows: what it is, and at which second.
+struct Picture
+{
+    QString hash;
+    double seconds = 0;
+};
+
+inline QList<Picture> Pictures(const QString& file)
+{
+    const Outcome decoded = RunProgram("ffmpeg", {"-v", "error", "-i", file, "-map", "0:v:0",
+                                                  "-vsync", "passthrough", "-f", "framemd5", "-"});
+    QList<Picture> pictures;
+    double unit = 0;
+    for (const QString& line : QString::fromUtf8(decoded.output).split('\n', Qt::SkipEmptyParts)) {
+        if (line.startsWith("#tb 0: 1/")) {
+            unit = 1 / line.section('/', 1).toDouble();
+        } else if (!line.startsWith('#')) {
+            pictures << Picture{line.section(',', 5).trimmed(),
+                                line.section(',', 2, 2).trimmed().toDouble() * unit};
+        }
+    }
+    return pictures;
+}
+
+// Where in these pictures that one is, in seconds; -1 when it is none of them.
+inline double SecondOf(const QList<Picture>& pictures, const Picture& sought)
+{
+    for (const Picture& picture : pictures) {
+        if (picture.hash == sought.hash) {
+            return picture.seconds;
+        }
+    }
+    return -1;
+}

@@ -1,0 +1,135 @@
+// Shows a moving picture and makes sounds, so that a recording of them can be measured with
+// recording_report. Needs DISPLAY, and PULSE_SERVER for the sounds. Runs until it is terminated, or
+// for the time given; prints "ready" and a newline on standard output once the picture stands.
+//
+//   test_pattern [--geometry WxH+X+Y]   where; default: the whole screen
+//                [--rate N]             pictures a second, default 75
+//                [--hum HZ[@SINK]]      a tone all the time (may be given several times)
+//                [--beep HZ[@SINK]]     a beep of 100 ms with each flash, heard as the flash is
+//                seen
+//                [--flash SECONDS]      between two flashes, default 1
+//                [--seconds N]          ends by itself after this time
+//
+// SINK is the sound server's name of an output; without it the default output is used.
+#include "tests/support/signal/beeper.h"
+#include "tests/support/signal/pattern_window.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Seconds = std::chrono::duration<double>;
+
+volatile std::sig_atomic_t stopped = 0;
+
+struct Options
+{
+    Geometry geometry;
+    double rate = 75;
+    double flash = 1;
+    double seconds = 1e9;
+    std::vector<Tone> hums;
+    Tone beep;
+};
+
+Tone ReadTone(const std::string& text)
+{
+    const size_t at = text.find('@');
+    return {at == std::string::npos ? std::string() : text.substr(at + 1), std::atof(text.c_str())};
+}
+
+bool Read(Options& options, const std::string& name, const char* value)
+{
+    Geometry& place = options.geometry;
+    if (name == "--geometry") {
+        return std::sscanf(value, "%dx%d+%d+%d", &place.width, &place.height, &place.x, // NOLINT
+                           &place.y) == 4;
+    }
+    if (name == "--hum") {
+        options.hums.push_back(ReadTone(value));
+    } else if (name == "--beep") {
+        options.beep = ReadTone(value);
+    } else if (name == "--rate") {
+        options.rate = std::atof(value);
+    } else if (name == "--flash") {
+        options.flash = std::atof(value);
+    } else if (name == "--seconds") {
+        options.seconds = std::atof(value);
+    } else {
+        return false;
+    }
+    return options.rate > 0;
+}
+
+Clock::duration Ticks(double seconds)
+{
+    return std::chrono::duration_cast<Clock::duration>(Seconds(seconds));
+}
+
+void Show(PatternWindow& window, Beeper& beeper, const Options& options)
+{
+    const auto start = Clock::now();
+    Clock::time_point due = start;
+    Clock::time_point nextBeep = start + Ticks(options.flash);
+    Clock::time_point flashOn = nextBeep;
+    Clock::time_point flashOff = start;
+    bool announced = false; // the flash's time is set, it is not shown yet
+    for (uint16_t number = 0; stopped == 0 && due - start < Ticks(options.seconds); ++number) {
+        if (!announced && Clock::now() >= nextBeep) {
+            const Clock::time_point heard = beeper.Beep();
+            flashOn = std::max(heard, Clock::now());
+            announced = true;
+            nextBeep += Ticks(options.flash);
+        }
+        due += Ticks(1 / options.rate);
+        // A flash is drawn at its time, not at that of the next picture.
+        std::this_thread::sleep_until(announced ? std::min(due, flashOn) : due);
+        if (announced && Clock::now() >= flashOn) {
+            announced = false;
+            flashOff = flashOn + std::chrono::milliseconds(100);
+        }
+        window.Draw(number, Clock::now() < flashOff);
+    }
+}
+
+} // namespace
+
+int main(int count, char** values)
+{
+    Options options;
+    for (int i = 1; i < count; i += 2) {
+        if (i + 1 == count || !Read(options, values[i], values[i + 1])) {
+            std::fprintf(stderr, "test_pattern: bad option %s\n", values[i]);
+            return 2;
+        }
+    }
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        std::signal(signal, [](int) { stopped = 1; });
+    }
+    PatternWindow window(options.geometry);
+    if (!window.Good()) {
+        std::fprintf(stderr, "test_pattern: the X display cannot be opened\n");
+        return 1;
+    }
+    std::vector<std::unique_ptr<Beeper>> hums;
+    for (const Tone& tone : options.hums) {
+        hums.push_back(std::make_unique<Beeper>(tone, false));
+    }
+    Beeper beeper(options.beep, true);
+    window.Draw(0, false);
+    std::puts("ready");
+    std::fflush(stdout);
+    Show(window, beeper, options);
+    return 0;
+}

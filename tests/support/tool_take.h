@@ -1,0 +1,97 @@
+// A recording by the real `tool`, which a test ends in any way it likes.
+#pragma once
+
+#include "tests/support/tool_movies.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+
+#include <csignal>
+#include <unistd.h>
+
+// One recording by `tool`, in a process group of its own, with a shell in the recorder's place.
+class Take
+{
+public:
+    Take(const QString& path, const QString& device, const QStringList& environment = {})
+        : m_path(path)
+    {
+        m_process.setChildProcessModifier([] { setpgid(0, 0); });
+        QProcessEnvironment all = QProcessEnvironment::systemEnvironment();
+        for (const QString& one : environment) {
+            all.insert(one.section('=', 0, 0), one.section('=', 1));
+        }
+        m_process.setProcessEnvironment(all);
+        m_process.start("/bin/sh", {"-c",
+                                    "\"$@\" 2>\"$0.log\"; exit $?",
+                                    path,
+                                    TOOL_PROGRAM,
+                                    "-f",
+                                    "avfoundation",
+                                    "-framerate",
+                                    "30",
+                                    "-i",
+                                    device,
+                                    "-ar",
+                                    "44100",
+                                    "-r",
+                                    "29.97",
+                                    "-preset",
+                                    "ultrafast",
+                                    "-max_muxing_queue_size",
+                                    "9999",
+                                    "-async",
+                                    "1",
+                                    "-pix_fmt",
+                                    "yuv420p",
+                                    path});
+    }
+    Take(const Take&) = delete;
+    Take& operator=(const Take&) = delete;
+    ~Take()
+    {
+        EndAll(SIGKILL);
+        m_process.waitForFinished();
+    }
+
+    const QString& Path() const { return m_path; }
+    bool HasPicture() const { return QFileInfo(m_path).size() > 0; }
+    QByteArray Text() const
+    {
+        QFile log(m_path + ".log");
+        return log.open(QIODevice::ReadOnly) ? log.readAll() : QByteArray();
+    }
+    void Type(const QByteArray& keys) { m_process.write(keys); }
+    bool WaitForEnd() { return HasEnded() || m_process.waitForFinished(); }
+    bool HasEnded() const { return m_process.state() == QProcess::NotRunning; }
+    // Seconds that ffmpeg has put into the file or is about to, as it told last.
+    double Taken() const
+    {
+        const QByteArray text = Text();
+        return DurationIn("  Duration: " + text.mid(text.lastIndexOf("time=") + 5, 11));
+    }
+    int ExitCode() const { return m_process.exitCode(); }
+
+    // Recorder, ffmpeg and what works beside it.
+    void EndAll(int signal) const
+    {
+        if (m_process.processId() > 0) {
+            kill(-static_cast<pid_t>(m_process.processId()), signal);
+        }
+    }
+    void EndRecorder() { m_process.kill(); }
+    // False when there is none.
+    bool EndFfmpeg(int signal) const
+    {
+        const QString of = QString("/proc/%1/task/%1/children").arg(m_process.processId());
+        QFile children(of);
+        const pid_t ffmpeg =
+            children.open(QIODevice::ReadOnly) ? children.readAll().trimmed().toInt() : 0;
+        return ffmpeg > 0 && kill(ffmpeg, signal) == 0;
+    }
+
+private:
+    QString m_path;
+    QProcess m_process;
+};
