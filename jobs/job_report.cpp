@@ -41,6 +41,11 @@ QString FailureText(int operation)
                : "Clip failed, not an valid format, it's better to clip created mp4 files";
 }
 
+QString NoFreeNameText(int operation)
+{
+    return QString(operation == kMergeOperation ? "Merge" : "Clip") + " failed, " + kNoFreeName;
+}
+
 // "the the" is meant, and kept.
 QString CancelQuestion(int operation)
 {

@@ -4,6 +4,9 @@
 
 // What a cut or a merge reads in the tool's output, and what it tells the user.
 
+// Of a job or a recording whose name is taken, where a number no longer fits into the name.
+inline constexpr auto kNoFreeName = "no free name is left for the file, choose another directory";
+
 inline constexpr auto kDurationMarker = "Duration: "; // before the input's hh:mm:ss
 
 // The results of a job.
@@ -40,3 +43,6 @@ QString ProgressText(int operation, int percent, const QString& current,
 QString SuccessText(int operation, const QString& destination);
 QString FailureText(int operation);
 QString CancelQuestion(int operation);
+
+/// The message of a job that cannot begin because its file's name is taken and no free one is left.
+QString NoFreeNameText(int operation);

@@ -31,6 +31,11 @@ int DRUI::StartQProcessCut()
     m_nCutState = kJobGood;
     m_nCutStep = 0;
     m_strCutDestFile = FreePath(CutDestination(m_strCutSaveDir, m_strCutFile));
+    if (m_strCutDestFile.isEmpty()) { // an empty argument would be dropped from the command line
+        m_nCutState = kJobInvalid;
+        Inform(NoFreeNameText(kCutOperation));
+        return m_nCutState;
+    }
     RunTool(*m_pCutProcess,
             CutCommand(ToolPrefix(), m_strCutFile, m_nCutStart, m_nCutEnd, m_strCutDestFile));
     if (m_nCutState != kJobGood) {

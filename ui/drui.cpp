@@ -2,6 +2,7 @@
 
 #include "jobs/text_codec.h"
 #include "jobs/tool_runner.h"
+#include "ui/cmessagebox.h"
 #include "ui/focus_ring.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
@@ -135,6 +136,15 @@ void DRUI::FixSize(const QSize& size)
     resize(size);
     const QSize desktop = DesktopSize();
     move((desktop.width() - size.width()) / 2, (desktop.height() - size.height()) / 2);
+}
+
+// A message over the window's upper left part.
+void DRUI::Inform(const QString& text)
+{
+    CMessageBox box;
+    box.setGeometry(x() + width() / 8, y() + height() / 8, 400, 150);
+    box.InitInfoDialog(text);
+    box.exec();
 }
 
 QPushButton* DRUI::CreateButton(int kind, int x, QWidget* parent)

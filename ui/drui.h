@@ -136,6 +136,7 @@ private:
     QProcess* CreateToolProcess(const char* name, const char* slot);
     void BuildPages();
     void FixSize(const QSize& size);
+    void Inform(const QString& text);
     QPushButton* CreateButton(int kind, int x, QWidget* parent);
     void CreateFrameTitle(const QString& title);
     QVBoxLayout* CreateHeader(QWidget* page, const TitleStripShape& shape);
@@ -280,6 +281,6 @@ private:
     QString m_strTargetName;          // the result
     qint64 m_nMergeProcessPos = 0;    // ticks counted
     qint64 m_nMergeProcessTotal = 0;  // ticks expected
-    int m_nChangeTSRet = 0;           // 0, or 2 cancelled in this conversion
+    int m_nChangeTSRet = 0;           // 0, 1 the stream had no name, 2 cancelled in this conversion
     int m_nMergeRet = 0;              // 0 good, 1 bad input, 2 cancelled in the join
 };

@@ -39,6 +39,11 @@ int DRUI::StartQProcessMerge()
     m_nMergeRet = kJobGood;
     const QString output =
         FreePath(MergeDestination(m_strMergeSaveDir, QDateTime::currentDateTime()));
+    if (output.isEmpty()) { // an empty argument would be dropped from the command line
+        m_nMergeRet = kJobInvalid;
+        Inform(NoFreeNameText(kMergeOperation));
+        return m_nMergeRet;
+    }
     m_nMergeProcessPos = 0;
     m_nMergeProcessTotal = MergeTicks(m_vecMergeFiles.size());
 
@@ -53,7 +58,11 @@ int DRUI::StartQProcessMerge()
     if (m_nMergeRet != kJobGood) {
         QFile::remove(output);
     }
-    Q_EMIT AddProcessCallBack(100, output, output, result);
+    if (result == kJobInvalid) { // no conversion ends so: a stream had no name
+        Inform(NoFreeNameText(kMergeOperation));
+    } else {
+        Q_EMIT AddProcessCallBack(100, output, output, result);
+    }
     return result;
 }
 
@@ -90,6 +99,11 @@ int DRUI::ChangeToTS(wchar_t* tsPath, wchar_t* inputPath, wchar_t* targetPath)
     // Still there only when it could not be removed; the join keeps asking for the first name.
     const QString stream = FreePath(QString::fromWCharArray(tsPath));
     qDebug() << stream;
+    if (stream.isEmpty()) {
+        m_nMergeRet = kJobInvalid;
+        m_nChangeTSRet = kJobInvalid;
+        return m_nChangeTSRet;
+    }
     RunTool(*m_pChangeTSProcess, ChangeToTSCommand(ToolPrefix(), m_strCurMergeName, stream));
     return m_nChangeTSRet;
 }

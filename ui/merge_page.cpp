@@ -1,6 +1,5 @@
 #include "jobs/folder_scan.h"
 #include "jobs/text_codec.h"
-#include "ui/cmessagebox.h"
 #include "ui/drui.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
@@ -219,10 +218,8 @@ void DRUI::SourceTableItemDoubleClick(QTableWidgetItem* /*pItem*/)
 void DRUI::btnAddSlot()
 {
     if (m_pTargetVideoTable->rowCount() >= kMostFiles) {
-        CMessageBox box;
-        box.setGeometry(x() + width() / 8, y() + height() / 8, 400, 150);
-        box.InitInfoDialog("You can merge multiple files no more than 20 files at one time");
-        box.exec();
+        Inform("You can merge multiple files no more than 20 files at one time");
+        EnableMerge(); // after a rebuild the list is full and the button still disabled
         return;
     }
     const auto selected = m_pSourceVideoTable->selectedItems();

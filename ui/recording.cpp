@@ -1,9 +1,9 @@
 #include "jobs/device_listing.h"
 #include "jobs/free_space.h"
+#include "jobs/job_report.h"
 #include "jobs/record_command.h"
 #include "jobs/recording_status.h"
 #include "jobs/tool_runner.h"
-#include "ui/cmessagebox.h"
 #include "ui/drui.h"
 #include "ui/tray_stand_in.h"
 #include "util/tick.h"
@@ -113,6 +113,11 @@ int DRUI::StartQProcessRecord()
     QDir().mkdir(directory + '/');
     m_strRecFile = FreePath(RecordPath(directory, QDateTime::currentDateTime()));
 
+    if (m_strRecFile.isEmpty()) { // an empty argument would be dropped from the command line
+        m_strStartError = kNoFreeName;
+        return 0;
+    }
+
     // A run that is still going refuses the start. One that finishes its file makes this a
     // recording that never begins; one that goes on (after a pause) is this recording.
     const bool finishing = m_bQuitSent && m_pRecProcess->state() != QProcess::NotRunning;
@@ -177,11 +182,7 @@ void DRUI::ReportStartError()
     if (m_strStartError.isEmpty()) {
         return;
     }
-    CMessageBox box(nullptr, {});
-    box.setGeometry(x() + width() / 8, y() + height() / 8, 400, 150);
-    box.InitInfoDialog("The recording could not be started: " +
-                       std::exchange(m_strStartError, QString()));
-    box.exec();
+    Inform("The recording could not be started: " + std::exchange(m_strStartError, QString()));
 }
 
 void DRUI::_RecordProcess(void* /*param*/, int& /*result*/) {}

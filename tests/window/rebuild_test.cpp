@@ -49,6 +49,21 @@ private Q_SLOTS:
         QCOMPARE(Names("m_pTargetVideoTable").size(), 4);
     }
 
+    // Twenty entries came through the rebuild, which disabled Merge; one more is refused.
+    void aRefusedEntryEnablesMergeAgain()
+    {
+        ClickRow("m_pSourceVideoTable", 0);
+        while (Names("m_pTargetVideoTable").size() < 20) {
+            Call("btnAddSlot");
+        }
+        Call("btnMaxSlot");
+        QVERIFY(!Enabled("Merge"));
+        Call("btnAddSlot");
+        QCOMPARE(Boxes().texts.size(), 1);
+        QCOMPARE(Names("m_pTargetVideoTable").size(), 20);
+        QVERIFY(Enabled("Merge"));
+    }
+
     void theRestoredListCanBeMerged()
     {
         Call("btnMaxSlot");
