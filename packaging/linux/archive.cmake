@@ -8,11 +8,11 @@ if(NOT LUMENFOLD_PACKAGE_FFMPEG)
   set(LUMENFOLD_PACKAGE_FFMPEG OFF)
 endif()
 
-# One search path for a program and all it loads: found before anything in the environment, and inherited
-# by libraries, so that they can be packed as they are.
+# The built programs search no folder but Qt's own, where that is not the system's; collect gives the packed
+# ones theirs. Were CMake to change it while it installs, it would keep room for that in the built program, with
+# colons, and an empty entry is the working directory to the loader.
 foreach(program lumenfold-recorder tool)
-  target_link_options(${program} PRIVATE -Wl,--disable-new-dtags)
-  set_target_properties(${program} PROPERTIES INSTALL_RPATH "$ORIGIN/lib")
+  set_target_properties(${program} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH_USE_LINK_PATH ON)
 endforeach()
 install(TARGETS lumenfold-recorder tool RUNTIME DESTINATION .)
 install(DIRECTORY "${LUMENFOLD_BIN_DIR}/help" DESTINATION .)
