@@ -2,9 +2,9 @@
 # makes build/DIR/package/lumenfold-recorder-VERSION-linux-MACHINE.tar.gz.
 find_program(LUMENFOLD_PACKAGE_FFMPEG ffmpeg DOC "The ffmpeg to pack; OFF packs none")
 
-set(LUMENFOLD_FFMPEG_NOTE "All else lies in this folder,\nffmpeg included.")
+set(LUMENFOLD_FFMPEG_NOTE "Everything else is in this folder, including ffmpeg.")
 if(NOT LUMENFOLD_PACKAGE_FFMPEG)
-  set(LUMENFOLD_FFMPEG_NOTE "It also needs ffmpeg\n(5.1 or newer, with libx264), installed or put beside the program; all else lies in this folder.")
+  set(LUMENFOLD_FFMPEG_NOTE "Also ffmpeg (5.1 or newer, with libx264), installed or put beside the program. Everything else is\nin this folder.")
   set(LUMENFOLD_PACKAGE_FFMPEG OFF)
 endif()
 
