@@ -140,11 +140,17 @@ protected:
         MakeVideo(name);
         EnterCutPage();
         ClickRow("m_pCutVideoTable", 0);
+        SetMarks(start, end);
+        Calls();
+    }
+
+    // Of the selected video, in seconds.
+    void SetMarks(int start, int end)
+    {
         for (const auto& [position, slot] : {std::pair(start, "btnSetHead"), {end, "btnSetTail"}}) {
             QVERIFY(QMetaObject::invokeMethod(&Window(), "current", Q_ARG(int, position)));
             Call(slot);
         }
-        Calls();
     }
 
     void EnterMergePage()
