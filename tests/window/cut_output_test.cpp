@@ -17,6 +17,7 @@ private Q_SLOTS:
     {
         PrepareVideos();
         m_reports.clear();
+        m_onReport = nullptr;
     }
     void cleanup()
     {
@@ -86,6 +87,35 @@ private Q_SLOTS:
         QCOMPARE(Results(), QStringList{"Cut_a.mp4"});
     }
 
+    void theStepsOfASecondCutBeginAnew()
+    {
+        CutWhileTheConversionSays({"frame=1", "frame=2", "frame=3"});
+        m_reports.clear();
+        CutAgainWhileTheConversionSays({"frame=1"});
+        QCOMPARE(m_reports, QStringList({"5 0", "100 0"}));
+    }
+
+    void aCutAfterOneOfInvalidDataKeepsItsFile()
+    {
+        CutWhileTheConversionSays({"Invalid data"});
+        QCOMPARE(Results(), QStringList());
+        m_reports.clear();
+        CutAgainWhileTheConversionSays({"frame=1"});
+        QCOMPARE(m_reports, QStringList({"5 0", "100 0"}));
+        QCOMPARE(Results(), QStringList{"Cut_a.mp4"});
+    }
+
+    // Whoever reads the folder with the last report, or while the message is open, finds no file of
+    // a cut that failed.
+    void theFileOfAFailedCutIsGoneBeforeTheReport()
+    {
+        QStringList found{"never told"};
+        m_onReport = [&] { found = Results(); };
+        CutWhileTheConversionSays({"Invalid data"});
+        QCOMPARE(m_reports, QStringList{"100 1"});
+        QCOMPARE(found, QStringList());
+    }
+
     void aCancelAsksTheConversionToQuitOnThatChunkAndEveryLaterOne()
     {
         SelectRange("a.mp4", 1, 2);
@@ -123,6 +153,9 @@ public Q_SLOTS:
     {
         m_reports << QString("%1 %2").arg(percent).arg(error);
         m_paths << current + " > " + destination;
+        if (m_onReport) {
+            m_onReport();
+        }
     }
 
 private:
@@ -133,24 +166,37 @@ private:
         m_paths.clear();
         QVERIFY(connect(&Window(), SIGNAL(CutProcessCallBack(int, QString, QString, int)), this,
                         SLOT(Note(int, QString, QString, int))));
+        Hear("m_pCutProcess", [this] {
+            if (m_next) {
+                m_next();
+            }
+        });
+        CutAgainWhileTheConversionSays(std::move(texts), own);
+    }
+
+    // In the window that made the cut before.
+    void CutAgainWhileTheConversionSays(QStringList texts, const QByteArray& own = "frame=1")
+    {
         auto* conversion = Child<QProcess>(kConversion);
         conversion->blockSignals(true);
         conversion->start("/bin/cat", QStringList());
         QVERIFY(conversion->waitForStarted());
         const qsizetype chunks = texts.size();
-        const auto next = [&] {
+        m_next = [&] {
             if (!texts.isEmpty()) {
                 conversion->write(texts.takeFirst().toLatin1());
                 QVERIFY2(conversion->waitForReadyRead(), "the conversion prints nothing");
             }
         };
-        next();
-        Hear("m_pCutProcess", next);
+        m_next();
         QFile::remove(BesideProgram("finished"));
         SetJob("printf made >\"${!#}\"; for n in $(seq " + QByteArray::number(chunks) +
                "); do say '" + own + "'; done; printf x >\"$here/finished\"\n");
         Press("Cut");
         QVERIFY2(texts.isEmpty(), "the cut's tool was not heard");
+        m_next = nullptr;
+        conversion->closeWriteChannel();
+        QVERIFY(conversion->waitForFinished());
         conversion->blockSignals(false);
     }
 
@@ -158,6 +204,8 @@ private:
 
     QStringList m_reports;
     QStringList m_paths;
+    std::function<void()> m_next;     // after each chunk of the cut's tool
+    std::function<void()> m_onReport; // before the dialog gets it
 };
 
 QTEST_MAIN(CutOutputTest)
