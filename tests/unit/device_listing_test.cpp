@@ -59,6 +59,15 @@ private Q_SLOTS:
             << 1;
         QTest::newRow("the last device is the microphone")
             << Listing(screen, {"[0] Built-in Microphone"}) << "Microphone=0" << 0 << -1;
+        QTest::newRow("the last of two devices is the microphone")
+            << Listing(screen, {"[0] Loopback", "[1] Built-in Microphone"}) << "Microphone=1" << 1
+            << -1;
+        QTest::newRow("a microphone before the audio devices does not count")
+            << Line("[5] Microphone camera") + Listing(screen, {"[0] Line In"})
+            << "Computer sounds=0" << -1 << 0;
+        QTest::newRow("other letters are no microphone")
+            << Listing(screen, {"[0] MICROPHONE", "[1] Loopback"}) << "Computer sounds=1" << -1
+            << 1;
         QTest::newRow("one device that is no microphone")
             << Listing(screen, {"[0] Line In"}) << "Computer sounds=0" << -1 << 0;
         QTest::newRow("a microphone by a part of its name")
@@ -109,6 +118,10 @@ private Q_SLOTS:
             << Listing({"[0] Camera", "[1] Capture screen 0"}, {}) << int('1');
         QTest::newRow("the first of two screens")
             << Listing({"[0] Capture screen 0", "[1] Capture screen 1"}, {}) << int('0');
+        QTest::newRow("a screen before the header does not count")
+            << Line("[7] Capture screen 9") + Listing({"[2] Capture screen 0"}, {}) << int('2');
+        QTest::newRow("other letters are no screen")
+            << Listing({"[0] capture screen", "[1] Capture screen 0"}, {}) << int('1');
         QTest::newRow("device 12 keeps its first digit")
             << Listing({"[12] Capture screen 0"}, {}) << int('1');
         QTest::newRow("no screen") << Listing({"[0] Camera"}, {}) << 0;

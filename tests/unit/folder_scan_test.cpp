@@ -91,6 +91,28 @@ private Q_SLOTS:
         QVector<_FILE_INFO_> files;
         TraverseFolder(Path("missing"), files);
         QCOMPARE(files.size(), 0);
+        Make("a.mp4");
+        TraverseFolder(Path("a.mp4"), files);
+        QCOMPARE(files.size(), 0);
+    }
+
+    void aDirectoryThatCannotBeReadGivesNothing()
+    {
+        Make("a.mp4");
+        const QString path = m_directory->path();
+        QVERIFY(QFile::setPermissions(path, QFile::Permissions()));
+        const bool readable = QFileInfo(path).isReadable(); // root reads everything
+        const auto files = Scan();
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QCOMPARE(files.size(), readable ? 1 : 0);
+    }
+
+    void theOrderBeforeSortingIsThatOfTheNamesIgnoringCase()
+    {
+        for (const char* name : {"c.mp4", "B.mp4", "a.mp4"}) {
+            Make(name);
+        }
+        QCOMPARE(Names(Scan()), QStringList({"a.mp4", "B.mp4", "c.mp4"}));
     }
 
     void theScanOfNothingIsTheScanOfTheRoot()

@@ -44,6 +44,38 @@ private Q_SLOTS:
         QCOMPARE(m_process->exitCode(), 0);
     }
 
+    // So that the log tells what was asked of a tool that never came up.
+    void theCommandLineIsLoggedBeforeTheToolRuns()
+    {
+        static QProcess* process = nullptr;
+        static QList<QProcess::ProcessState> states;
+        process = m_process.get();
+        states.clear();
+        const QtMessageHandler before = qInstallMessageHandler(
+            [](QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
+                if (type == QtDebugMsg && text.contains("/bin/cat")) {
+                    states << process->state();
+                }
+            });
+        StartTool(*m_process, "/bin/cat");
+        qInstallMessageHandler(before);
+        QCOMPARE(states, QList<QProcess::ProcessState>{QProcess::NotRunning});
+    }
+
+    void aStartIsWaitedFor()
+    {
+        QVERIFY(StartTool(*m_process, "/bin/cat"));
+        QCOMPARE(m_process->state(), QProcess::Running);
+        QVERIFY(m_process->processId() > 0);
+    }
+
+    void theEndOfARunIsWaitedFor()
+    {
+        RunTool(*m_process, "/bin/sh -c \"sleep 0.2\"");
+        QCOMPARE(m_process->state(), QProcess::NotRunning);
+        QCOMPARE(m_process->exitStatus(), QProcess::NormalExit);
+    }
+
     void quotedArgumentsKeepBlanksAndTrailingBlanksAreHarmless()
     {
         RunTool(*m_process, "/bin/sh -c \"printf '<%s>' $0\" \" \" ");
