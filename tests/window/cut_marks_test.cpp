@@ -125,6 +125,28 @@ private Q_SLOTS:
         QCOMPARE(slider->value(), 100);
     }
 
+    // From where the handle stands, to where the mouse takes it.
+    void draggingTheHandleMovesThePosition()
+    {
+        MakeVideo("a.mp4", "00:01:40");
+        EnterCutPage();
+        ClickRow(kTable, 0);
+        auto* slider = Child<QSlider>("m_pCutSlider");
+        const QPoint handle(slider->style()->pixelMetric(QStyle::PM_SliderLength) / 4,
+                            slider->height() / 2);
+        QTest::mousePress(slider, Qt::LeftButton, {}, handle);
+        QVERIFY2(slider->isSliderDown(), "the press did not take the handle");
+        QCOMPARE(Position(), QString("00:00:00/00:01:40"));
+        QTest::mouseMove(slider, handle + QPoint(slider->width() / 2, 0));
+        const int half = slider->value();
+        QVERIFY2(half > 45 && half < 55, qPrintable(QString::number(half)));
+        QCOMPARE(Position(), QString("00:00:%1/00:01:40").arg(half));
+        QTest::mouseRelease(slider, Qt::LeftButton, {}, handle + QPoint(slider->width() / 2, 0));
+        QVERIFY(!slider->isSliderDown());
+        Call("btnSetHead");
+        QCOMPARE(Marks(), QString("00:00:%1 00:00").arg(half));
+    }
+
     void theKeyboardMovesThePositionToo()
     {
         MakeVideo("a.mp4", "00:01:40");
@@ -196,6 +218,7 @@ private Q_SLOTS:
         player->start("/bin/cat", QStringList());
         QVERIFY(player->waitForStarted());
         Press("Back");
+        QCOMPARE(player->bytesToWrite(), 3); // the quit command, whether it comes to be read or not
         QCOMPARE(Child<QSlider>("m_pCutSlider")->value(), 0);
         QTRY_COMPARE(player->state(), QProcess::NotRunning);
         QCOMPARE(Page(), 0);

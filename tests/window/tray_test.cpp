@@ -145,18 +145,35 @@ private Q_SLOTS:
         EnterRecordPage();
         Call("btnSlotRecord");
         QVERIFY(!Window().isVisible());
+        m_seen.clear();
+        Window().installEventFilter(this);
         Q_EMIT Icons().first()->activated(static_cast<QSystemTrayIcon::ActivationReason>(reason));
         QTEST(Window().isVisible(), "shown");
+        QTEST(m_seen.contains(QEvent::ZOrderChange), "shown"); // raised over other windows
         QVERIFY2(DRUI::m_bIsStart, "the click stopped the recording");
+    }
+
+    void aClickBringsAMinimisedWindowBackToItsSize()
+    {
+        EnterRecordPage();
+        Window().showMinimized();
+        QVERIFY(Window().isMinimized());
+        Q_EMIT Icons().first()->activated(QSystemTrayIcon::Trigger);
+        QVERIFY(!Window().isMinimized());
+        QCOMPARE(Window().size(), QSize(1000, 600));
+        QVERIFY2(!DRUI::m_bIsStart, "the click started a recording");
     }
 
     void quitWhileRecordingStopsAndCloses()
     {
         EnterRecordPage();
         Call("btnSlotRecord");
+        m_seen.clear();
+        Window().installEventFilter(this);
         Icons().first()->contextMenu()->actions().at(2)->trigger();
         QVERIFY(!DRUI::m_bIsStart);
         QVERIFY(!Window().isVisible());
+        QCOMPARE(m_seen, QList<QEvent::Type>({QEvent::Show, QEvent::Close, QEvent::Hide}));
         CloseWindow();
         QCOMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
     }
@@ -164,9 +181,13 @@ private Q_SLOTS:
     void quitWhileIdleStartsARecordingAndThenCloses()
     {
         EnterRecordPage();
+        m_seen.clear();
+        Window().installEventFilter(this);
         Icons().first()->contextMenu()->actions().at(2)->trigger();
         QVERIFY(DRUI::m_bIsStart);
         QVERIFY(!Window().isVisible());
+        // The start has hidden the window already; what ends the program is the close behind that.
+        QCOMPARE(m_seen, QList<QEvent::Type>({QEvent::Hide, QEvent::Close}));
         CloseWindow();
         QCOMPARE(ReadFile(BesideProgram("starts")), QByteArray("x"));
         QCOMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
@@ -202,6 +223,22 @@ private Q_SLOTS:
 
         Call("btnSlotRecord");
         QCOMPARE(StandIn(), nullptr);
+    }
+
+public:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        switch (event->type()) {
+        case QEvent::Show:
+        case QEvent::Hide:
+        case QEvent::Close:
+        case QEvent::ZOrderChange:
+            m_seen << event->type();
+            break;
+        default:
+            break;
+        }
+        return false;
     }
 
 private:
@@ -263,6 +300,8 @@ private:
         }
         return nullptr;
     }
+
+    QList<QEvent::Type> m_seen; // of what happens to the window, where it is watched
 };
 
 QTEST_MAIN(TrayTest)
