@@ -5,8 +5,8 @@ QString CutDestination(const QString& directory, const QString& source)
     return directory + "/Cut_" + source.mid(source.lastIndexOf('/') + 1);
 }
 
-// Two blanks stand on either side of the times, and are meant to. Start and length follow the
-// input, as options of the output.
+// The double blanks around the times are intended. Start and length come after the input, as
+// output options.
 QString CutCommand(const QString& tool, const QString& source, qint64 start, qint64 end,
                    const QString& destination)
 {

@@ -2,13 +2,12 @@
 
 #include <QString>
 
-// The command line of a cut and the name of its file.
+// The command line and file name of a cut.
 
-/// Where a cut of `source` goes: in `directory`, under the source's name with "Cut_" before it.
+/// The path of a cut of `source`: its name with "Cut_" in front, in `directory`.
 QString CutDestination(const QString& directory, const QString& source);
 
-/// The whole command line: `source` from second `start` to second `end`, copied without
-/// re-encoding. An end before the start gives a negative length, which is the tool's to refuse. It
-/// ends in a blank.
+/// The command line that copies `source` from second `start` to second `end` without re-encoding.
+/// An end before the start gives a negative length, which the tool refuses. Ends with a blank.
 QString CutCommand(const QString& tool, const QString& source, qint64 start, qint64 end,
                    const QString& destination);

@@ -2,8 +2,8 @@
 
 namespace {
 
-// The leading decimal digits at `position`; 0 where there are none. Larger numbers than an int
-// holds are no device index and stay at its limit.
+// The decimal number at `position`, or 0 if there is none. Numbers too large for a device index are
+// clamped.
 int LeadingNumber(const QString& text, qsizetype position)
 {
     constexpr int limit = 99999999;
@@ -15,15 +15,15 @@ int LeadingNumber(const QString& text, qsizetype position)
     return number;
 }
 
-// Where the last " [" before `end` begins, the opening of a device's index; -1 if there is none.
-// The bracket that opens a line has no blank before it and is not one.
+// The position of the last " [" before `end`, which opens a device's index, or -1. The bracket at
+// the start of a line has no blank before it and does not count.
 qsizetype LastIndexMarker(const QString& text, qsizetype end)
 {
     return text.left(end).lastIndexOf(" [");
 }
 
-// Only one character of the screen's index is kept, which cuts an index of 10 or more to its first
-// digit. This is meant: the recording command inserts the character as it stands.
+// Keeps only one character of the screen's index, so an index of 10 or more is cut to its first
+// digit. This is intended: the recording command inserts the character as is.
 char ScreenIndex(const QString& text)
 {
     const qsizetype header = text.indexOf("video devices:");
@@ -53,8 +53,8 @@ DeviceListing ParseDeviceListing(const QString& text)
     if (microphone >= 0) {
         listing.microphone = LeadingNumber(text, microphone + 2);
     }
-    // The last device of the whole listing is taken for the computer sounds. With an audio header
-    // and no device under it that is a video device; this is meant.
+    // The last device of the whole listing counts as computer sounds. If no device follows the
+    // audio header, that is a video device; this is intended.
     const qsizetype last = LastIndexMarker(text, text.size());
     if (last >= 0) {
         const int index = LeadingNumber(text, last + 2);

@@ -4,18 +4,18 @@
 
 #include <string>
 
-// The records of video files: plain, of fixed size, copied by value.
+// Plain, fixed-size records of video files, copied by value.
 
 /// One MP4 file of a scanned folder.
 struct _FILE_INFO_
 {
     qint64 llSize = 0;             // bytes
-    std::string strOther;          // filled by nothing
+    std::string strOther;          // never set
     wchar_t szModifyTime[64] = {}; // local time, "yyyy-MM-dd hh:mm:ss"
     wchar_t szFileName[256] = {};  // with its extension, without its directory
 };
 
-/// One row of the merge page's tables while the page is built anew.
+/// One row of the merge page's tables, kept while the page is rebuilt.
 struct _MERGER_FILE_INFO_
 {
     wchar_t szSize[64] = {};
@@ -23,7 +23,7 @@ struct _MERGER_FILE_INFO_
     wchar_t szFileName[256] = {};
 };
 
-/// Copies `text` with a terminator into `size` wide characters; what does not fit is left out.
+/// Copies `text` to `out`, truncated to `size` wide characters including the terminator.
 void CopyWide(const QString& text, wchar_t* out, qsizetype size);
 
 template <qsizetype size>

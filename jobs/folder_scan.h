@@ -5,13 +5,12 @@
 #include <QString>
 #include <QVector>
 
-/// Appends a record for every MP4 file directly inside `dir`, hidden ones left out, by name.
-/// Nothing for a directory that is empty or cannot be read; the empty text is the file system's
-/// root.
+/// Appends a record for every MP4 file in `dir`, sorted by name, without hidden files and
+/// subdirectories. Appends nothing if `dir` cannot be read. An empty `dir` is the root directory.
 void TraverseFolder(QString dir, QVector<_FILE_INFO_>& files);
 
-/// Non-zero when `a` was modified in a later second than `b`. Files of one second are equal.
+/// Non-zero if `a` was modified in a later second than `b`. Files of the same second are equal.
 int VectorCmp(const _FILE_INFO_& a, _FILE_INFO_ b);
 
-/// The records of `dir`, newest first; those of one second in either order.
+/// The records of `dir`, newest first. Files of the same second are in no particular order.
 QVector<_FILE_INFO_> NewestFirst(const QString& dir);

@@ -2,16 +2,17 @@
 
 #include <QString>
 
-/// A recording stops when its volume has less than this left, in bytes (10 MiB).
+/// A recording stops when its volume has fewer free bytes than this (10 MiB).
 constexpr quint64 kLeastFreeBytes = 10485760;
 
-/// Whether a recording must stop with `freeBytes` left on its volume; exactly the least is enough.
+/// Whether a recording must stop with `freeBytes` left on its volume. Exactly kLeastFreeBytes is
+/// enough to go on.
 constexpr bool IsTooLittleSpace(quint64 freeBytes)
 {
     return freeBytes < kLeastFreeBytes;
 }
 
-/// Free bytes of the volume that holds `directory`, or its nearest existing parent. 0 when the path
-/// is not absolute or nothing can be told. The path goes through Latin-1, so what lies below the
-/// first name with other letters counts as not existing.
+/// Free bytes of the volume of `directory`, or of its nearest existing parent. 0 if the path is
+/// relative or the volume cannot be queried. The path is converted to Latin-1, so everything below
+/// the first name with other characters counts as missing.
 quint64 FreeBytes(const QString& directory);

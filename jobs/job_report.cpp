@@ -46,7 +46,7 @@ QString NoFreeNameText(int operation)
     return QString(operation == kMergeOperation ? "Merge" : "Clip") + " failed, " + kNoFreeName;
 }
 
-// "the the" is meant, and kept.
+// "the the" is intended.
 QString CancelQuestion(int operation)
 {
     return operation == kMergeOperation ? "Are you sure to cancel the the video merge?"

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-// What a cut or a merge reads in the tool's output, and what it tells the user.
+// What a cut or merge looks for in the tool's output, and what it shows the user.
 
 // Of a job or a recording whose name is taken, where a number no longer fits into the name.
 inline constexpr auto kNoFreeName = "no free name is left for the file, choose another directory";
@@ -14,32 +14,33 @@ constexpr int kJobGood = 0;
 constexpr int kJobInvalid = 1;
 constexpr int kJobCancelled = 2;
 
-// The operations, as the texts tell them apart: whatever is not a merge is a cut.
+// The operations, for the texts below. Any other value counts as a cut.
 constexpr int kMergeOperation = 1;
 constexpr int kCutOperation = 2;
 
-/// The chunks of progress that one run of the tool is taken to print; more do not count.
+/// The number of progress chunks one run of the tool is assumed to print. Further ones are ignored.
 constexpr int kTicksPerStep = 20;
 
-// What a chunk of the tool's output tells. Which of it counts is for the job to say.
+// What a chunk of the tool's output contains. The job decides what counts.
 struct OutputMarks
 {
-    bool tick = false;    // a step of progress, one for any number of them
-    bool invalid = false; // an input is no readable video
+    bool tick = false;    // progress, counted once per chunk
+    bool invalid = false; // an input is not a readable video
     bool missing = false; // an input is missing
 };
 
-/// Looks through one chunk alone, letter for letter: what is split between two is not seen.
+/// Looks at one chunk only, case-sensitively. A text split between two chunks is not found.
 OutputMarks MarksIn(const QString& chunk);
 
-/// Percent of a cut that has printed `step` chunks of progress, 0 to 20.
+/// The percentage of a cut after `step` progress chunks (0 to 20).
 int CutPercent(int step);
 
-/// The three lines of a running job. The paths go through Latin-1, "?" for what it cannot express.
+/// The three lines shown for a running job. Paths are converted to Latin-1, with "?" for other
+/// characters.
 QString ProgressText(int operation, int percent, const QString& current,
                      const QString& destination);
 
-/// The messages at a job's end, and the question before it is cancelled.
+/// The messages at the end of a job, and the question before it is cancelled.
 QString SuccessText(int operation, const QString& destination);
 QString FailureText(int operation);
 QString CancelQuestion(int operation);

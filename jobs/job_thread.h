@@ -2,8 +2,8 @@
 
 #include <QThread>
 
-// A thread for one job. The window holds one and never starts it: jobs run on the user-interface
-// thread. It stays so that a job can be moved onto it without another design.
+// A thread for one job. The window owns one and never starts it: jobs run on the GUI thread. It
+// exists so that a job can be moved to a thread without a redesign.
 class CMyThread : public QThread
 {
     Q_OBJECT
@@ -13,18 +13,17 @@ public:
 
     explicit CMyThread(QObject* parent = nullptr);
 
-    /// What run() calls, and with which argument.
+    /// Sets the function that run() calls, and its argument.
     void SetFunc(Function func, void* param);
 
-    /// Calls the stored function with the stored argument and a result that starts at 0; returns at
-    /// once when none is stored.
+    /// Calls the stored function, if any, with the stored argument and a result initialised to 0.
     void run() override;
 
-    /// For a job's progress; nothing emits it.
+    /// Progress of the job. Never emitted.
     Q_SIGNAL void ProcessCallBack(int percent);
 
 private:
     Function m_pFunc = nullptr;
     void* m_pParam = nullptr;
-    [[maybe_unused]] int m_nReserved = 0; // read by nothing, and meant to be
+    [[maybe_unused]] int m_nReserved = 0; // unused on purpose
 };

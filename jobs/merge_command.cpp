@@ -19,7 +19,7 @@ QString ChangeToTSCommand(const QString& tool, const QString& input, const QStri
            stream + "\" ";
 }
 
-// Every stream is followed by the separator, the last one too; this is meant.
+// A separator follows every stream, the last one included. This is intended.
 QString ConcatCommand(const QString& tool, const QStringList& streams, const QString& output)
 {
     QString list;

@@ -15,8 +15,8 @@ QString Quoted(const QString& text)
     return '"' + text + '"';
 }
 
-// With both devices the second input names the screen once more, for the computer sounds' sake.
-// The pairing is meant: the tool takes a sound device only beside a screen.
+// With both devices the second input names the screen again, together with the computer sounds.
+// This pairing is intended: the tool accepts a sound device only with a screen.
 QString RecordInputs(const RecordDevices& devices, int audio)
 {
     const QString screen(QLatin1Char(devices.screen));

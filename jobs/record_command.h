@@ -3,7 +3,7 @@
 #include <QDateTime>
 #include <QString>
 
-// The command line of a recording and the name of its file.
+// The command line and file name of a recording.
 
 struct RecordDevices
 {
@@ -12,17 +12,17 @@ struct RecordDevices
     int sound = -1;
 };
 
-/// The text of a date and time in the names of the files that the program makes.
+/// Formats a date and time for a file name.
 QString FileStamp(const QDateTime& time);
 
-/// Where a recording started at `time` goes: in `directory`, named by the time.
+/// The path of a recording started at `time`, in `directory`.
 QString RecordPath(const QString& directory, const QDateTime& time);
 
 /// A path for a new file: `path` itself, or a numbered one beside it where a file of that name
 /// exists. At most 519 characters; empty when a free name does not fit.
 QString FreePath(const QString& path);
 
-/// The whole command line. `audio` is the item data of the audio choice: -1 both devices, 0 and
-/// above one device's index, below -1 no sound. It ends in a blank.
+/// The command line of a recording. `audio` is the item data of the audio choice: -1 for both
+/// devices, 0 or more for one device's index, less than -1 for no sound. Ends with a blank.
 QString RecordCommand(const QString& tool, const RecordDevices& devices, int audio,
                       const QString& path);

@@ -2,25 +2,24 @@
 
 #include <QString>
 
-// What a running recording shows.
+// The texts and images of a running recording.
 
-/// The tray image of the next timer tick, and the counter after it: 16 ticks of the first image, 15
-/// of the second, one tick that leaves the image as it is (an empty name) and starts the cycle
-/// again.
+/// The tray image for the next timer tick; advances the counter. The cycle is 16 ticks of the first
+/// image, 15 of the second, and one that keeps the current image (empty name).
 QString BlinkImage(int& count);
 
-/// Milliseconds from `start` to `now`, both tick counts cut to 32 bits; right across their wrap.
+/// Milliseconds from `start` to `now`, both 32-bit tick counts. Correct across their wraparound.
 quint32 ElapsedMs(quint32 start, quint32 now);
 
-/// The status text: elapsed time in whole seconds and the file's size in bytes.
+/// The status text, from the elapsed time and the file's size in bytes.
 QString RecordingStatus(quint32 elapsedMs, qint64 fileBytes);
 
-/// The text for the result of a recording that has stopped: -101 lack of space, any other code a
-/// file that could not be made.
+/// The message for the result of a recording: -101 for lack of space, any other value for a file
+/// that could not be created.
 constexpr int kStoppedForSpace = -101;
 QString RecordingFailure(int result);
 
-/// Why a recording that was asked for never began; empty when it did. `started` tells whether the
-/// tool was started or a run of it was going already, `processError` is the text of the process for
-/// a start that failed, `finishing` tells that the run that was going finishes another recording.
+/// Why a requested recording did not start; empty if it did. `started`: the tool was started or was
+/// already running. `processError`: the process's error text for a failed start. `finishing`: the
+/// running tool is still finishing the previous recording.
 QString StartFailure(bool started, const QString& processError, bool finishing);

@@ -2,10 +2,10 @@
 
 #include <QString>
 
-// The settings file: INI format, one key, the directory that recordings are saved in.
+// The settings file: INI format with one key, the directory for recordings.
 
-/// The saved directory; the home directory's "ScreenSave" when the file or the key is missing or
-/// cannot be read. Reading never creates the file.
+/// The stored directory, or "ScreenSave" in the home directory if the file or the key is missing or
+/// unreadable. Does not create the file.
 QString ReadSavePath(const QString& iniPath);
 
 /// Writes the directory at once. A file that cannot be written is left as it is.

@@ -6,11 +6,10 @@
 
 namespace {
 
-QByteArray g_strInstalled;          // a name that is yet to be looked up
-QTextCodec* g_pTextCodec = nullptr; // owned by Qt's own list of codecs
+QByteArray g_strInstalled;          // a name that has not been looked up yet
+QTextCodec* g_pTextCodec = nullptr; // owned by Qt
 
-// Looked up when it is first needed, which in most runs is never: the tables of the codecs take
-// a megabyte.
+// Looked up on first use, which most runs never reach: the codec tables take a megabyte.
 const QTextCodec* InstalledCodec()
 {
     if (!g_strInstalled.isEmpty()) {
@@ -27,12 +26,12 @@ const QTextCodec* InstalledCodec()
 void InstallTextCodec(const char* name)
 {
     if (g_strInstalled != name) {
-        InstalledCodec(); // should the new name be unknown, the one before it stays
+        InstalledCodec(); // so that an unknown new name keeps the previous codec
         g_strInstalled = name;
     }
 }
 
-// Plain ASCII, as times and sizes are, means the same in every 8-bit codec.
+// Times and sizes are plain ASCII, which is the same in every 8-bit codec.
 QString FromEightBit(const QByteArray& text)
 {
     const auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };

@@ -5,18 +5,18 @@
 
 #include <string>
 
-// The codec for 8-bit strings. Qt 6 has no global one to install, so this is the program's own;
-// it is used wherever the text of an 8-bit function (times, sizes, log messages, the program's
-// path for the launcher) turns into a QString or back.
+// The codec for 8-bit strings. Qt 6 has no global one, so the program has its own. It converts
+// between QString and the 8-bit texts of times, sizes, log messages and the launcher's program
+// path.
 
-/// Makes the codec called `name` (an IANA name, "GB2312" in this program) the one for 8-bit
-/// strings. An unknown name keeps the codec installed before.
+/// Installs the codec with this IANA name ("GB2312" in this program) for 8-bit strings. An unknown
+/// name keeps the previous codec.
 void InstallTextCodec(const char* name);
 
-/// `text` read through the installed codec; as Latin-1 before the first installation.
+/// Decodes `text` with the installed codec, or as Latin-1 if none is installed.
 QString FromEightBit(const QByteArray& text);
 QString FromEightBit(const std::string& text);
 
-/// `text` written through the installed codec, "?" for what it cannot express; as Latin-1 before
-/// the first installation.
+/// Encodes `text` with the installed codec, or as Latin-1 if none is installed. Characters it does
+/// not have become "?".
 QByteArray ToEightBit(const QString& text);

@@ -31,7 +31,7 @@ void AskToolToQuit(QProcess& process)
 
 QString ReadToolText(QProcess& process)
 {
-    if (!process.isOpen()) { // it never ran: the cut asks a process that is not its own
+    if (!process.isOpen()) { // never started: the cut reads another job's process
         return {};
     }
     // The pointer form stops at a zero byte; the QByteArray form would not.

@@ -4,26 +4,26 @@
 
 class QProcess;
 
-// The one place where the external executable `tool` is started, waited for, read and stopped.
+// The only place that starts, waits for, reads and stops the external executable `tool`.
 
-/// How long every wait for the tool lasts at most, in milliseconds.
+/// The longest wait for the tool, in milliseconds.
 constexpr int kToolWaitMs = 30000;
 
-/// What every command line begins with: the tool's path in the program's own directory, in double
-/// quotes. A double quote in that path breaks the command line.
+/// The start of every command line: the tool's path in the program's directory, in double quotes.
+/// A double quote in that path breaks the command line.
 QString ToolPrefix();
 
-/// Logs `command`, starts it on `process` and waits for the start. `command` is one line, split at
-/// blanks outside double quotes. A process that still runs refuses the start and goes on.
-/// Returns whether the process runs or has run; most callers do not look.
+/// Logs `command`, starts it on `process` and waits until it has started. `command` is split at
+/// blanks outside double quotes. A process that is still running refuses the start and goes on.
+/// Returns whether the process is running or has run.
 bool StartTool(QProcess& process, const QString& command);
 
-/// StartTool, then waits for the end. The process's readyRead() reaches its slots inside the wait.
-/// A tool that runs longer than the wait is left running and counts as finished.
+/// StartTool(), then waits for the tool to finish. readyRead() is emitted during the wait. A tool
+/// that takes longer than kToolWaitMs is left running and counts as finished.
 void RunTool(QProcess& process, const QString& command);
 
-/// Types the tool's quit command, three bytes; the tool finishes its file and exits.
+/// Writes the tool's quit command, three bytes. The tool then finishes its file and exits.
 void AskToolToQuit(QProcess& process);
 
-/// All output available now, as Latin-1, up to the first zero byte.
+/// Reads all available output as Latin-1, up to the first zero byte.
 QString ReadToolText(QProcess& process);

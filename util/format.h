@@ -2,18 +2,18 @@
 
 #include <string>
 
-// "hh:mm:ss" of a count of seconds; more than 99 hours take more digits ("100:00:00"). A negative
-// count stands as it is in the last place ("00:00:-5").
+// Formats seconds as "hh:mm:ss", with more digits from 100 hours on ("100:00:00"). A negative count
+// is printed as is in the last field ("00:00:-5").
 std::string GetTimeStringA(long long seconds);
 
-// The same as wide text.
+// The same as a wide string.
 std::wstring GetTimeString(long long seconds);
 
-// A size in the largest of Bytes, KB, MB, GB and TB (1024 of one make the next) that it reaches,
-// with two decimals from KB on: "1.50 KB". Under 1024, negative sizes too, it is taken as a 32-bit
-// integer.
+// Formats a size in Bytes, KB, MB, GB or TB, whichever is the largest unit it reaches (factor
+// 1024), with two decimals from KB on: "1.50 KB". Sizes below 1024, negative ones too, are printed
+// as a 32-bit integer.
 std::string GetFileSizeString(long long bytes);
 
-// Writes at most 4096 wide characters, the end included, so `buffer` has to hold as many. The count
-// of characters written, negative when they do not fit.
+// Writes up to 4096 wide characters including the terminator; `buffer` must have room for them.
+// Returns the number of characters written, or a negative value if they do not fit.
 int rsb_wsprintf(wchar_t* buffer, const wchar_t* format, ...);

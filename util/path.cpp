@@ -18,7 +18,7 @@ Place LookUp(const std::wstring& path)
 {
     try {
         std::error_code error;
-        // As UTF-32: wide text would be converted by the locale, which may know ASCII alone.
+        // As UTF-32: a wide string would be converted by the locale, which may be plain ASCII.
         const std::filesystem::path utf32(std::u32string(path.begin(), path.end()));
         const auto type = std::filesystem::symlink_status(utf32, error).type();
         if (type == std::filesystem::file_type::not_found) {

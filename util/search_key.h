@@ -2,12 +2,12 @@
 
 #include <string>
 
-// Whether a character means something in a regular expression that it does not in a search text:
-// one of .^$+?{}[] .
+// Whether a character is special in a regular expression but not in a search text: one of
+// .^$+?{}[] .
 bool IsBoostSearchKeyLetter(wchar_t c);
 
-// A search text as a regular expression: a backslash before every such character.
+// Converts a search text to a regular expression, with a backslash before every such character.
 std::wstring ReplaceSearchKey(const wchar_t* pattern);
 
-// Whether a disk record of `size` bytes begins with "FILE".
+// Whether a disk record of `size` bytes starts with "FILE".
 bool IsNtfsFileRecord(const unsigned char* record, int size);

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// A local time. The day of the month stands before the day of the week, and is meant to.
+// A local time. The day of the month comes before the day of the week on purpose.
 struct SYSTEMTIME
 {
     std::uint16_t wYear;
@@ -15,8 +15,8 @@ struct SYSTEMTIME
     std::uint16_t wMilliseconds;
 };
 
-// Milliseconds since some moment, in steps of ten; only differences mean something.
+// Milliseconds since an arbitrary moment, in steps of ten. Only differences are meaningful.
 long long rsb_getTickCount();
 
-// 0, or 34 (ERANGE's number) when the system cannot say the local time.
+// Returns 0, or 34 (ERANGE) if the system cannot tell the local time.
 int rsb_getLocalTime(SYSTEMTIME* time);

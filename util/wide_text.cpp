@@ -20,20 +20,20 @@ constexpr wchar_t kLastCharacter = 0xffff;
 iconv_t g_toWide = kInvalid;
 iconv_t g_toText = kInvalid;
 
-// All of `input` converted, or nothing.
+// Converts all of `input` or nothing.
 std::optional<std::string> Convert(iconv_t descriptor, std::string_view input)
 {
     if (descriptor == kInvalid) {
         return {};
     }
     iconv(descriptor, nullptr, nullptr, nullptr, nullptr);
-    // Six bytes for one are more than any encoding makes of one, shift sequences included.
+    // No encoding needs more than six bytes per input byte, shift sequences included.
     std::string output(input.size() * 6 + 16, '\0');
     char* from = const_cast<char*>(input.data()); // iconv only reads it
     char* to = output.data();
     std::size_t fromLeft = input.size();
     std::size_t toLeft = output.size();
-    // A result above 0 counts characters that were replaced by others: not what was asked for.
+    // A result above 0 counts characters replaced by similar ones, which is a failure here.
     if (iconv(descriptor, &from, &fromLeft, &to, &toLeft) != 0 ||
         iconv(descriptor, nullptr, nullptr, &to, &toLeft) != 0) {
         return {};
@@ -109,8 +109,8 @@ int inner_initUnicodeMap(const char* encoding)
     if (Open(g_language, "UNICODELITTLE") == 0 && ToWide("ab") == L"ab") {
         return 0;
     }
-    // Where the name is unknown, or stands for units of two bytes as it does in today's iconv
-    // libraries, the same characters under a name that means units as wide as wchar_t.
+    // Some iconv libraries do not know the name, and current ones use two-byte units for it. This
+    // name means the same characters in units as wide as wchar_t.
     return Open(g_language, "UCS-4LE");
 }
 
