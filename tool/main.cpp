@@ -174,7 +174,10 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     tool::RecordingStart* start = tool::RecordingStart::Make();
     plan.screenPipe = StartPictures(plan, arguments, start);
     if (!sources->empty()) {
-        const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments), start});
+        // A picture feeder that is given up ends before the recording does: it must not end the
+        // sound.
+        const int pipe = tool::StartSoundFeeder(
+            {*sources, tool::SampleRate(arguments), plan.screenPipe ? start : nullptr});
         if (pipe < 0) {
             return Complain(std::string("no sound can be read: ") + std::strerror(errno), failed);
         }

@@ -36,10 +36,11 @@ RecordingFile ReadRecording(const QString& file)
     return result;
 }
 
-QMap<QString, QString> PatternReport(const QString& file, int milliseconds)
+QMap<QString, QString> PatternReport(const QString& file, int milliseconds,
+                                     const QStringList& options)
 {
     QMap<QString, QString> report;
-    const Outcome outcome = RunProgram(RECORDING_REPORT, {file}, milliseconds);
+    const Outcome outcome = RunProgram(RECORDING_REPORT, options + QStringList{file}, milliseconds);
     for (const QString& line : QString::fromUtf8(outcome.output).split('\n', Qt::SkipEmptyParts)) {
         report[line.section('=', 0, 0)] = line.section('=', 1);
     }

@@ -16,6 +16,7 @@ struct RecordingFile
 // Decodes all of it.
 RecordingFile ReadRecording(const QString& file);
 
-// What recording_report tells of a recording that shows the test pattern in the upper left corner.
-// A long recording takes its time.
-QMap<QString, QString> PatternReport(const QString& file, int milliseconds = 60000);
+// What recording_report tells of a recording that shows the test pattern in the upper left corner,
+// or where the options say. A long recording takes its time.
+QMap<QString, QString> PatternReport(const QString& file, int milliseconds = 60000,
+                                     const QStringList& options = {});

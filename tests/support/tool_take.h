@@ -11,10 +11,11 @@
 #include <unistd.h>
 
 // One recording by `tool`, in a process group of its own, with a shell in the recorder's place.
+// `devices`: "SCREEN" or "SCREEN:SOUND"; a second one, after a blank, adds its sound.
 class Take
 {
 public:
-    Take(const QString& path, const QString& device, const QStringList& environment = {})
+    Take(const QString& path, const QString& devices, const QStringList& environment = {})
         : m_path(path)
     {
         m_process.setChildProcessModifier([] { setpgid(0, 0); });
@@ -23,29 +24,18 @@ public:
             all.insert(one.section('=', 0, 0), one.section('=', 1));
         }
         m_process.setProcessEnvironment(all);
-        m_process.start("/bin/sh", {"-c",
-                                    "\"$@\" 2>\"$0.log\"; exit $?",
-                                    path,
-                                    TOOL_PROGRAM,
-                                    "-f",
-                                    "avfoundation",
-                                    "-framerate",
-                                    "30",
-                                    "-i",
-                                    device,
-                                    "-ar",
-                                    "44100",
-                                    "-r",
-                                    "29.97",
-                                    "-preset",
-                                    "ultrafast",
-                                    "-max_muxing_queue_size",
-                                    "9999",
-                                    "-async",
-                                    "1",
-                                    "-pix_fmt",
-                                    "yuv420p",
-                                    path});
+        QStringList inputs{"-f", "avfoundation", "-framerate", "30"};
+        for (const QString& device : devices.split(' ')) {
+            const bool first = inputs.size() == 4;
+            inputs += (first ? QStringList() : QStringList{"-f", "avfoundation"}) +
+                      QStringList{"-i", device};
+        }
+        const QStringList output{
+            "-ar",  "44100",  "-r", "29.97",    "-preset", "ultrafast", "-max_muxing_queue_size",
+            "9999", "-async", "1",  "-pix_fmt", "yuv420p", path};
+        m_process.start("/bin/sh",
+                        QStringList{"-c", "\"$@\" 2>\"$0.log\"; exit $?", path, TOOL_PROGRAM} +
+                            inputs + output);
     }
     Take(const Take&) = delete;
     Take& operator=(const Take&) = delete;

@@ -1,0 +1,200 @@
+// Sound against picture in the file: a flash and a beep that are seen and heard at the same moment
+// are looked for in recordings by `tool`.
+#include "tests/support/recording_file.h"
+#include "tests/support/test_pattern_process.h"
+#include "tests/support/tool_take.h"
+
+#include <QDeadlineTimer>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+#include <memory>
+
+namespace {
+
+constexpr double kMostOffset = 50; // ms
+constexpr int kFewestPairs = 5;
+constexpr auto kFlashDistance = "0.6"; // seconds: tells up to 300 ms early from late
+
+struct Source
+{
+    QString name;   // the server's
+    QString output; // where a beep is played that it hears
+    int hertz;
+    int y; // of the pattern that flashes with it
+};
+
+const Source kSpeaker{"speaker.monitor", "speaker", 1000, 0};
+const Source kMicrophone{"microphone", "mic_in", 1700, 100};
+
+QStringList PatternOptions(const Source& source)
+{
+    return {"--geometry", QString("320x96+0+%1").arg(source.y),
+            "--flash",    kFlashDistance,
+            "--beep",     QString("%1@%2").arg(source.hertz).arg(source.output)};
+}
+
+// Somebody else who listens: the server takes seconds to begin with a source that nobody heard.
+class Listener
+{
+public:
+    explicit Listener(const Source& source)
+    {
+        m_process.start("parec", {"--latency-msec=30", "--rate=8000", "--channels=1",
+                                  "--format=s16le", "-d", source.name});
+    }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+    ~Listener()
+    {
+        m_process.terminate();
+        m_process.waitForFinished();
+    }
+
+    // Whether it has heard a second.
+    bool IsAwake()
+    {
+        m_nHeard += m_process.readAll().size();
+        return m_nHeard >= 16000;
+    }
+
+private:
+    QProcess m_process;
+    qint64 m_nHeard = 0;
+};
+
+QMap<QString, QString> Report(const QString& file, const Source& source, int originY = 0)
+{
+    return PatternReport(
+        file, 60000,
+        {"--at", QString("0,%1").arg(source.y - originY), "--beep", QString::number(source.hertz)});
+}
+
+int CountOf(const QMap<QString, QString>& report, const QString& key)
+{
+    return static_cast<int>(report[key].split(' ', Qt::SkipEmptyParts).size());
+}
+
+void ExpectInStep(const QMap<QString, QString>& report, const QString& name)
+{
+    const QString told =
+        QString("%1: sound %2 ms after the picture (%3), flashes at %4, beeps at %5")
+            .arg(name, report["av_offset_ms"], report["av_offset_range"], report["flash_times"],
+                 report["beep_times"]);
+    bool measured = false;
+    const double offset = report["av_offset_ms"].toDouble(&measured);
+    QVERIFY2(measured && CountOf(report, "flash_times") >= kFewestPairs &&
+                 CountOf(report, "beep_times") >= kFewestPairs,
+             qPrintable(told));
+    QVERIFY2(std::abs(offset) <= kMostOffset, qPrintable(told));
+}
+
+} // namespace
+
+class SoundInStepTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void eachOfBothSoundsLiesWhereItsPictureSays();
+    void soundOfTheSecondMonitorLiesWhereItsPictureSays();
+    void soundIsAsLongAsThePictureWhereFfmpegGrabsTheScreen();
+
+private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+    QString Record(const QString& devices, const QStringList& environment = {});
+
+    TestPatternProcess m_first{PatternOptions(kSpeaker)};
+    TestPatternProcess m_second{PatternOptions(kMicrophone)};
+    Listener m_speaker{kSpeaker};
+    Listener m_microphone{kMicrophone};
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void SoundInStepTest::initTestCase()
+{
+    QVERIFY2(m_first.IsReady() && m_second.IsReady(), "the test patterns do not start");
+    QVERIFY2(QTest::qWaitFor([&] { return m_speaker.IsAwake() && m_microphone.IsAwake(); }, 20000),
+             "the sound server delivers nothing");
+}
+
+void SoundInStepTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
+    const Outcome list =
+        RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-list_devices", "true", "-i", ""});
+    QVERIFY2(list.error.contains("[0] Microphone") && list.error.contains("[1] Computer sounds"),
+             list.error);
+}
+
+// Some seconds of these devices; the path of the file, empty after a failure.
+QString SoundInStepTest::Record(const QString& devices, const QStringList& environment)
+{
+    QString path = m_folder->filePath("recording.mp4");
+    Take take(path, devices, environment);
+    constexpr int milliseconds = 4500;
+    bool good = QTest::qWaitFor([&] { return take.HasPicture(); }, 20000);
+    const QDeadlineTimer end(milliseconds);
+    good = good && QTest::qWaitFor([&] { return end.hasExpired(); }, 2 * milliseconds);
+    take.Type("q\r\n");
+    if (!good || !take.WaitForEnd() || take.ExitCode() != 0) {
+        QTest::qFail("no recording: " + take.Text().right(1000), __FILE__, __LINE__);
+        return {};
+    }
+    return path;
+}
+
+void SoundInStepTest::eachOfBothSoundsLiesWhereItsPictureSays()
+{
+    const QString path = Record("0:0 0:1");
+    if (path.isEmpty()) {
+        return;
+    }
+    ExpectInStep(Report(path, kSpeaker), "computer sounds");
+    ExpectInStep(Report(path, kMicrophone), "microphone");
+}
+
+// Its picture begins where the second pattern does.
+void SoundInStepTest::soundOfTheSecondMonitorLiesWhereItsPictureSays()
+{
+    const QStringList monitor{"--setmonitor", "second",
+                              QString("320/100x100/100+0+%1").arg(kMicrophone.y), "none"};
+    const Outcome made = RunProgram("xrandr", monitor);
+    QVERIFY2(made.code == 0, made.error);
+    const QString path = Record("0:0"); // the server names added monitors first
+    RunProgram("xrandr", {"--delmonitor", "second"});
+    if (path.isEmpty()) {
+        return;
+    }
+    const QMap<QString, QString> report = Report(path, kMicrophone, kMicrophone.y);
+    QCOMPARE(report["height"], QString("100"));
+    ExpectInStep(report, "microphone");
+}
+
+// As on a machine that is so busy that nobody waits for the first picture any longer. The process
+// that was to grab the screen comes later, finds nobody to read, and ends.
+void SoundInStepTest::soundIsAsLongAsThePictureWhereFfmpegGrabsTheScreen()
+{
+    QVERIFY2(QFile::exists(LATE_GRABBER_PRELOAD), "the library that keeps the grabber is missing");
+    const QString path = Record("0:0 0:1", {QString("LD_PRELOAD=") + LATE_GRABBER_PRELOAD});
+    if (path.isEmpty()) {
+        return;
+    }
+    const QByteArray told = Content(path + ".log");
+    QVERIFY2(told.contains("Input #0, x11grab"), told);
+    for (const Source& source : {kSpeaker, kMicrophone}) {
+        const QMap<QString, QString> report = Report(path, source);
+        const double picture = report["duration"].toDouble();
+        const double sound = report["sound_duration"].toDouble();
+        QVERIFY2(picture >= 3 && std::abs(picture - sound) <= 0.5,
+                 qPrintable(QString("%1 s of picture, %2 s of sound").arg(picture).arg(sound)));
+        QVERIFY2(CountOf(report, "beep_times") >= kFewestPairs,
+                 qPrintable(source.output + " is heard at " + report["beep_times"]));
+    }
+}
+
+QTEST_GUILESS_MAIN(SoundInStepTest)
+#include "sound_in_step_test.moc"
