@@ -1,5 +1,5 @@
-// Measures the cut, the merge and the list of videos through the window, against ffmpeg with the
-// same arguments. The window is offscreen, all else is real.
+// Measures cuts, merges and the list of videos through the window, against ffmpeg with the same
+// arguments. Only the platform plugin is not real: the window is offscreen.
 #include "bench/table.h"
 #include "tests/window/fake_tool.h"
 #include "tests/window/modal_boxes.h"
@@ -25,24 +25,24 @@ private Q_SLOTS:
 
 private:
     static constexpr int kRounds = 7;
-    static constexpr int kCutRounds = 15; // they are short
+    static constexpr int kCutRounds = 15; // many, because a cut is short
 
-    // What a job wrote goes, so that every round writes a new file and none waits for another's.
+    // Deletes what a job wrote, so that every round writes a new file.
     static void Empty(const QString& folder);
-    // ffmpeg's arguments for a movie of this picture and a tone, coded as recordings are.
+    // ffmpeg's arguments for a movie with this picture and a tone, encoded like a recording.
     static QStringList Source(const QString& picture);
-    // Runs ffmpeg to its end; false when it fails.
+    // Runs ffmpeg and waits for it. Returns false if it fails.
     static bool Ffmpeg(const QStringList& arguments);
-    // Of several rounds the one that the machine's other work, and its disk, disturbed least.
+    // The shortest of several rounds, which other work and the disk disturbed least.
     static double Least(const QList<double>& seconds)
     {
         return *std::min_element(seconds.begin(), seconds.end());
     }
-    // Seconds that something takes.
+    // The seconds `work` takes.
     static double Seconds(const std::function<void()>& work);
-    // Cuts the folder's movie between these seconds, through the window and by ffmpeg in turn.
+    // Cuts the folder's movie between these seconds, alternating between the window and ffmpeg.
     void MeasureCut(const QString& name, const QString& folder, int start, int end) const;
-    // A folder of its own with this movie in it, `copies` times.
+    // A new folder with `copies` copies of this movie.
     QString Folder(const QString& name, const QString& movie, int copies);
     std::unique_ptr<DRUI> Window(const QString& folder, const char* pageSlot) const;
     static void Call(DRUI& window, const char* slot)
@@ -87,7 +87,8 @@ QStringList EditingBench::Source(const QString& picture)
             "-c:a",    "aac"};
 }
 
-// Two movies: a large one, so that the work outweighs the start of a program, and a short one.
+// Makes two movies: a large one, so that the work outweighs the start of a program, and a short
+// one.
 void EditingBench::initTestCase()
 {
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
@@ -162,15 +163,15 @@ void EditingBench::MeasureCut(const QString& name, const QString& folder, int st
         Number(Least(ours)) + " s, " + Number(Least(shell)) + " s");
 }
 
-// From the start on: anywhere else ffmpeg by itself would have less to write, since it leaves out
-// the picture up to the next key frame, and more to read, since it begins at the first.
+// From the start of the movie. Anywhere else ffmpeg alone would write less, because it drops the
+// picture up to the next sync sample, and read more, because it reads from the beginning.
 void EditingBench::cut()
 {
     const QString folder = Folder("cut", "large.mp4", 1);
     MeasureCut("Cut of 28 s through the window / ffmpeg", folder, 0, 28);
 }
 
-// What people do: ten minutes from the middle of a recording of half an hour.
+// A common case: ten minutes from the middle of a recording of half an hour.
 void EditingBench::cutFromTheMiddle()
 {
     QVERIFY(Ffmpeg(Source("testsrc2=size=1280x720:rate=30") +
@@ -243,7 +244,7 @@ int main(int argc, char** argv)
 {
     const QApplication application(argc, argv);
     EditingBench bench;
-    return RunMeasurements(bench, QCoreApplication::arguments().mid(1)); // the named rows alone
+    return RunMeasurements(bench, QCoreApplication::arguments().mid(1)); // only the named rows
 }
 
 #include "editing_bench.moc"

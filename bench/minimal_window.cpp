@@ -1,5 +1,5 @@
-// The least a Qt program does to show a window of the recorder's size with a line of text in it:
-// what its start is held against.
+// The least a Qt program has to do to show a window of the recorder's size with a line of text.
+// The recorder's start is compared with this.
 #include <QApplication>
 #include <QLabel>
 

@@ -1,5 +1,5 @@
-// Measures the real program on a virtual desktop and prints a table. Every figure is held against
-// one of the same run, since machines differ.
+// Measures the real program on a virtual desktop and prints a table. Every figure is compared with
+// one from the same run, because machines differ.
 #include "bench/table.h"
 #include "tests/support/measure.h"
 #include "tests/support/recorder.h"
@@ -29,7 +29,7 @@ private:
 
 namespace {
 
-// The same command, with ffmpeg grabbing the screen and reading the sound by itself.
+// The same command with ffmpeg grabbing the screen and reading the sound itself.
 QStringList StockCommand(QStringList command)
 {
     const auto picture = command.indexOf("rawvideo");
@@ -126,7 +126,7 @@ void RecorderBench::recording()
     Row("Stop to finished file", Number(finish) + " s", "<= 1 s", finish <= 1);
 }
 
-// Processor seconds of ffmpeg alone.
+// The processor seconds ffmpeg takes without `tool`.
 double RecorderBench::FfmpegAlone(QStringList command)
 {
     command = StockCommand(command);
@@ -170,7 +170,7 @@ int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
     RecorderBench bench;
-    return RunMeasurements(bench, QCoreApplication::arguments().mid(1)); // the named rows alone
+    return RunMeasurements(bench, QCoreApplication::arguments().mid(1)); // only the named rows
 }
 
 #include "recorder_bench.moc"
