@@ -1,5 +1,5 @@
-# The portable archive: one folder with all that a bare desktop lacks. `cmake --build DIR --target package`
-# makes build/DIR/package/lumenfold-recorder-VERSION-linux-MACHINE.tar.gz.
+# The portable archive: one folder with everything a bare desktop lacks. `cmake --build DIR --target
+# package` makes build/DIR/package/lumenfold-recorder-VERSION-linux-MACHINE.tar.gz.
 find_program(LUMENFOLD_PACKAGE_FFMPEG ffmpeg DOC "The ffmpeg to pack; OFF packs none")
 
 set(LUMENFOLD_FFMPEG_NOTE "Everything else is in this folder, including ffmpeg.")
@@ -19,12 +19,12 @@ install(DIRECTORY "${LUMENFOLD_BIN_DIR}/help" DESTINATION .)
 install(PROGRAMS linux/install-desktop-entry DESTINATION .)
 install(FILES linux/qt.conf DESTINATION .)
 install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${PROJECT_SOURCE_DIR}/THIRD-PARTY.md" DESTINATION .)
-# The oldest C library that runs it is the one it was linked to.
+# The archive needs at least the C library it was linked to.
 execute_process(COMMAND getconf GNU_LIBC_VERSION OUTPUT_VARIABLE LUMENFOLD_GLIBC OUTPUT_STRIP_TRAILING_WHITESPACE)
 configure_file(linux/README.txt.in "${CMAKE_CURRENT_BINARY_DIR}/README.txt" @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/README.txt" DESTINATION .)
 
-# What install-desktop-entry copies.
+# The files that install-desktop-entry copies.
 configure_file(linux/com.tarvessa.lumenfold_recorder.metainfo.xml.in
                "${CMAKE_CURRENT_BINARY_DIR}/com.tarvessa.lumenfold_recorder.metainfo.xml" @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/com.tarvessa.lumenfold_recorder.metainfo.xml" DESTINATION share/metainfo)
@@ -38,11 +38,11 @@ endforeach()
 install(FILES "${LUMENFOLD_ICON_DRAWING}" DESTINATION share/icons/hicolor/scalable/apps
         RENAME lumenfold-recorder.svg)
 
-# Libraries, Qt's plugins and ffmpeg: whatever the programs are linked to when the archive is made.
+# Libraries, Qt's plugins and ffmpeg, as the programs are linked when the archive is made.
 get_target_property(qmake Qt6::qmake IMPORTED_LOCATION)
 execute_process(COMMAND "${qmake}" -query QT_INSTALL_PLUGINS OUTPUT_VARIABLE qt_plugins
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-# What `tool` loads by its name.
+# The library that `tool` loads by name.
 find_library(LUMENFOLD_PULSE_LIBRARY pulse REQUIRED)
 install(
   CODE "execute_process(

@@ -1,5 +1,6 @@
-# The bundle. The programs look for one another in Contents/MacOS, where nothing but programs may be
-# signed: the pages lie in Contents/Resources, with a link. scripts/make-dmg adds Qt and ffmpeg.
+# The bundle. The programs look for each other and for the help pages in Contents/MacOS, where only
+# programs can be signed. So the pages are in Contents/Resources, with a link in Contents/MacOS.
+# scripts/make-dmg adds Qt and ffmpeg.
 set_target_properties(lumenfold-recorder PROPERTIES MACOSX_BUNDLE ON MACOSX_BUNDLE_INFO_PLIST
                                                                      "${LUMENFOLD_INFO_PLIST}")
 set(contents "$<TARGET_BUNDLE_CONTENT_DIR:lumenfold-recorder>")
