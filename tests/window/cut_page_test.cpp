@@ -1,6 +1,5 @@
 #include "tests/window/job_tool.h"
-
-#include <QHeaderView>
+#include "tests/window/pictures.h"
 
 namespace {
 constexpr auto kTable = "m_pCutVideoTable";
@@ -24,7 +23,7 @@ private Q_SLOTS:
         QCOMPARE(Names(kTable), QStringList({"new.mp4", "middle.mp4", "old.mp4"}));
         const auto* item = Child<QTableWidget>(kTable)->item(1, 0);
         QCOMPARE(item->foreground().color(), QColor(255, 255, 255, 255));
-        QVERIFY(!item->icon().isNull());
+        QCOMPARE(PictureDifference("row 1", item->icon(), {16, 16}, "mp4.png"), QString());
         QCOMPARE(Page(), 2);
     }
 
@@ -69,7 +68,9 @@ private Q_SLOTS:
         Call("btnSlotLayout3Dir");
         QCOMPARE(Child<QLineEdit>(kField)->text(), Target());
         QCOMPARE(Names(kTable), QStringList({"old.mp4", "-", "-"}));
-        QCOMPARE(Child<QTableWidget>(kTable)->item(0, 0)->foreground().color(), QColor(Qt::white));
+        const auto* item = Child<QTableWidget>(kTable)->item(0, 0);
+        QCOMPARE(item->foreground().color(), QColor(Qt::white));
+        QCOMPARE(PictureDifference("row 0", item->icon(), {16, 16}, "mp4.png"), QString());
     }
 
     void theFolderButtonProbesNothing()
@@ -92,6 +93,23 @@ private Q_SLOTS:
         QCOMPARE(Boxes().choosers, 1);
         QCOMPARE(Child<QLineEdit>(kField)->text(), QString());
         QCOMPARE(Names(kTable).size(), QDir("/").entryList({"*.mp4"}, QDir::Files).size());
+    }
+
+    void theChooserOffersDirectoriesFromTheWorkingDirectoryOn()
+    {
+        EnterCutPage();
+        Boxes().directory = Target();
+        Call("btnSlotLayout3Dir");
+        QCOMPARE(Boxes().chooserKind, UsualChooser());
+    }
+
+    void theChosenVideoIsLogged()
+    {
+        MakeVideo("a.mp4");
+        EnterCutPage();
+        const QString path = SaveDirectory() + "/a.mp4";
+        QTest::ignoreMessage(QtDebugMsg, qPrintable('"' + path + '"'));
+        ClickRow(kTable, 0);
     }
 
     void leavingTheFieldReadsItsOwnFolderOnTheSamePage_data()
@@ -192,58 +210,6 @@ private Q_SLOTS:
         Calls();
         ClickRow(kTable, 0);
         QCOMPARE(Calls().size(), 1); // of the row itself
-    }
-
-    void textsStylesAndSizes()
-    {
-        EnterCutPage();
-        auto* help = Child<QLabel>("m_pCutHelp");
-        QCOMPARE(help->text(),
-                 QString("\n\n\n\n\n\t\t1.Select the video in the list on the left\n\n\t\t2.Move "
-                         "the slider to set \"Start\" and \"End\"\n\n\t\t3.Select \"Cut\" to save "
-                         "the cut video."));
-        QCOMPARE(help->font().pointSize(), 17);
-        QCOMPARE(help->minimumSize(), QSize(700, 300));
-        QVERIFY(help->alignment().testFlag(Qt::AlignLeft));
-        auto* table = Child<QTableWidget>(kTable);
-        QCOMPARE(table->columnCount(), 1);
-        QCOMPARE(table->horizontalHeaderItem(0)->text(), QString());
-        QCOMPARE(table->minimumSize(), QSize(200, 100));
-        QCOMPARE(table->selectionMode(), QAbstractItemView::SingleSelection);
-        QCOMPARE(table->selectionBehavior(), QAbstractItemView::SelectRows);
-        QCOMPARE(table->editTriggers(), QAbstractItemView::NoEditTriggers);
-        QVERIFY(!table->verticalHeader()->isVisibleTo(table));
-        auto* field = Child<QLineEdit>(kField);
-        QCOMPARE(field->styleSheet(), QString("border: 2px groove white;"));
-        QCOMPARE(field->font().pointSize(), 12);
-        QVERIFY(field->font().bold());
-        QCOMPARE(field->cursorPosition(), 1);
-    }
-
-    void theSlidersStyleKeepsItsTabs()
-    {
-        EnterCutPage();
-        QCOMPARE(Child<QSlider>("m_pCutSlider")->styleSheet(),
-                 QString("QSlider::groove:horizontal{border: 1px solid #4A708B;background: "
-                         "#C0C0C0;height: 5px;border-radius: 1px;padding-left:-1px;padding-right:"
-                         "-1px;}\t\t\t\t\t\t\t\tQSlider::sub-page:horizontal{background: "
-                         "qlineargradient(x1:0, y1:0, x2:0, y2:1,stop:0 #B1B1B1, stop:1 #c4c4c4);"
-                         "background: qlineargradient(x1: 0, y1: 0.2, x2: 1, y2: 1,stop: 0 "
-                         "#5DCCFF, stop: 1 #1874CD);border: 1px solid #4A708B;height: 10px;"
-                         "border-radius: 2px;}\t\t\t\t\t\t\t\tQSlider::add-page:horizontal{"
-                         "background: #575757;border: 0px solid #777;height: 10px;border-radius: "
-                         "2px;}\t\t\t\t\t\t\t\tQSlider::handle:horizontal{background: "
-                         "qradialgradient(spread:pad, cx:0.5, cy:0.5, radius:0.5, fx:0.5, fy:0.5,"
-                         "stop:0.6 #45ADED, stop:0.778409 rgba(255, 255, 255, 255));width: 11px;"
-                         "margin-top: -3px;margin-bottom: -3px;border-radius: 5px;}"
-                         "QSlider::handle:horizontal:hover{background: qradialgradient(spread:pad, "
-                         "cx:0.5, cy:0.5, radius:0.5, fx:0.5, fy:0.5, stop:0.6 #2A8BDA,stop:"
-                         "0.778409 rgba(255, 255, 255, 255));width: 11px;margin-top: -3px;"
-                         "margin-bottom: -3px;border-radius: 5px;}QSlider::sub-page:horizontal:"
-                         "disabled{background: #00009C;border-color: #999;}QSlider::add-page:"
-                         "horizontal:disabled{background: #eee;border-color: #999;}QSlider::handle:"
-                         "horizontal:disabled{background: #eee;border: 1px solid #aaa;"
-                         "border-radius: 4px;}"));
     }
 
     void nothingIsCutOffOrOverlaps()

@@ -65,16 +65,6 @@ inline constexpr auto kTwoSoundDevices = "[AVFoundation indev @ 0x1] AVFoundatio
                                          "[AVFoundation indev @ 0x1] [0] Built-in Microphone\n"
                                          "[AVFoundation indev @ 0x1] [2] Loopback\n";
 
-// The style of the grey buttons, of which there are two, alike but for this white space.
-inline QString GreyButtonStyle(const QString& gap)
-{
-    return "QPushButton{background-color:rgb(191, 191, 191);" + gap +
-           "border-radius: 10px; border: 2px groove white;" + gap +
-           "border-style: outset;}QPushButton:hover{background-color:rgb(156, 156, 156); }"
-           "QPushButton:pressed{background-color:rgb(156, 156, 156);border: 2px groove white;" +
-           gap + "border-style: inset; }";
-}
-
 class WindowTest : public QObject
 {
     Q_OBJECT

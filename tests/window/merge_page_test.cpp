@@ -1,6 +1,5 @@
 #include "tests/window/job_tool.h"
-
-#include <QHeaderView>
+#include "tests/window/pictures.h"
 
 namespace {
 constexpr auto kSource = "m_pSourceVideoTable";
@@ -23,7 +22,7 @@ private Q_SLOTS:
         EnterMergePage();
         QCOMPARE(Row(kSource, 0), QString("new.mp4, 9 Bytes, 00:01:02"));
         QCOMPARE(Row(kSource, 1), QString("old.mp4, 9 Bytes, 01:00:00"));
-        QVERIFY(!Child<QTableWidget>(kSource)->item(0, 0)->icon().isNull());
+        QCOMPARE(WrongPicture(kSource, 1), QString());
         QVERIFY(Child<QTableWidget>(kSource)->item(0, 1)->icon().isNull());
         QCOMPARE(Page(), 3);
     }
@@ -63,6 +62,23 @@ private Q_SLOTS:
         QCOMPARE(Row(kSource, 0), QString("old.mp4, 9 Bytes, 00:00:03"));
         QCOMPARE(Calls().size(), 3); // every one is probed all the same
         QVERIFY(!Enabled("Add"));
+    }
+
+    void enteringThePagePutsTheCursorNotIntoTheField()
+    {
+        MakeVideo("a.mp4");
+        OpenWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&Window()));
+        Press("Merge your several capturing screen videos into one file");
+        QCOMPARE(QApplication::focusWidget(), Child<QTableWidget>(kSource));
+    }
+
+    void theChooserOffersDirectoriesFromTheWorkingDirectoryOn()
+    {
+        EnterMergePage();
+        Boxes().directory = QString();
+        Call("btnSlotLayout4Dir");
+        QCOMPARE(Boxes().chooserKind, UsualChooser());
     }
 
     void aCancelledChooserChangesNothing()
@@ -139,7 +155,7 @@ private Q_SLOTS:
         QVERIFY(Enabled("Merge"));
         QCOMPARE(Row(kTarget, 0), QString("a.mp4, 9 Bytes, 00:00:07"));
         QCOMPARE(Row(kTarget, 1), Row(kTarget, 0));
-        QVERIFY(!Child<QTableWidget>(kTarget)->item(1, 0)->icon().isNull());
+        QCOMPARE(WrongPicture(kTarget, 1), QString());
         QCOMPARE(Child<QTableWidget>(kSource)->selectedItems().size(), 3); // stays
     }
 
@@ -222,6 +238,7 @@ private Q_SLOTS:
         QCOMPARE(ListButtons(), QString("Up Down Delete"));
         Press("Up");
         QCOMPARE(Names(kTarget), QStringList({"c.mp4", "a.mp4", "b.mp4"}));
+        QCOMPARE(ListButtons(), QString("Down Delete"));
     }
 
     void downToTheBottomDisablesDownAndDoesNotEnableUp()
@@ -244,19 +261,24 @@ private Q_SLOTS:
         QCOMPARE(ListButtons(), QString("Up Down Delete"));
     }
 
-    void aMoveTakesAllThreeTextsAlong()
+    void aMoveTakesAllThreeTextsAlongButNotThePicture()
     {
         MakeVideo("a.mp4", "00:00:01");
         MakeVideo("b.mp4", "00:00:02 ");
         EnterMergePage();
         Add(0);
         Add(1);
+        Child<QTableWidget>(kTarget)->item(1, 0)->setIcon(QIcon(":/image/avi.png"));
         ClickRow(kTarget, 1);
         Press("Up");
         QCOMPARE(Row(kTarget, 0), QString("b.mp4, 10 Bytes, 00:00:02"));
         QCOMPARE(Row(kTarget, 1), QString("a.mp4, 9 Bytes, 00:00:01"));
-        QVERIFY(!Child<QTableWidget>(kTarget)->item(0, 0)->icon().isNull());
         QCOMPARE(Child<QTableWidget>(kTarget)->selectedItems().size(), 3);
+        QCOMPARE(WrongPicture(kTarget, 0), QString()); // the pictures stay where they are
+        QCOMPARE(WrongPicture(kTarget, 1), QString("row 1: shows avi.png, should show mp4.png"));
+        Call("btnDownSlot");
+        QCOMPARE(Row(kTarget, 0), QString("a.mp4, 9 Bytes, 00:00:01"));
+        QCOMPARE(WrongPicture(kTarget, 0), QString());
     }
 
     void upOnTheFirstAndDownOnTheLastDoNothing()
@@ -293,58 +315,6 @@ private Q_SLOTS:
         QCOMPARE(Names(kTarget).size(), 2);
     }
 
-    void theTablesAreAsTheyShouldBe_data()
-    {
-        QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<int>("width");
-        QTest::newRow("source") << QByteArray(kSource) << 180;
-        QTest::newRow("target") << QByteArray(kTarget) << 80;
-    }
-
-    void theTablesAreAsTheyShouldBe()
-    {
-        QFETCH(QByteArray, name);
-        OpenWindow();
-        auto* table = Child<QTableWidget>(name.constData());
-        QTEST(table->columnWidth(0), "width");
-        QCOMPARE(table->minimumSize(), QSize(200, 180));
-        QCOMPARE(table->styleSheet(), QString("background-color: rgb(191, 191, 191);"));
-        QCOMPARE(table->horizontalHeader()->defaultAlignment(), Qt::AlignLeft);
-        QVERIFY(table->horizontalHeader()->stretchLastSection());
-        QVERIFY(!table->verticalHeader()->isVisibleTo(table));
-        QCOMPARE(table->selectionMode(), QAbstractItemView::SingleSelection);
-        QCOMPARE(table->selectionBehavior(), QAbstractItemView::SelectRows);
-        QCOMPARE(table->editTriggers(), QAbstractItemView::NoEditTriggers);
-        QVERIFY2(!table->wordWrap(), "a long name would lose the time behind its date");
-        QStringList labels;
-        for (int column = 0; column < table->columnCount(); ++column) {
-            labels << table->horizontalHeaderItem(column)->text();
-        }
-        QCOMPARE(labels, QStringList({"FileName", "Size", "Time"}));
-    }
-
-    void theControlsStandAtTheirPlaces()
-    {
-        EnterMergePage();
-        QCOMPARE(Child<QLineEdit>(kField)->geometry(), QRect(120, 0, 240, 25));
-        QCOMPARE(Child<QLineEdit>(kField)->cursorPosition(), 1);
-        auto* folder = Child<QLineEdit>(kField)->parent()->findChild<QPushButton*>();
-        QCOMPARE(folder->geometry(), QRect(383, 0, 30, 25));
-        QCOMPARE(folder->cursor().shape(), Qt::PointingHandCursor);
-        QCOMPARE(Button("Back")->geometry(), QRect(20, 2, 100, 35));
-        QCOMPARE(Button("Merge")->geometry(), QRect(820, 2, 100, 35));
-        for (const char* text : {"Add", "Up", "Down", "Delete"}) {
-            auto* button = Button(text);
-            QCOMPARE(button->minimumSize(), QSize(60, 25));
-            QCOMPARE(button->font().pointSize(), 11);
-            QVERIFY(button->font().bold());
-            QVERIFY(button->styleSheet().startsWith("QPushButton{background-color:rgb(191"));
-            QCOMPARE(button->cursor().shape(), Qt::PointingHandCursor);
-            QVERIFY2(button->width() >= button->sizeHint().width(), text);
-            QVERIFY(!button->icon().isNull());
-        }
-    }
-
     void twoHundredVideosAreListed()
     {
         for (int i = 0; i < 200; ++i) {
@@ -366,6 +336,13 @@ private:
         return texts.join(", ");
     }
 
+    QString WrongPicture(const char* table, int row)
+    {
+        return PictureDifference(QString("row %1").arg(row),
+                                 Child<QTableWidget>(table)->item(row, 0)->icon(), {16, 16},
+                                 "mp4.png");
+    }
+
     int SelectedRow()
     {
         const auto items = Child<QTableWidget>(kTarget)->selectedItems();
@@ -381,16 +358,6 @@ private:
             }
         }
         return enabled.join(' ');
-    }
-
-    QPushButton* Button(const QString& text)
-    {
-        for (auto* button : Window().findChildren<QPushButton*>()) {
-            if (button->text() == text && button->isVisible()) {
-                return button;
-            }
-        }
-        return nullptr;
     }
 };
 

@@ -10,6 +10,14 @@
 #include <QTest>
 #include <QTimer>
 
+// The directory chooser that a page opens: without a caption, which leaves it Qt's own, and without
+// a place to start from, which leaves it the working directory.
+inline QString UsualChooser()
+{
+    return "Find Directory, a directory, directories only, from " + QDir::currentPath() +
+           ", over Lumenfold Screen Recorder";
+}
+
 // A user who answers whatever modal dialog comes up: message dialogs with one of their buttons, the
 // directory chooser with a directory. Keeps what the messages said.
 class ModalBoxes
@@ -27,6 +35,7 @@ public:
     QString button = "OK";  // what answers them
     QString directory;      // what answers the chooser; null presses its Cancel
     QString startDirectory; // where the last chooser began
+    QString chooserKind;    // what the last one was, as UsualChooser() tells it
     int choosers = 0;       // how many there were
     qint64 jobNsecs = 0;    // from the chooser's end to the message
 
@@ -40,6 +49,7 @@ private:
         if (auto* chooser = qobject_cast<QFileDialog*>(box)) {
             ++choosers;
             startDirectory = chooser->directory().absolutePath();
+            chooserKind = Describe(*chooser);
             Choose(*chooser);
             return;
         }
@@ -58,6 +68,17 @@ private:
             }
         }
         box->close();
+    }
+
+    static QString Describe(const QFileDialog& chooser)
+    {
+        const QWidget* parent = chooser.parentWidget();
+        return QString("%1, %2, %3, from %4, over %5")
+            .arg(chooser.windowTitle(),
+                 chooser.fileMode() == QFileDialog::Directory ? "a directory" : "a file",
+                 chooser.testOption(QFileDialog::ShowDirsOnly) ? "directories only" : "all files",
+                 chooser.directory().absolutePath(),
+                 parent == nullptr ? "nothing" : parent->windowTitle());
     }
 
     void Choose(QFileDialog& chooser)

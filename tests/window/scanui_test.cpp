@@ -11,6 +11,20 @@ const QString kCutBad = "Clip failed, not an valid format, it's better to clip c
 const QString kMergeGood = "Merge success, file path is /o/M.mp4 ";
 const QString kMergeBad =
     "Merge failed, not an valid format, it's better to merge created mp4 files";
+
+// Counts how often each of the objects it watches is painted.
+class PaintCounter : public QObject
+{
+public:
+    QHash<QObject*, int> counts;
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        counts[watched] += event->type() == QEvent::Paint ? 1 : 0;
+        return QObject::eventFilter(watched, event);
+    }
+};
+
 } // namespace
 
 class ScanuiTest : public QObject
@@ -32,26 +46,6 @@ private Q_SLOTS:
         m_dialog.reset();
         m_boxes.reset();
         m_window.reset();
-    }
-
-    void theDialogIsFramelessAndOfFixedSize()
-    {
-        QCOMPARE(m_dialog->size(), QSize(500, 250));
-        QCOMPARE(m_dialog->minimumSize(), m_dialog->maximumSize());
-        QCOMPARE(m_dialog->windowTitle(), QString("Lumenfold Screen Recorder"));
-        QCOMPARE(m_dialog->windowFlags() & (Qt::FramelessWindowHint | Qt::WindowType_Mask),
-                 Qt::FramelessWindowHint | Qt::Dialog);
-        QVERIFY(!m_dialog->isModal());
-    }
-
-    void theBarStartsAtZeroWithoutAText()
-    {
-        auto* bar = m_dialog->findChild<QProgressBar*>("progressBar");
-        QCOMPARE(bar, SCANUI::m_progressBar.data());
-        QCOMPARE(bar->minimum(), 0);
-        QCOMPARE(bar->maximum(), 100);
-        QCOMPARE(bar->value(), 0);
-        QVERIFY(!bar->isTextVisible());
     }
 
     void itStandsAQuarterInAndIsDrawnBeforeTheJob()
@@ -83,6 +77,21 @@ private Q_SLOTS:
         QTEST(SCANUI::m_nOprType, "operation");
         QVERIFY(m_dialog->isVisible());
         QVERIFY(!SCANUI::m_bIsFinished);
+    }
+
+    // The job keeps the event loop busy: the bar is painted inside the report, the text later.
+    void aReportPaintsTheBarAtOnceAndTheTextLater()
+    {
+        m_dialog->ShowOver(*m_window);
+        PaintCounter paints;
+        auto* label = m_dialog->findChild<QLabel*>("m_labelInfo");
+        SCANUI::m_progressBar->installEventFilter(&paints);
+        label->installEventFilter(&paints);
+        Cut(45, 0);
+        QVERIFY2(paints.counts.value(SCANUI::m_progressBar) > 0,
+                 "the bar still shows the old value");
+        QCOMPARE(paints.counts.value(label), 0);
+        QTRY_VERIFY2(paints.counts.value(label) > 0, "the text is never painted");
     }
 
     void aReportOfAHundredTellsSuccessAndCloses()

@@ -15,21 +15,6 @@ private Q_SLOTS:
     void init() { Prepare(); }
     void cleanup() { CloseWindow(); }
 
-    void theMenuHoldsPauseStopAndQuit()
-    {
-        EnterRecordPage();
-        const QList<QAction*> entries = Icons().first()->contextMenu()->actions();
-        QCOMPARE(entries.size(), 3);
-        QCOMPARE(entries.at(0)->text(), QString("Pause"));
-        QCOMPARE(entries.at(1)->text(), QString("Stop"));
-        QCOMPARE(entries.at(2)->text(), QString("Quit"));
-        for (QAction* entry : entries) {
-            QVERIFY(!entry->icon().isNull());
-            QCOMPARE(entry->parent(), &Window());
-        }
-        QCOMPARE(Icons().first()->toolTip(), QString("Lumenfold Screen Recorder"));
-    }
-
     void thePicturesTellWhatARecordingDoes()
     {
         EnterRecordPage();

@@ -12,6 +12,8 @@
 #include <QScreen>
 #include <QTimer>
 
+#include <csignal>
+
 namespace {
 
 // The order of the meta-object, which other builds of the window rely on.
@@ -170,38 +172,6 @@ private Q_SLOTS:
         }
     }
 
-    // The line across the top and the maker's line: home and cut have both, record and merge one.
-    void footersHoldWhatTheirPageWants_data()
-    {
-        QTest::addColumn<QByteArray>("page");
-        QTest::addColumn<bool>("notice");
-        QTest::addColumn<bool>("line");
-        QTest::newRow("home") << QByteArray("m_pLayout1Widget") << true << true;
-        QTest::newRow("record") << QByteArray("m_pLayout2Widget") << false << true;
-        QTest::newRow("cut") << QByteArray("m_pLayout3Widget") << true << true;
-        QTest::newRow("merge") << QByteArray("m_pLayout4Widget") << true << false;
-    }
-
-    void footersHoldWhatTheirPageWants()
-    {
-        QFETCH(QByteArray, page);
-        OpenWindow();
-        const QLayout* layout = Child<QWidget>(page.constData())->layout();
-        while (layout->itemAt(layout->count() - 1)->layout() != nullptr) {
-            layout = layout->itemAt(layout->count() - 1)->layout();
-        }
-        const QWidget* footer = layout->itemAt(layout->count() - 1)->widget();
-        QCOMPARE(footer->minimumHeight(), 40);
-        bool notice = false;
-        bool line = false;
-        for (const auto* part : footer->findChildren<QLabel*>()) {
-            notice = notice || part->text().endsWith("by Tarvessa");
-            line = line || part->height() == 2;
-        }
-        QTEST(notice, "notice");
-        QTEST(line, "line");
-    }
-
     void theFolderFieldsStartWithTheSaveDirectory()
     {
         OpenWindow();
@@ -223,6 +193,8 @@ private Q_SLOTS:
         QCOMPARE(window.size(), QSize(1000, 600));
         QCOMPARE(Page(), 1);
         QCOMPARE(Child<QPushButton>("m_pRecordBtn")->x(), 849);
+        Call("btnMaxSlot");
+        QCOMPARE(window.size(), QGuiApplication::primaryScreen()->geometry().size());
     }
 
     void minimiseAndCloseDoWhatTheySay()
@@ -254,6 +226,45 @@ private Q_SLOTS:
         QVERIFY2(time.elapsed() < kToolWaitMs / 6,
                  qPrintable(QString("closing took %1 ms").arg(time.elapsed())));
         QVERIFY(!QFile::exists(BesideProgram("starts")));
+    }
+
+    void runningProcessesEndWithTheWindow_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        for (const char* name : {"m_pPlayerProcess", "m_pDevProcess", "m_pChangeTSProcess",
+                                 "m_pMergeProcess", "m_pCutProcess"}) {
+            QTest::newRow(name) << QByteArray(name);
+        }
+    }
+
+    void runningProcessesEndWithTheWindow()
+    {
+        QFETCH(QByteArray, name);
+        OpenWindow();
+        auto* process = Child<QProcess>(name.constData());
+        process->start("sleep", {"600"});
+        QVERIFY(process->waitForStarted());
+        const auto pid = static_cast<pid_t>(process->processId());
+        CloseWindow();
+        QVERIFY2(kill(pid, 0) != 0, "the process goes on");
+    }
+
+    void theEventFilterSwallowsNothing()
+    {
+        class Filter : public DRUI
+        {
+        public:
+            using DRUI::eventFilter;
+        };
+        Filter window;
+        window.Init();
+        auto* field = window.findChild<QLineEdit*>("m_pLayout4DirEdit");
+        for (const auto type : {QEvent::FocusOut, QEvent::FocusIn}) {
+            QFocusEvent event(type);
+            QVERIFY2(!window.eventFilter(field, &event), "the field does not hear of its focus");
+        }
+        QKeyEvent key(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, "a");
+        QVERIFY2(!window.eventFilter(field, &key), "the field cannot be typed in");
     }
 
     void aWindowThatWasNeverInitialisedCanGo()
