@@ -5,8 +5,8 @@
 
 namespace tool {
 
-// Runs `run` in a child process to its end. Gives what the child wrote into the descriptor that it
-// was handed; empty when there can be no child.
+// Runs `run` in a child process and waits for it. Returns what the child wrote to the descriptor it
+// was given, or an empty string if no child can be created.
 std::string AskChild(const std::function<void(int)>& run);
 
 } // namespace tool

@@ -18,7 +18,7 @@ void ReplaceNumber(std::string& bytes, size_t place, uint64_t value, size_t size
 
 OpenBox::OpenBox(std::string& bytes, uint32_t type) : m_bytes(bytes), m_begin(bytes.size())
 {
-    AppendNumber(bytes, 0, 4); // its size, known once it ends
+    AppendNumber(bytes, 0, 4); // the size, set when the box is closed
     AppendNumber(bytes, type, 4);
 }
 

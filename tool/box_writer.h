@@ -1,4 +1,4 @@
-// Writing the boxes that an MP4 file consists of.
+// Writes MP4 boxes.
 #pragma once
 
 #include <cstddef>
@@ -10,10 +10,11 @@ namespace tool {
 // Appends a big-endian number of 1 to 8 bytes.
 void AppendNumber(std::string& bytes, uint64_t value, size_t size);
 
-// Puts such a number over the bytes at `place`, which are there.
+// Overwrites the existing bytes at `place` with such a number.
 void ReplaceNumber(std::string& bytes, size_t place, uint64_t value, size_t size);
 
-// A box at the end of `bytes` for as long as this lives: what is appended meanwhile lies in it.
+// Opens a box at the end of `bytes` and closes it when destroyed. Bytes appended in between are its
+// content.
 class OpenBox
 {
 public:

@@ -18,7 +18,7 @@ std::optional<Box> BoxWalk::Next()
         header = 16;
         size = m_file.Number(m_at + 8, 8);
     } else if (size == 0 && m_end == m_file.Size()) {
-        size = left; // the last box of a file may leave its size open
+        size = left; // size 0: the box extends to the end of the file
     }
     if (m_file.Failed() || left < header || size < header || size > left) {
         m_damaged = true;

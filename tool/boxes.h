@@ -1,4 +1,4 @@
-// The boxes that an MP4 file consists of.
+// Reads MP4 boxes.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@ namespace tool {
 
 class FrugalFile;
 
-// The four letters of a box as a number.
+// A box's four-character type as a number.
 constexpr uint32_t BoxType(std::string_view letters)
 {
     uint32_t type = 0;
@@ -19,7 +19,7 @@ constexpr uint32_t BoxType(std::string_view letters)
     return type;
 }
 
-// What lies in a box: from `begin` up to `end`, places in the file.
+// The content of a box: file offsets from `begin` up to `end`.
 struct Box
 {
     uint32_t type = 0;
@@ -28,8 +28,8 @@ struct Box
     uint64_t Size() const { return end - begin; }
 };
 
-// Walks over the boxes that lie side by side in a stretch of a file. Boxes within boxes are not
-// looked at, so no depth of nesting matters.
+// Iterates over the boxes of one level in a range of a file. Does not descend, so nesting depth
+// does not matter.
 class BoxWalk
 {
 public:
@@ -38,7 +38,7 @@ public:
     }
     BoxWalk(FrugalFile& file, const Box& within) : BoxWalk(file, within.begin, within.end) {}
 
-    // The next box; nothing at the end or when it does not fit in there (then Damaged()).
+    // The next box, or nothing at the end or if it exceeds the range (then Damaged() is true).
     std::optional<Box> Next();
     bool Damaged() const { return m_damaged; }
 

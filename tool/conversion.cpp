@@ -9,11 +9,11 @@
 namespace tool {
 namespace {
 
-// What nobody notices at a join, in microseconds.
+// Too short to notice at a join, in microseconds.
 constexpr int64_t hardlyHidden = 100000;
 
-// Joined as they are, the next movie begins where this one's picture ends. Sound that ends before
-// leaves a pause, as the end of a recording does; sound beyond it is lost.
+// In a join the next movie begins where this one's picture ends. Sound that ends earlier leaves a
+// pause, as at the end of a recording. Sound that ends later is cut off.
 constexpr int64_t longestPause = 1000000;
 constexpr int64_t longestLoss = 200000;
 
@@ -75,7 +75,7 @@ Arguments TranslateConversion(const Conversion& conversion, Intermediate interme
     if (intermediate == Intermediate::AsAsked) {
         result.insert(result.end(), {"-bsf:v", "h264_mp4toannexb"});
     } else if (intermediate == Intermediate::Movie) {
-        // Under the name of a transport stream all the same: readers look at what is in it.
+        // The name stays that of a transport stream; ffmpeg probes the content.
         result.insert(result.end(), {"-f", "mp4"});
     }
     result.push_back(conversion.destination);

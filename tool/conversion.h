@@ -1,4 +1,4 @@
-// The recorder's command that turns one movie into an intermediate, before several are joined.
+// The recorder's command that copies a movie to an intermediate before a join.
 #pragma once
 
 #include "tool/arguments.h"
@@ -15,19 +15,19 @@ struct Conversion
     std::string destination;
 };
 
-// Nothing when it is any other command.
+// Returns nothing if this is a different command.
 std::optional<Conversion> ReadConversion(const Arguments& arguments);
 
-// How an intermediate is written. The streams are copied in every case.
+// How an intermediate is written. The streams are always copied.
 enum class Intermediate {
-    AsAsked,         // H.264 and AAC, or not known
-    TransportStream, // another codec that a transport stream holds as well
-    Movie,           // what a transport stream cannot hold: turning, hidden parts, other codecs
+    AsAsked,         // H.264 and AAC, or unknown
+    TransportStream, // another codec that mpegts supports
+    Movie,           // not possible in mpegts: rotation, hidden parts, other codecs
 };
 
 Intermediate ChooseIntermediate(const std::optional<Movie>& movie);
 
-// The command for it.
+// The ffmpeg command for it.
 Arguments TranslateConversion(const Conversion& conversion, Intermediate intermediate);
 
 } // namespace tool

@@ -1,4 +1,4 @@
-// The recorder's command for a cut, and the one that ffmpeg is given for it.
+// The recorder's command for a cut and the ffmpeg command for it.
 #pragma once
 
 #include "tool/arguments.h"
@@ -17,12 +17,12 @@ struct Cut
     std::string destination;
 };
 
-// Nothing when it is any other command, or a cut of no length, which is ffmpeg's to judge.
+// Returns nothing if this is a different command or a cut without length, which ffmpeg rejects.
 std::optional<Cut> ReadCut(const Arguments& arguments);
 
-// The command that cuts by seeking in the source. Seeking in the output, as the recorder asks for,
-// throws away pictures up to the next key frame: there would be sound without a picture. This way
-// all from the key frame before is copied, and the file tells players from where on to show it.
+// The command that cuts by seeking in the input. Seeking in the output, as the recorder's command
+// does, drops frames up to the next sync sample and leaves sound without a picture. This one copies
+// from the sync sample before the start and writes an edit list that hides what comes earlier.
 Arguments TranslateCut(const Cut& cut);
 
 } // namespace tool

@@ -4,7 +4,7 @@
 
 namespace tool {
 
-// An environment variable's value; empty when it is not set.
+// The value of an environment variable, or an empty string if it is not set.
 std::string Variable(const char* name);
 
 } // namespace tool

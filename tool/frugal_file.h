@@ -1,4 +1,4 @@
-// A file of which only a little is ever read.
+// A file with a limit on how much of it is read.
 #pragma once
 
 #include <cstddef>
@@ -7,12 +7,12 @@
 
 namespace tool {
 
-// Reads numbers at given places. Once the allowance is used up every further reading fails, so a
-// hostile file costs no more than an honest one.
+// Reads numbers at given offsets. Every read beyond the allowance fails, so a hostile file costs no
+// more than an ordinary one.
 class FrugalFile
 {
 public:
-    // Nothing but an ordinary file is opened: a pipe would keep its reader waiting.
+    // Opens regular files only; a pipe could block.
     FrugalFile(const std::string& path, uint64_t allowedBytes);
     ~FrugalFile();
     FrugalFile(const FrugalFile&) = delete;
@@ -22,12 +22,12 @@ public:
     uint64_t Size() const { return m_size; } // bytes
     uint64_t BytesRead() const { return m_read; }
 
-    // Fills `target` with the `count` bytes at `place`; false when there are not so many, when the
-    // allowance is used up, or when the disk fails.
+    // Reads `count` bytes at `place` into `target`. Returns false if there are fewer, the allowance
+    // is used up, or the disk fails.
     bool Read(uint64_t place, void* target, size_t count);
 
-    // The big-endian number of 1 to 8 bytes at `place`; 0 when it cannot be read, and Failed() from
-    // then on.
+    // The big-endian number of 1 to 8 bytes at `place`. If it cannot be read, returns 0, and
+    // Failed() is true from then on.
     uint64_t Number(uint64_t place, size_t bytes);
     bool Failed() const { return m_failed; }
 

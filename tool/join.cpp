@@ -17,19 +17,19 @@ namespace {
 
 constexpr std::string_view protocol = "concat:";
 
-// Where ffmpeg names no rate, or none that a player keeps up with.
+// Used if ffmpeg reports no rate or an absurd one.
 constexpr const char* usualRate = "30";
 
-// What no picture or sound that can be encoded here exceeds: pixels, and samples a second.
+// Limits of what can be encoded here: pixels, and samples per second.
 constexpr int largestSide = 16384;
 constexpr double highestRate = 1000000;
 
-// Where ffmpeg names the channels in a way that no filter would take.
+// Used if ffmpeg's name for the channels is not valid in a filter.
 constexpr std::string_view usualChannels = "stereo";
 constexpr std::array<unsigned char, 5> layoutSigns = {'.', '(', ')', '+', ' '};
 
-// Register 0 holds when the sound kept so far ends. A packet that should have begun more than half
-// its length before is dropped; after a pause of two packets the count begins anew.
+// Register 0 holds the end time of the sound kept so far. A packet that starts more than half its
+// length before that is dropped. After a gap of two packets the time is set anew.
 constexpr const char* soundInTime =
     R"(,noise=drop='if(lt(pts\,ld(0)-d/2)\,1\,0*st(0\,if(gt(pts\,ld(0)+2*d)\,pts\,ld(0))+d))')";
 
@@ -50,7 +50,7 @@ std::vector<std::string> SplitAtBars(const std::string& list)
     return pieces;
 }
 
-// How many of the pieces from `at` on make up the name of a file; 1 when none do.
+// How many of the pieces from `at` on make up the name of an existing file, or 1 if none do.
 size_t PiecesOfName(const std::vector<std::string>& pieces, size_t at, std::string& name)
 {
     name = pieces[at];
@@ -80,7 +80,7 @@ std::vector<std::string> SplitList(const std::string& list)
     return parts;
 }
 
-// The number that the text begins with; 0 where there is none, or none that is finite.
+// The number at the start of the text, or 0 if there is none or it is not finite.
 double ToNumber(std::string_view text)
 {
     double value = 0;
@@ -89,7 +89,7 @@ double ToNumber(std::string_view text)
     return result.ec == std::errc() && std::isfinite(value) ? value : 0;
 }
 
-// The last number that stands before the unit, as 25 before " fps"; empty when there is none.
+// The last number before the unit, such as 25 before " fps", or empty if there is none.
 std::string_view Before(std::string_view line, std::string_view unit)
 {
     const size_t end = line.find(unit);
@@ -100,7 +100,7 @@ std::string_view Before(std::string_view line, std::string_view unit)
     return line.substr(begin + 1, end - begin - 1);
 }
 
-// Digits, and more behind a point if there is one.
+// Digits, optionally with a decimal point and more digits.
 bool IsDecimal(std::string_view text)
 {
     return text.find_first_not_of("0123456789.") == std::string_view::npos &&
@@ -108,7 +108,7 @@ bool IsDecimal(std::string_view text)
            !text.ends_with('.');
 }
 
-// ffmpeg prints rates rounded to two digits.
+// Recovers the exact rate; ffmpeg prints rates rounded to two digits.
 std::string ExactRate(std::string_view text)
 {
     for (const int whole : {24, 30, 48, 60, 120}) {
@@ -126,7 +126,7 @@ int Even(double size)
     return std::max(2, static_cast<int>(std::lround(size / 2)) * 2);
 }
 
-// " 320x240 [SAR 4:3 ..." with a comma before it; anything else leaves the part without a picture.
+// Parses ", 320x240 [SAR 4:3 ...". Anything else leaves the part without a picture.
 void ParsePicture(std::string_view line, PartDescription& part)
 {
     for (size_t at = line.find(", "); at != std::string_view::npos; at = line.find(", ", at + 1)) {
@@ -158,7 +158,7 @@ void ParsePicture(std::string_view line, PartDescription& part)
     part.rate = rate.empty() ? usualRate : ExactRate(rate);
 }
 
-// "..., 48000 Hz, stereo, fltp, ..."
+// Parses "..., 48000 Hz, stereo, fltp, ...".
 void ParseSound(std::string_view line, PartDescription& part)
 {
     const double rate = ToNumber(Before(line, " Hz, "));
@@ -168,7 +168,7 @@ void ParseSound(std::string_view line, PartDescription& part)
     part.sampleRate = static_cast<int>(rate);
     const std::string_view rest = line.substr(line.find(" Hz, ") + 5);
     const std::string_view channels = rest.substr(0, rest.find(','));
-    // Anything else would end its place in the graph.
+    // Other characters would break out of their place in the filter graph.
     const bool plain = std::all_of(channels.begin(), channels.end(), [](unsigned char letter) {
         return letter < 0x80 && (std::isalnum(letter) != 0 || IsOneOf(layoutSigns, letter));
     });
@@ -188,7 +188,7 @@ double ParseDuration(std::string_view line)
 void ParseLine(std::string_view line, PartDescription& part)
 {
     constexpr std::string_view turned = "displaymatrix: rotation of ";
-    // Versions before 5 indent what they say about a stream more.
+    // ffmpeg before 5 indents stream lines further.
     line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
     const bool isStream = line.starts_with("Stream #");
     if (line.starts_with("Duration: ")) {
@@ -206,7 +206,7 @@ void ParseLine(std::string_view line, PartDescription& part)
     }
 }
 
-// The name of a part's picture or sound in the graph, as "[v3]".
+// The label of a part's picture or sound in the graph, such as "[v3]".
 std::string Label(char kind, size_t index)
 {
     std::string label = "[";
@@ -216,13 +216,13 @@ std::string Label(char kind, size_t index)
     return label;
 }
 
-// A part's track as ffmpeg names it, as "[3:v:0]".
+// ffmpeg's name for a part's track, such as "[3:v:0]".
 std::string Input(size_t index, const char* kind)
 {
     return std::string("[").append(std::to_string(index)).append(":").append(kind).append(":0]");
 }
 
-// The chain of filters that makes a part's picture and sound like all others'.
+// Builds the filter graph that brings all parts to the same format.
 class JoinGraph
 {
 public:
@@ -261,7 +261,7 @@ std::string JoinGraph::PictureChain(size_t index) const
         return "color=black:s=" + width + "x" + height + ":r=" + m_picture->rate +
                ":d=" + std::to_string(m_parts[index].duration) + even;
     }
-    // As large as fits, and even: versions before 4.3 have no option for that.
+    // The largest even size that fits. ffmpeg before 4.3 has no option for that.
     const std::string fitting = "'round(min(" + width + "," + height + "*a)/2)*2':'round(min(" +
                                 height + "," + width + "/a)/2)*2'";
     return Input(index, "v") + "fps=" + m_picture->rate +
@@ -275,7 +275,7 @@ std::string JoinGraph::SoundChain(size_t index) const
     const std::string shape =
         "aformat=sample_fmts=fltp:sample_rates=" + rate + ":channel_layouts=" + m_sound->channels;
     if (!m_parts[index].HasSound()) {
-        // However short: joining fills the sound up with silence to the length of the picture.
+        // The length does not matter: concat pads the sound to the length of the picture.
         return "anullsrc=r=" + rate + ":cl=" + m_sound->channels + ",atrim=end=0.01," + shape;
     }
     return Input(index, "a") + "aresample=" + rate + ":async=1:first_pts=0," + shape;
@@ -355,7 +355,7 @@ Arguments EncodingJoin(const Join& join, const std::vector<PartDescription>& par
 {
     Arguments result;
     for (const std::string& part : join.parts) {
-        // All decoders live at once, each with a set of pictures for every thread.
+        // All decoders exist at once, each with a set of frames per thread.
         result.insert(result.end(), {"-threads", "1", "-i", part});
     }
     const JoinGraph graph(parts);

@@ -1,5 +1,4 @@
-// The recorder's command that joins the intermediates, and the one for those that do not fit
-// together.
+// The recorder's command that joins intermediates, and the one for parts that do not fit together.
 #pragma once
 
 #include "tool/arguments.h"
@@ -16,37 +15,38 @@ struct Join
     std::string destination;
 };
 
-// Nothing when it is any other command. A part whose name holds the bar that divides the parts is
-// found by looking which files there are.
+// Returns nothing if this is a different command. A part whose name contains the separator is found
+// by checking which files exist.
 std::optional<Join> ReadJoin(const Arguments& arguments);
 
-// Whether the parts can be copied one after the other, as the recorder asks for it.
+// Whether the parts can be joined by copying, as the recorder asks.
 bool CanBeCopied(const Join& join);
 
-// The recorder's command for copying them. Each part's sound is a little longer than its picture;
-// where `dropsOverlap` (ffmpeg 5.1 and later) what would be played beyond its time is left out, so
-// that it does not add up.
+// The recorder's command, which copies. Each part's sound is slightly longer than its picture; with
+// `dropsOverlap` (ffmpeg 5.1 and later) the overlapping packets are dropped, so that the difference
+// does not add up.
 Arguments CopyingJoin(const Arguments& arguments, bool dropsOverlap);
 
-// What ffmpeg says about one input.
+// What ffmpeg reports about one input.
 struct PartDescription
 {
-    int width = 0; // pixels as they are shown, even; 0: no picture
+    int width = 0; // display size in pixels, even; 0: no picture
     int height = 0;
-    std::string rate;     // pictures a second, as a fraction or a whole number
+    std::string rate;     // frames per second, as a fraction or an integer
     int sampleRate = 0;   // 0: no sound
-    std::string channels; // as ffmpeg names the layout
+    std::string channels; // ffmpeg's name for the layout
     double duration = 0;  // seconds
     bool HasPicture() const { return width > 0 && height > 0; }
     bool HasSound() const { return sampleRate > 0; }
 };
 
-// From what `ffmpeg -i PART -i PART ...` prints; fewer than the parts when it could not read one.
+// Parses the output of `ffmpeg -i PART -i PART ...`. Returns fewer than the parts if ffmpeg could
+// not read one.
 std::vector<PartDescription> ParseDescriptions(const std::string& text);
 
-// The command that encodes them anew as one: the first picture's size and rate, the first sound's
-// rate and channels; other pictures are centred on black, and where there is no sound there is
-// silence.
+// The command that re-encodes the parts into one movie with the size and rate of the first picture
+// and the rate and channels of the first sound. Other pictures are centred on black; missing sound
+// becomes silence.
 Arguments EncodingJoin(const Join& join, const std::vector<PartDescription>& parts);
 
 } // namespace tool

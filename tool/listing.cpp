@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::string_view microphoneWord = "Microphone";
 
-// What is put in may make up another one with what stands around it: none is left in the end.
+// Replaces until none is left: a replacement can form a new occurrence with its surroundings.
 void ReplaceAll(std::string& text, std::string_view from, std::string_view to)
 {
     for (size_t at = text.find(from); at != std::string::npos; at = text.find(from)) {
@@ -52,9 +52,9 @@ std::string PlainName(const std::string& name)
             letter = ' ';
         }
     }
-    // A device of this name would be taken for a screen where there is none.
+    // The recorder would take a device with this name for a screen.
     ReplaceAll(plain, "Capture screen", "Capture-screen");
-    // And this would begin the list of the audio devices.
+    // The recorder would take this for the header of a list.
     ReplaceAll(plain, "devices:", "devices");
     return plain;
 }
@@ -106,7 +106,7 @@ std::string ListingText(const Listing& listing, uintptr_t tag)
     for (size_t i = 0; i < listing.sound.size(); ++i) {
         device(i, listing.sound[i].title);
     }
-    // The device " " cannot be opened; macOS ends its list with this line.
+    // The list ends like ffmpeg's on macOS, which cannot open the device " ".
     return text.append(" : Input/output error\n");
 }
 

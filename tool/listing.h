@@ -1,4 +1,4 @@
-// The list of capture devices as it is printed.
+// The printed list of capture devices.
 #pragma once
 
 #include <cstddef>
@@ -11,9 +11,9 @@ namespace tool {
 // A source of the sound server.
 struct SoundSource
 {
-    std::string name;        // what the server calls it
-    std::string description; // what people call it
-    std::string monitorOf;   // the output it listens to; empty for a microphone or line input
+    std::string name;        // the server's name
+    std::string description; // the name for people
+    std::string monitorOf;   // the output it monitors; empty for a microphone or line input
 };
 
 struct SoundServer
@@ -23,7 +23,7 @@ struct SoundServer
     std::string defaultSink;
 };
 
-// A device as it is offered: the title printed, and the source it stands for.
+// A device in the list: its printed title and the source it stands for.
 struct SoundDevice
 {
     std::string title;
@@ -31,24 +31,24 @@ struct SoundDevice
     bool operator==(const SoundDevice&) const = default;
 };
 
-// Microphones first, the default one leading; last the monitor of the default output. Readers take
-// the last device for the computer's sounds and look for "Microphone" in the other titles, so
-// without such a monitor only one microphone is offered.
+// Orders the devices: the default microphone, other microphones, the monitor of the default output.
+// The recorder takes the last device for the computer sounds and looks for "Microphone" in the
+// other titles, so without a monitor the list has only one microphone.
 std::vector<SoundDevice> ArrangeSoundDevices(const SoundServer& server);
 
-// The name without what would confuse a reader of the list: brackets become parentheses, control
-// characters blanks; nothing is left that names a screen or looks like a header.
+// Removes everything from a name that would confuse a parser of the list: brackets become
+// parentheses, control characters blanks, and nothing looks like a screen or a header.
 std::string PlainName(const std::string& name);
 
 struct Listing
 {
     size_t screens = 0;
-    std::string noScreenReason; // printed in place of the screens when there are none
+    std::string noScreenReason; // printed instead if there are no screens
     std::vector<SoundDevice> sound;
 };
 
-// The whole text, lines and order as macOS prints them. `tag` is the number in each line's tag.
-// Without sound devices the header for them is left out: readers would take a screen for one.
+// The text of the list, in ffmpeg's format on macOS. `tag` is the number in each line's tag.
+// Without sound devices their header is left out, because the recorder would take a screen for one.
 std::string ListingText(const Listing& listing, uintptr_t tag);
 
 } // namespace tool

@@ -17,7 +17,7 @@ const xcb_screen_t* DefaultScreen(xcb_connection_t* connection, int number)
     return screens.rem > 0 ? screens.data : nullptr;
 }
 
-// Monitors came with RandR 1.5; an older server answers the request with an error.
+// Monitors need RandR 1.5. An older server answers the request with an error.
 std::vector<Rectangle> RandrMonitors(xcb_connection_t* connection, xcb_window_t root)
 {
     const xcb_query_extension_reply_t* extension =

@@ -9,8 +9,9 @@
 
 namespace tool {
 
-// The monitors' rectangles on the default screen of this display, the primary one first. Without
-// RandR the whole screen is the one monitor. Nothing when the display cannot be opened.
+// The rectangles of the monitors on the display's default screen, the primary monitor first.
+// Without RandR the whole screen counts as one monitor. Returns nothing if the display cannot be
+// opened.
 std::optional<std::vector<Rectangle>> ReadMonitors(const std::string& display);
 
 } // namespace tool

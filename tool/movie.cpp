@@ -15,11 +15,11 @@ namespace {
 
 constexpr int64_t second = 1000000; // in microseconds
 
-// What may lie beside the movie in a file whose movie is all in one place.
+// Boxes that can be next to the movie box of an ordinary movie.
 constexpr std::array<uint32_t, 5> harmless = {BoxType("mdat"), BoxType("free"), BoxType("skip"),
                                               BoxType("wide"), BoxType("uuid")};
 
-// What tells that the movie goes on in pieces.
+// Boxes of a fragmented movie.
 constexpr std::array<uint32_t, 4> pieces = {BoxType("moof"), BoxType("sidx"), BoxType("mfra"),
                                             BoxType("styp")};
 
@@ -43,7 +43,7 @@ private:
     FrugalFile& m_file;
     Movie m_movie;
     Box m_box;
-    uint64_t m_scale = 0; // ticks a second
+    uint64_t m_scale = 0; // ticks per second
 };
 
 bool MovieReader::ReadTopLevel()
@@ -76,7 +76,7 @@ bool MovieReader::ReadMovieHeader(const Box& box)
     m_scale = m_file.Number(place, 4);
     m_movie.duration = Microseconds(m_file.Number(place + 4, wide ? 8 : 4), m_scale);
     if (m_movie.duration == 0) {
-        m_movie.duration.reset(); // it is in the tracks or in the pieces, or nowhere
+        m_movie.duration.reset(); // the tracks or fragments have it, if anything does
     }
     return m_scale != 0 && m_scale <= INT32_MAX;
 }
@@ -118,8 +118,7 @@ bool MovieReader::ReadMovieBox()
     return !walk.Damaged() && m_scale != 0 && !m_movie.tracks.empty();
 }
 
-// Names that ffmpeg takes for something else than a file, or whose end makes it read them as
-// something else than a movie.
+// Whether ffmpeg would open this as a file, not a protocol, and read it as a movie.
 bool IsPlainName(const std::string& path)
 {
     const size_t dot = path.rfind('.');
@@ -131,7 +130,7 @@ bool IsPlainName(const std::string& path)
     return isMovie && path.substr(0, path.find('/')).find(':') == std::string::npos;
 }
 
-// As ffmpeg prints it; all three in microseconds, microseconds and bits a second.
+// In ffmpeg's format. Duration and start are in microseconds, the bit rate in bits per second.
 std::string DurationText(int64_t duration, int64_t start, double bitRate)
 {
     const int64_t shown = duration + second / 200;

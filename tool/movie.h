@@ -1,4 +1,4 @@
-// What the headers of an MP4 file say, as far as it is beyond doubt.
+// Reads the headers of an MP4 file, as far as they are unambiguous.
 #pragma once
 
 #include <cstdint>
@@ -15,31 +15,29 @@ enum class TrackKind { Picture, Sound, Other };
 struct MovieTrack
 {
     TrackKind kind = TrackKind::Other;
-    std::string codec;   // four letters, "aac " for AAC; empty when in doubt
+    std::string codec;   // four characters, "aac " for AAC; empty if unsure
     bool turned = false; // shown rotated or mirrored
-    bool pieced = false; // the edit list has several parts, or another speed
-    int64_t hidden = 0;  // microseconds of its beginning that the edit list leaves out
-    // When it begins, in microseconds of the movie; nothing when that takes more than the headers.
+    bool pieced = false; // the edit list has several edits or another speed
+    int64_t hidden = 0;  // microseconds at the start that the edit list hides
+    // Start and end in microseconds of the movie; nothing if the headers do not say.
     std::optional<int64_t> start;
-    std::optional<int64_t> end; // likewise
+    std::optional<int64_t> end;
 };
 
 struct Movie
 {
-    bool fragmented = false;         // then nothing is known about the duration
+    bool fragmented = false;         // then the duration is unknown
     std::optional<int64_t> duration; // microseconds, more than 0
     std::vector<MovieTrack> tracks;
 };
 
-// More than any honest file needs; tables of samples are not read.
+// More than the headers of an ordinary file; sample tables are not read.
 constexpr uint64_t movieAllowance = 8192;
 
-// Nothing when the file is no MP4, is damaged, or has anything in it that makes the answer
-// doubtful.
+// Returns nothing if the file is not an MP4, is damaged, or has anything unusual in its headers.
 std::optional<Movie> ReadMovie(FrugalFile& file);
 
-// What `ffmpeg -i PATH` prints about the duration and how it ends; nothing whenever ffmpeg itself
-// has to be asked.
+// The duration line and the last line of `ffmpeg -i PATH`. Returns nothing if only ffmpeg can tell.
 std::optional<std::string> ProbeText(const std::string& path);
 
 } // namespace tool

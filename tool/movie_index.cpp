@@ -19,10 +19,10 @@ struct Doubt : std::runtime_error
     Doubt() : std::runtime_error("doubtful movie box") {}
 };
 
-// A number in a box that has two versions, with dates and lengths of 4 or of 8 bytes.
+// A number in a box with two versions, with 4-byte or 8-byte times and durations.
 struct Field
 {
-    size_t narrow; // its place
+    size_t narrow; // offset
     size_t wide;
     size_t wideSize; // bytes
 };
@@ -66,7 +66,7 @@ void Put(std::string& box, const Field& field, uint64_t value)
     IsWide(box) ? Put(box, field.wide, field.wideSize, value) : Put(box, field.narrow, 4, value);
 }
 
-// Copies the movie box, with lengths and tables put in.
+// Copies the movie box and fills in durations and sample tables.
 class IndexWriter
 {
 public:
@@ -88,19 +88,19 @@ private:
     FrugalFile& m_file;
     const PiecedMovie& m_movie;
     std::string m_bytes;
-    uint64_t m_movieScale = 0; // ticks a second
-    // Of the current track.
+    uint64_t m_movieScale = 0; // ticks per second
+    // The current track.
     const std::vector<Sample>* m_samples = nullptr;
     uint64_t m_trackScale = 0;
-    uint64_t m_mediaLength = 0; // in its ticks
-    uint64_t m_shownEnd = 0;    // when its last picture has been shown, likewise
-    uint64_t m_shownLength = 0; // as its edits show it, in the movie's ticks
+    uint64_t m_mediaLength = 0; // in the track's ticks
+    uint64_t m_shownEnd = 0;    // end of its last frame, in the track's ticks
+    uint64_t m_shownLength = 0; // with its edits, in the movie's ticks
     uint64_t m_longest = 0;     // of all tracks so far
 };
 
 std::string IndexWriter::Content(const Box& box)
 {
-    constexpr uint64_t most = 1U << 20U; // descriptions have some hundred bytes
+    constexpr uint64_t most = 1U << 20U; // descriptions have a few hundred bytes
     std::string content(std::min(box.Size(), most + 1), '\0');
     if (content.size() > most || !m_file.Read(box.begin, content.data(), content.size())) {
         throw Doubt();
@@ -125,7 +125,7 @@ void IndexWriter::Copy(const Box& box, const std::string& content)
     m_bytes += content;
 }
 
-// Nothing for a track of which nothing would be shown.
+// Null if nothing of the track would be shown.
 const std::vector<Sample>* IndexWriter::SamplesOf(uint64_t id) const
 {
     for (const PiecedTrack& track : m_movie.tracks) {
@@ -136,7 +136,7 @@ const std::vector<Sample>* IndexWriter::SamplesOf(uint64_t id) const
     return nullptr;
 }
 
-// A length of the current track in the movie's ticks, rounded up.
+// Converts a duration of the current track to the movie's ticks, rounded up.
 uint64_t IndexWriter::Shown(uint64_t trackTicks) const
 {
     if (m_movieScale == 0 || m_trackScale == 0 ||
@@ -146,7 +146,7 @@ uint64_t IndexWriter::Shown(uint64_t trackTicks) const
     return (trackTicks * m_movieScale + m_trackScale - 1) / m_trackScale;
 }
 
-// The last edit shows all that there is; a recording has at most an empty one before it.
+// The last edit covers everything. A recording has at most an empty edit before it.
 std::string IndexWriter::EditsOf(const Box& track)
 {
     BoxWalk walk(m_file, track);
@@ -172,7 +172,7 @@ std::string IndexWriter::EditsOf(const Box& track)
     return {};
 }
 
-// A track without anything to show, of a recording cut short at its beginning, is left out.
+// Leaves out a track without samples, as in a recording interrupted at its start.
 void IndexWriter::CopyTrack(const Box& box)
 {
     std::string header = Content(Inner(box, "tkhd"));
@@ -231,7 +231,7 @@ void IndexWriter::CopyMedia(const Box& box)
     }
 }
 
-// The box that holds the tables.
+// Copies the box that contains the tables.
 void IndexWriter::CopyMediaParts(const Box& box)
 {
     const OpenBox copy(m_bytes, box.type);
@@ -250,7 +250,7 @@ void IndexWriter::CopyMediaParts(const Box& box)
     }
 }
 
-// The header comes first, its length is known last.
+// The header comes first, but its duration is known last.
 std::string IndexWriter::Write()
 {
     std::string header = Content(Inner(m_movie.movie, "mvhd"));

@@ -1,4 +1,4 @@
-// The index of a movie: the box "moov" with a table of all samples.
+// Writes the index of a movie: a "moov" box with tables of all samples.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@ namespace tool {
 class FrugalFile;
 struct PiecedMovie;
 
-// Made of the movie box that the file has, and of the samples found in its pieces. Empty when that
-// box is damaged or a number is too large for it.
+// Builds the index from the file's own movie box and the samples found in its fragments. Returns an
+// empty string if that box is damaged or a number is too large for it.
 std::string MovieIndex(FrugalFile& file, const PiecedMovie& movie);
 
 } // namespace tool

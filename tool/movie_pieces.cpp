@@ -7,14 +7,14 @@
 namespace tool {
 namespace {
 
-constexpr uint32_t notKey = 0x10000; // in a sample's flags
+constexpr uint32_t notKey = 0x10000; // sample_is_non_sync_sample
 
-constexpr uint64_t mostInBox = 1U << 20U; // a second's samples have some kilobytes
+constexpr uint64_t mostInBox = 1U << 20U; // a second of samples takes a few kilobytes
 
-// Sixty hours of picture and sound, in half a gigabyte of memory.
+// Sixty hours of picture and sound, which take half a gigabyte of memory.
 constexpr uint64_t mostSamples = 1U << 24U;
 
-// The numbers in a box, one after the other.
+// Reads the numbers in a box one after the other.
 class Cursor
 {
 public:
@@ -42,10 +42,10 @@ private:
     bool m_failed = false;
 };
 
-// What is known of a track's part of a piece before its runs of samples.
+// What is known about a track's part of a fragment (traf) before its sample runs (trun).
 struct TrackPart
 {
-    uint64_t piece = 0; // place of its first byte
+    uint64_t piece = 0; // offset of the fragment
     uint64_t time = 0;  // of the next sample
     SampleDefaults defaults;
     PiecedTrack* track = nullptr;
@@ -53,7 +53,7 @@ struct TrackPart
 
 bool MayFollow(const TrackPart& part)
 {
-    constexpr uint64_t mostTicks = 1ULL << 48U; // so that sums and products fit into 64 bits
+    constexpr uint64_t mostTicks = 1ULL << 48U; // keeps sums and products within 64 bits
     return part.track != nullptr && part.time <= mostTicks &&
            (part.track->samples.empty() || part.track->samples.back().time <= part.time);
 }
@@ -98,7 +98,7 @@ bool PieceReader::ReadDefaults(const Box& movie)
                 cursor.Take(4);
                 PiecedTrack track;
                 track.id = cursor.Take32();
-                cursor.Take(4); // the description: a recording has one for each track
+                cursor.Take(4); // sample description index: a recording has one per track
                 track.defaults.duration = cursor.Take32();
                 track.defaults.size = cursor.Take32();
                 track.defaults.flags = cursor.Take32();
@@ -112,7 +112,7 @@ bool PieceReader::ReadDefaults(const Box& movie)
     return !parts.Damaged() && !m_result.tracks.empty();
 }
 
-// More samples than the file has bytes are in no honest file: that bounds the memory.
+// Rejects more samples than the file has bytes. That limits the memory used.
 bool PieceReader::ReadRun(Cursor& cursor, TrackPart& part)
 {
     const uint32_t flags = cursor.Take32();
@@ -130,7 +130,7 @@ bool PieceReader::ReadRun(Cursor& cursor, TrackPart& part)
         sample.shift = static_cast<int32_t>(cursor.TakeIf((flags & 0x800U) != 0, 0));
         if (cursor.Failed() || place > m_file.Size() || sample.size > m_file.Size() - place ||
             ++m_samples > std::min(mostSamples, m_file.Size())) {
-            return false; // not written to its end
+            return false; // incomplete
         }
         part.track->samples.push_back(sample);
         usual = part.defaults.flags;
@@ -151,7 +151,7 @@ bool PieceReader::ReadPieceOfTrack(const Box& box, uint64_t place)
             const uint32_t flags = cursor.Take32();
             part.track = TrackOf(cursor.Take32());
             if (part.track == nullptr || (flags & 0x1U) != 0) {
-                return false; // its samples lie elsewhere
+                return false; // the samples are elsewhere
             }
             part.defaults = part.track->defaults;
             cursor.TakeIf((flags & 0x2U) != 0, 0);
@@ -170,7 +170,7 @@ bool PieceReader::ReadPieceOfTrack(const Box& box, uint64_t place)
     return !walk.Damaged();
 }
 
-// The samples' places are told from where the piece begins.
+// Sample offsets are relative to the start of the fragment.
 bool PieceReader::ReadPiece(const Box& piece, uint64_t place)
 {
     BoxWalk walk(m_file, piece);
@@ -197,7 +197,7 @@ std::optional<PiecedMovie> PieceReader::Read()
             m_result.movie = *box;
             m_result.place = place;
         } else if (box->type == BoxType("moof")) {
-            // Only the last one may be torn: what lies behind an odd one would be lost.
+            // Only the last fragment may be incomplete; anything after it would be lost.
             if (m_result.movie.end == 0 || torn) {
                 return std::nullopt;
             }

@@ -1,4 +1,5 @@
-// The samples of a movie that was written in pieces ("fragmented"), as a recording is.
+// Reads the samples of a fragmented movie, which a recording is until it is settled. A "piece" is a
+// fragment: one moof and its mdat.
 #pragma once
 
 #include "tool/boxes.h"
@@ -11,15 +12,15 @@ namespace tool {
 
 struct Sample
 {
-    uint64_t place = 0; // in the file
-    uint64_t time = 0;  // when it is decoded, in the track's ticks
+    uint64_t place = 0; // offset in the file
+    uint64_t time = 0;  // decode time in the track's ticks
     uint32_t size = 0;  // bytes
     uint32_t duration = 0;
-    int32_t shift = 0; // from when it is decoded to when it is shown
-    bool key = false;
+    int32_t shift = 0; // composition offset, in the same ticks
+    bool key = false;  // sync sample
 };
 
-// What a piece, or a sample in it, does not say itself.
+// Used where a fragment or a sample does not say otherwise.
 struct SampleDefaults
 {
     uint32_t duration = 0;
@@ -31,22 +32,22 @@ struct PiecedTrack
 {
     uint32_t id = 0;
     SampleDefaults defaults;
-    std::vector<Sample> samples; // their times never go back
+    std::vector<Sample> samples; // in order of time
 };
 
 struct PiecedMovie
 {
     Box movie;          // "moov"
-    uint64_t place = 0; // of that box's header, eight bytes before what is in it
+    uint64_t place = 0; // offset of that box's header, eight bytes before its content
     std::vector<PiecedTrack> tracks;
 };
 
-// Nothing when the file is no movie in pieces, or has anything in it that a recording has not. Of
-// a piece that was not written to its end the samples are told that are there.
+// Returns nothing if the file is not a fragmented movie or contains anything a recording does not.
+// Of an incomplete fragment it returns the samples that are there.
 std::optional<PiecedMovie> ReadPieces(FrugalFile& file);
 
-// How many bytes of a movie in pieces were written whole, when half a piece lies behind them.
-// Nothing when the file is whole, no movie in pieces, or torn before its first piece ended.
+// The size of the complete fragments of a movie that ends with an incomplete one. Returns nothing
+// if the movie is complete, not fragmented, or ends within its first fragment.
 std::optional<uint64_t> WholePart(FrugalFile& file);
 
 } // namespace tool

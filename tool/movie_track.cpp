@@ -10,13 +10,13 @@
 namespace tool {
 namespace {
 
-// Longer than that is a mistake in the file, and rounding it would take more than 64 bits.
+// Anything longer is an error in the file, and rounding it would overflow 64 bits.
 constexpr uint64_t longest = 100ULL * 365 * 24 * 3600; // seconds
 
 // Larger descriptive boxes are left to ffmpeg.
 constexpr uint64_t largestDescription = 2048;
 
-// What lies in a track, by type; empty boxes at 0 for what is missing.
+// The boxes of a track by type. Missing ones are empty boxes at 0.
 struct TrackBoxes
 {
     Box header;
@@ -75,13 +75,13 @@ private:
 
     FrugalFile& m_file;
     uint64_t m_movieScale;
-    uint64_t m_scale = 0;    // ticks a second
+    uint64_t m_scale = 0;    // ticks per second
     uint64_t m_duration = 0; // ticks
     TrackBoxes m_boxes;
     MovieTrack m_track;
 };
 
-// Finds every box that counts; false when there are two of a kind.
+// Finds all relevant boxes. Returns false if there are two of a kind.
 bool TrackReader::Collect(const Box& box, int depth)
 {
     BoxWalk walk(m_file, box);
@@ -154,7 +154,7 @@ void TrackReader::ReadCodec()
     }
 }
 
-// "mp4a" stands for several codecs. Which one says a number behind two tags and their lengths.
+// "mp4a" stands for several codecs. A number after two tags and their lengths says which.
 bool TrackReader::IsAac(const Box& details)
 {
     std::array<uint8_t, 32> bytes{};
@@ -183,7 +183,7 @@ bool TrackReader::IsAac(const Box& details)
     return next() == aac;
 }
 
-// The first four numbers of the matrix tell turning and mirroring.
+// The first four numbers of the matrix describe rotation and mirroring.
 void TrackReader::ReadTurn()
 {
     const bool wide = m_file.Number(m_boxes.header.begin, 1) == 1;
@@ -197,7 +197,7 @@ void TrackReader::ReadTurn()
                      m_file.Number(matrix + 12, 4) != 0 || m_file.Number(matrix + 16, 4) != one;
 }
 
-// Whether the table has entries, all of `width` bytes from the place `offset` on, and no others.
+// Whether the table has entries of `width` bytes each from `offset` on, and nothing else.
 bool TrackReader::IsWholeTable(const Box& table, uint64_t width, uint64_t offset)
 {
     if (table.Size() < offset + width || m_file.Number(table.begin, 4) != 0) {
@@ -207,8 +207,8 @@ bool TrackReader::IsWholeTable(const Box& table, uint64_t width, uint64_t offset
     return count > 0 && table.Size() == offset + count * width;
 }
 
-// Whether there is anything, where the file says it is, and the first picture stands on its own.
-// Readers refuse a file for what is wrong in any table, so all of them must look right.
+// Whether there are samples where the file says, and the first one is a sync sample. Checks all
+// tables, because players reject a file for an error in any of them.
 bool TrackReader::BeginsWhole()
 {
     constexpr uint64_t behindCount = 8;
@@ -235,8 +235,8 @@ bool TrackReader::BeginsWhole()
            (m_boxes.keys.end == 0 || m_file.Number(m_boxes.keys.begin + 8, 4) == 1);
 }
 
-// The usual edit list: perhaps a pause, then the media from some place on. `firstShift` is how much
-// later than decoded the first picture is shown, in ticks.
+// Reads the usual edit list: optionally an empty edit, then the media from some time on.
+// `firstShift` is the composition offset of the first frame, in ticks.
 void TrackReader::ReadEdits(uint64_t firstShift)
 {
     const Box& edits = m_boxes.edits;
@@ -265,7 +265,7 @@ void TrackReader::ReadEdits(uint64_t firstShift)
     const bool usualSpeed = m_file.Number(entry + 2 * width, 4) == 0x10000;
     m_track.pieced = !usualSpeed || !hidden;
     m_track.hidden = hidden.value_or(0);
-    // From before the first picture on, or from behind the last one: rather ask.
+    // Starts before the first frame or after the last one are left to ffmpeg.
     if (!m_track.pieced && from >= firstShift && from < m_duration) {
         m_track.start = pause;
     }
@@ -274,7 +274,7 @@ void TrackReader::ReadEdits(uint64_t firstShift)
 void TrackReader::ReadStart()
 {
     const bool shifted = m_boxes.shifts.end != 0 && Count(m_boxes.shifts) > 0;
-    // Version 1 allows pictures shown before they are decoded, which moves everything else.
+    // Version 1 allows negative composition offsets, which shift everything else.
     const bool usualShifts =
         !shifted || (m_boxes.shifts.Size() >= 16 && m_file.Number(m_boxes.shifts.begin, 1) == 0);
     const uint64_t firstShift =
@@ -319,7 +319,7 @@ std::optional<int64_t> Microseconds(uint64_t count, uint64_t scale)
     return static_cast<int64_t>(count / scale * second + (rest * second + scale / 2) / scale);
 }
 
-// Players' own notes about leading silence are what matters here.
+// "iTunSMPB" is a note on leading silence, which ffmpeg honours.
 bool IsPlainDescription(FrugalFile& file, const Box& box)
 {
     std::array<char, largestDescription> text{};

@@ -6,15 +6,14 @@
 
 namespace tool {
 
-// `count` ticks of which `scale` make a second, in microseconds, rounded like ffmpeg does; nothing
-// when that is no sensible time.
+// Converts `count` ticks, `scale` per second, to microseconds, rounded like ffmpeg. Returns nothing
+// if the result is not a plausible time.
 std::optional<int64_t> Microseconds(uint64_t count, uint64_t scale);
 
-// Whether the descriptive box is small and free of what changes where the sound begins.
+// Whether the descriptive box is small and has nothing that changes where the sound begins.
 bool IsPlainDescription(FrugalFile& file, const Box& box);
 
-// What the box "trak" holds; `movieScale` is the movie's ticks a second. Nothing when it is
-// damaged.
+// Reads a "trak" box. `movieScale`: the movie's ticks per second. Returns nothing if it is damaged.
 std::optional<MovieTrack> ReadTrack(FrugalFile& file, const Box& box, uint64_t movieScale);
 
 } // namespace tool

@@ -5,7 +5,7 @@
 
 namespace tool {
 
-// Whether one of the values equals this one.
+// Whether `values` contains `value`.
 template <typename Values, typename Value>
 bool IsOneOf(const Values& values, const Value& value)
 {

@@ -1,4 +1,4 @@
-// An answer of the X server's, which its reader has to free.
+// A reply of the X server, which the caller has to free.
 #pragma once
 
 #include <cstdlib>
