@@ -11,10 +11,10 @@
 namespace tool {
 namespace {
 
-// Key frames lie at most this many frames apart: just under 2 s at 29.97 a second.
+// The maximum distance of sync samples in frames: just under 2 s at 29.97 fps.
 constexpr const char* keyFrameDistance = "59";
 
-// 90 frames are 3 s. Each holds the whole picture, so more would cost memory by the gigabyte.
+// 90 frames are 3 s. They are uncompressed, so more would take gigabytes of memory.
 constexpr const char* screenQueue = "90";
 constexpr const char* soundQueue = "1024";
 
@@ -33,7 +33,7 @@ constexpr std::array<std::string_view, 12> captureOptions = {
     "-thread_queue_size",
 };
 
-// One input and the options before it, or (without a name) the output's options and file.
+// An input with the options before it or, without an input, the output's options and file.
 struct Section
 {
     Arguments options;
@@ -80,15 +80,15 @@ std::optional<int> ParseIndex(std::string_view text)
     return value;
 }
 
-// The name after -i, "S" or "S:A": screen index and audio device index, both decimal. "none" as A
-// is no sound.
+// The name after -i, "S" or "S:A": screen index and audio device index, both decimal. "none" for A
+// means no sound.
 struct CaptureName
 {
     int screen = 0;
     std::optional<int> audio;
 };
 
-// Nothing when it is malformed.
+// Returns nothing if the name is malformed.
 std::optional<CaptureName> ParseCaptureName(const std::string& name)
 {
     const std::string_view text = name;
@@ -136,7 +136,7 @@ Arguments WithoutCaptureOptions(const Arguments& options)
     return kept;
 }
 
-// Puts the value before the one the option has already, or adds the option in front.
+// Prepends the value to the option's existing one, or adds the option at the front.
 void PrependFilter(Arguments& options, std::initializer_list<std::string_view> names,
                    const std::string& filter)
 {
@@ -149,11 +149,10 @@ void PrependFilter(Arguments& options, std::initializer_list<std::string_view> n
     options.insert(options.begin(), {std::string(*names.begin()), filter});
 }
 
-// Grabbing stamps each frame with the time it was taken, a little off the file's grid of frames.
-// Rounding those times frame by frame drops and doubles frames whenever they lie near the middle
-// between two grid points. So a frame takes the place after its predecessor's unless it is off by
-// more than 0.7 of a frame: then time is right and the count gives way. `fps` fills what is
-// missing.
+// x11grab stamps each frame with the time it was taken, slightly off the output's frame grid.
+// Rounding each time drops and duplicates frames when the times are near the middle between two
+// grid points. So a frame goes to the grid point after its predecessor's, unless it is off by more
+// than 0.7 of a frame; then its time counts. `fps` fills the gaps.
 std::string SteadyFrames(const std::string& rate)
 {
     const std::string due = "T*" + rate;
@@ -162,7 +161,7 @@ std::string SteadyFrames(const std::string& rate)
            "/TB',fps=" + rate;
 }
 
-// Raw pictures are not probed. Their name is no "pipe:" one, as that of the sound.
+// Raw frames are not probed. As for the sound, the name must not start with "pipe:".
 Arguments PictureInput(int pipe, const std::string& size, const std::string& rate)
 {
     return {"-probesize",
@@ -210,7 +209,7 @@ Arguments ScreenInput(const CapturePlan& plan, const std::string& rate)
             plan.display};
 }
 
-// Not "pipe:N": ffmpeg stops listening to its standard input, and so to "q", when a name begins so.
+// Not "pipe:N": with such a name ffmpeg stops reading its standard input and so never sees "q".
 Arguments SoundInput(int pipe, int rate)
 {
     return {"-probesize",
@@ -229,8 +228,8 @@ Arguments SoundInput(int pipe, int rate)
             "/dev/fd/" + std::to_string(pipe)};
 }
 
-// Two pieces a second, and one for the first picture alone: until then there is nothing in the
-// file. The header comes with it, for only then it can tell how sound and picture begin.
+// Two fragments per second, and one for the first frame alone, because the file is empty until
+// then. The header is written with it: only then does ffmpeg know when sound and picture start.
 Arguments Pieces()
 {
     return {"-movflags",         "+frag_keyframe+delay_moov+default_base_moof",
@@ -249,8 +248,8 @@ Arguments OutputOptions(Arguments options, const CapturePlan& plan, const std::s
         }
     }
     if (!ValueOf(options, "-flush_packets")) {
-        // What was recorded is in the file at once: the recorder shows its size, and little of a
-        // still screen would reach it for minutes.
+        // Write to the file at once: the recorder shows its size, and a still screen would not fill
+        // ffmpeg's buffer for minutes.
         options.insert(options.begin(), {"-flush_packets", "1"});
     }
     if (!ValueOf(options, "-g")) {
@@ -262,7 +261,7 @@ Arguments OutputOptions(Arguments options, const CapturePlan& plan, const std::s
     return options;
 }
 
-// The picture is grabbed as often as the file shows it: any other rate would drop or double frames.
+// The capture rate is the output's rate; any other would drop or duplicate frames.
 std::string RateOf(const std::vector<Section>& sections)
 {
     if (const auto rate = ValueOf(sections.back().options, "-r")) {
@@ -301,7 +300,7 @@ Request ReadRequest(const Arguments& arguments)
             request.screen = name->screen;
             first = false;
         }
-        // A second input names the same screen again: only its sound counts.
+        // A second input names the same screen again; only its sound counts.
         if (name->audio && !IsOneOf(request.audio, *name->audio)) {
             request.audio.push_back(*name->audio);
         }
@@ -356,7 +355,7 @@ Arguments TranslateCapture(const Arguments& arguments, const CapturePlan& plan)
     const std::string rate = RateOf(sections);
     Arguments result;
     if (plan.knowsStatsPeriod) {
-        // The recorder types "q" when it is told something: ten times a second instead of twice.
+        // The recorder types "q" after output: print progress ten times a second instead of twice.
         result = {"-stats_period", "0.1"};
     }
     bool first = true;

@@ -1,5 +1,5 @@
-// From the arguments the recorder writes (the capture interface of macOS) to those of the stock
-// ffmpeg on X11. Values in, values out: nothing here looks at the machine.
+// Translates the recorder's arguments (the macOS capture interface) to those of the stock ffmpeg on
+// X11. Pure functions: nothing here looks at the machine.
 #pragma once
 
 #include <optional>
@@ -22,7 +22,7 @@ struct Rectangle
 
 enum class RequestKind { PassThrough, ListDevices, Capture, Malformed };
 
-// What the arguments ask for. `audio` holds the device indices in the order of the inputs.
+// What the arguments ask for. `audio` has the device indices in the order of the inputs.
 struct Request
 {
     RequestKind kind = RequestKind::PassThrough;
@@ -31,45 +31,46 @@ struct Request
     std::string error; // one sentence, for Malformed only
 };
 
-// What the pipe of the pictures begins with. It means nothing; that it is read tells that ffmpeg
-// has opened the pipe.
+// The number of meaningless bytes at the start of the picture pipe. When they are read, ffmpeg has
+// opened the pipe.
 constexpr int skippedBytes = 64;
 
-// What the capture reads from.
+// The inputs of a capture.
 struct CapturePlan
 {
     std::string display;           // as in DISPLAY
     Rectangle area;                // even width and height
-    std::optional<int> soundPipe;  // file descriptor that gives s16le stereo; none: no sound
+    std::optional<int> soundPipe;  // file descriptor with s16le stereo; none: no sound
     bool knowsStatsPeriod = false; // whether this ffmpeg has -stats_period (4.4 and later)
-    // Gives `skippedBytes`, then yuv420p pictures; none: ffmpeg grabs the screen itself.
+    // File descriptor with `skippedBytes`, then yuv420p frames; none: ffmpeg grabs the screen
+    // itself.
     std::optional<int> screenPipe = std::nullopt;
 };
 
-// Tells which of the four kinds of command this is.
+// Determines which of the four kinds of command this is.
 Request ReadRequest(const Arguments& arguments);
 
-// Samples a second that the sound is to be read with: the output's -ar, else 48000.
+// The sample rate to read the sound with: the output's -ar, else 48000.
 int SampleRate(const Arguments& arguments);
 
-// Pictures a second of a capture: the output's -r, else the capture's -framerate, else "30".
+// The frame rate of a capture: the output's -r, else the capture's -framerate, else "30".
 std::string FrameRate(const Arguments& arguments);
 
-// Whether the output's pictures are to be yuv420p: only then may they come as such.
+// Whether the output is yuv420p. Only then can the frames be delivered in that format.
 bool WantsYuv420(const Arguments& arguments);
 
-// The same command without the options that current ffmpegs refuse; all else untouched, in order.
+// The same command with the options renamed or removed that current ffmpegs refuse.
 Arguments TranslatePassThrough(const Arguments& arguments);
 
-// Whether the capture command records an MP4 in pieces, so that it can be played whatever ends it:
-// one of that name with nothing said about how it is to be written.
+// Whether the capture writes a fragmented MP4, which plays even if it is interrupted: the output is
+// named .mp4, and no option says how to write it.
 bool RecordsInPieces(const Arguments& arguments);
 
-// The capture command for the stock ffmpeg. The screen comes first, the sound after it.
+// The capture command for the stock ffmpeg, with the screen as the first input and the sound
+// second.
 Arguments TranslateCapture(const Arguments& arguments, const CapturePlan& plan);
 
-// The rectangle without its last column or row where the width or height is odd: the H.264 colour
-// format that every player knows has no odd sizes.
+// Removes the last column or row of an odd-sized rectangle: yuv420p H.264 needs even sizes.
 Rectangle EvenSized(Rectangle area);
 
 } // namespace tool

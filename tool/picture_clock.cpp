@@ -59,12 +59,12 @@ std::optional<PictureRate> ParseRate(std::string_view text)
 
 PictureClock::PictureClock(PictureRate rate, SteadyTime start) : m_rate(rate), m_start(start) {}
 
-// Whole seconds apart from the rest: the product would overflow after some hours.
+// Computes whole seconds separately: the product would overflow after a few hours.
 SteadyTime PictureClock::Due(int64_t place) const
 {
     const int64_t units = place * m_rate.seconds;
     const int64_t rest = units % m_rate.pictures * nanoseconds;
-    // Rounded up: a grab at this very time belongs to this place.
+    // Rounded up, so that a grab at exactly this time belongs to this frame.
     return m_start + std::chrono::seconds(units / m_rate.pictures) +
            std::chrono::nanoseconds((rest + m_rate.pictures - 1) / m_rate.pictures);
 }
@@ -74,7 +74,7 @@ int64_t PictureClock::PlaceAt(SteadyTime now, int64_t next) const
     const int64_t since =
         std::chrono::duration_cast<std::chrono::nanoseconds>(now - m_start).count();
     const int64_t whole = since / nanoseconds * m_rate.pictures;
-    // Of the seconds' remainder and the rest; both factors are small.
+    // From the remainder of the seconds and the rest; both factors are small.
     const int64_t rest =
         whole % m_rate.seconds * nanoseconds + since % nanoseconds * m_rate.pictures;
     return std::max(next, whole / m_rate.seconds + rest / (m_rate.seconds * nanoseconds));

@@ -1,4 +1,4 @@
-// When each picture of a recording is due, and which one is due now.
+// Tells when each frame of a recording is due, and which one is due now.
 #pragma once
 
 #include <chrono>
@@ -10,7 +10,7 @@ namespace tool {
 
 using SteadyTime = std::chrono::steady_clock::time_point;
 
-// Pictures a second, as an exact fraction.
+// A frame rate as an exact fraction.
 struct PictureRate
 {
     int64_t pictures = 30;
@@ -18,18 +18,19 @@ struct PictureRate
     bool operator==(const PictureRate&) const = default;
 };
 
-// "30", "29.97" or "30000/1001", more than 0 and up to 1000 a second; else nothing.
+// Parses "30", "29.97" or "30000/1001", above 0 and up to 1000 fps. Returns nothing for other
+// texts.
 std::optional<PictureRate> ParseRate(std::string_view text);
 
-// Counts places from 0 on. All times come from the start, so that nothing adds up over hours.
+// Counts frames ("places") from 0. All times are computed from the start, so errors do not add up.
 class PictureClock
 {
 public:
     PictureClock(PictureRate rate, SteadyTime start);
 
     SteadyTime Due(int64_t place) const;
-    // The place whose picture a grab at this time is; never before `next`, the first one open. What
-    // lies between was missed.
+    // The place that a grab at this time belongs to; at least `next`, the first open one. The
+    // places in between were missed.
     int64_t PlaceAt(SteadyTime now, int64_t next) const;
 
 private:

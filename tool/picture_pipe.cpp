@@ -13,15 +13,15 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int pipeBytes = 1 << 20; // the most an ordinary user is given
-// While ffmpeg does not come to reading: a fifth of a second. Only what is needed is ever touched.
+constexpr int pipeBytes = 1 << 20; // the limit for unprivileged users
+// A fifth of a second, for when ffmpeg does not read. Unused frames are never touched.
 constexpr size_t queued = 6;
 
 } // namespace
 
 PicturePipe::PicturePipe(int pipe, size_t bytes) : m_nPipe(pipe), m_nBytes(bytes)
 {
-    fcntl(pipe, F_SETPIPE_SZ, pipeBytes); // else in more and smaller pieces
+    fcntl(pipe, F_SETPIPE_SZ, pipeBytes); // to write in fewer, larger pieces
     m_nCapacity = static_cast<size_t>(std::max(fcntl(pipe, F_GETPIPE_SZ), 4096));
     const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
     m_nDistance = (bytes + page - 1) / page * page;
@@ -41,7 +41,7 @@ PicturePipe::~PicturePipe()
     }
 }
 
-// A pipe holds no more than its capacity: so much later, all of the picture has been read.
+// Once a pipe's capacity has been written after a frame, all of the frame has been read.
 bool PicturePipe::IsFree(size_t picture) const
 {
     const auto isThis = [picture](const Waiting& one) { return one.picture == picture; };
@@ -96,7 +96,7 @@ bool PicturePipe::Work(SteadyTime until)
     }
 }
 
-// As much as the pipe takes.
+// Writes as much as the pipe takes.
 bool PicturePipe::Write()
 {
     while (HasWork()) {

@@ -1,5 +1,5 @@
-// Hands pictures to the reader of a pipe without ever waiting for it. Their memory goes into the
-// pipe as it is, uncopied, where the system can do that.
+// Passes frames to the reader of a pipe without ever waiting for it, and without copying where the
+// system supports that.
 #pragma once
 
 #include "tool/picture_clock.h"
@@ -14,24 +14,24 @@ namespace tool {
 class PicturePipe
 {
 public:
-    // `pipe` does not block; each picture has so many bytes.
+    // `pipe` must be non-blocking. `bytes`: the size of a frame.
     PicturePipe(int pipe, size_t bytes);
     PicturePipe(const PicturePipe&) = delete;
     PicturePipe& operator=(const PicturePipe&) = delete;
     ~PicturePipe();
 
-    // Memory for the next picture, nothing of which is on its way to the reader any more; nullptr
-    // when the reader has left all of it waiting.
+    // Memory for the next frame that the reader no longer uses, or nullptr if all of it is waiting
+    // to be read.
     uint8_t* Blank();
 
-    // Puts what Blank gave last behind the pictures that wait, so many times.
+    // Queues the frame last returned by Blank(), `times` times.
     void Add(int64_t times = 1);
-    // Puts the last picture there once more, so many times.
+    // Queues the last frame again, `times` times.
     void Repeat(int64_t times);
 
-    // Writes what waits, and waits itself until then. False when nobody reads any more.
+    // Writes queued frames until that time. Returns false if the reader is gone.
     bool Work(SteadyTime until);
-    // Whether a picture waits, or a part of one.
+    // Whether a frame, or part of one, is queued.
     bool HasWork() const;
 
 private:
@@ -48,14 +48,14 @@ private:
     int m_nPipe;
     size_t m_nBytes;
     size_t m_nCapacity = 0; // of the pipe, in bytes
-    size_t m_nDistance = 0; // bytes from picture to picture in memory
+    size_t m_nDistance = 0; // bytes from frame to frame in memory
     uint8_t* m_pMemory = nullptr;
     bool m_bSplices = true;
     size_t m_nBlank = 0;
-    std::vector<uint64_t> m_free;  // of each picture: how much must have been written to reuse it
-    std::deque<Waiting> m_waiting; // the last one stays, for Repeat
+    std::vector<uint64_t> m_free;  // for each frame, the value of m_nWritten that allows reuse
+    std::deque<Waiting> m_waiting; // the last one stays, for Repeat()
     uint64_t m_nWritten = 0;       // bytes since the start
-    size_t m_nGiven = 0;           // of the first that waits
+    size_t m_nGiven = 0;           // bytes written of the first one waiting
 };
 
 } // namespace tool

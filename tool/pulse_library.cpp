@@ -9,7 +9,7 @@ namespace {
 class Symbols
 {
 public:
-    // Never closed: what the library set up for itself outlives every use.
+    // Never closed: the library keeps global state.
     explicit Symbols(const char* name) : m_pLibrary(dlopen(name, RTLD_LAZY | RTLD_LOCAL)) {}
 
     template <typename Function>

@@ -1,12 +1,12 @@
-// The library that speaks to the sound server, loaded when sound is first asked for: with the two
-// dozen libraries that it brings along it takes 5 ms, and whoever cuts or joins needs none of them.
+// The sound server's client library, loaded on first use. It brings two dozen libraries along,
+// which take 5 ms to load and which trims and joins do not need.
 #pragma once
 
 #include <pulse/pulseaudio.h>
 
 namespace tool {
 
-// The functions that are used, by their names without "pa_".
+// The functions used, named without "pa_".
 struct PulseLibrary
 {
     decltype(&pa_context_connect) contextConnect = nullptr;
@@ -35,7 +35,7 @@ struct PulseLibrary
     decltype(&pa_stream_unref) streamUnref = nullptr;
 };
 
-// Loads it at the first call; it stays loaded. Null where it is not there or lacks a function.
+// Loads the library on the first call. Returns null if it is missing or lacks a function.
 const PulseLibrary* Pulse();
 
 } // namespace tool

@@ -48,7 +48,7 @@ std::string NameFor(pid_t process)
     return std::string(anyone) + "-" + std::to_string(process);
 }
 
-// Written beside and renamed, so that a reader sees the old text or the new one.
+// Writes a new file and renames it, so that a reader sees either the old text or the new one.
 void Replace(const fs::path& file, const std::string& text)
 {
     const fs::path draft = file.string() + ".new-" + std::to_string(getpid());

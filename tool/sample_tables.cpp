@@ -12,7 +12,7 @@ namespace {
 
 constexpr uint64_t most32 = std::numeric_limits<uint32_t>::max();
 
-// A table whose entries are runs of equal values, as most are.
+// A table of run-length encoded values, as most tables are.
 class RunTable
 {
 public:
@@ -65,7 +65,7 @@ void AppendKeys(std::string& bytes, const std::vector<Sample>& samples)
     const auto keys = std::count_if(samples.begin(), samples.end(),
                                     [](const Sample& sample) { return sample.key; });
     if (static_cast<size_t>(keys) == samples.size()) {
-        return; // without this table every sample is one
+        return; // without this table all samples are sync samples
     }
     const OpenBox box(bytes, BoxType("stss"));
     AppendNumber(bytes, 0, 4);
@@ -80,14 +80,14 @@ void AppendKeys(std::string& bytes, const std::vector<Sample>& samples)
 void AppendSizes(std::string& bytes, const std::vector<Sample>& samples)
 {
     const OpenBox box(bytes, BoxType("stsz"));
-    AppendNumber(bytes, 0, 8); // no size that all have
+    AppendNumber(bytes, 0, 8); // no common size
     AppendNumber(bytes, samples.size(), 4);
     for (const Sample& sample : samples) {
         AppendNumber(bytes, sample.size, 4);
     }
 }
 
-// Samples that lie one behind the other are a chunk.
+// Contiguous samples form a chunk.
 void AppendPlaces(std::string& bytes, const std::vector<Sample>& samples)
 {
     struct Chunk
@@ -114,7 +114,7 @@ void AppendPlaces(std::string& bytes, const std::vector<Sample>& samples)
             if (i == 0 || chunks[i].samples != chunks[i - 1].samples) {
                 AppendNumber(bytes, i + 1, 4);
                 AppendNumber(bytes, chunks[i].samples, 4);
-                AppendNumber(bytes, 1, 4); // the description
+                AppendNumber(bytes, 1, 4); // sample description index
                 ++entries;
             }
         }

@@ -1,4 +1,4 @@
-// The tables of an MP4 track's samples.
+// Writes the sample tables of an MP4 track.
 #pragma once
 
 #include "tool/movie_pieces.h"
@@ -8,8 +8,8 @@
 
 namespace tool {
 
-// Appends the boxes that tell the samples' times, kinds, sizes and places; false when a time is too
-// large for them. Half written then.
+// Appends the tables of times, sync samples, sizes and chunk offsets. Returns false if a time is
+// too large; then the tables are incomplete.
 bool AppendSampleTables(std::string& bytes, const std::vector<Sample>& samples);
 
 } // namespace tool

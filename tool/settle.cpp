@@ -54,11 +54,11 @@ private:
     int m_file;
 };
 
-// Crash-safe at every moment. With no room for the index the file is as it was.
+// The file is valid at every moment. If there is no room for the index, it stays as it was.
 bool AppendIndex(const WritableFile& target, const PiecedMovie& movie, const std::string& index,
                  uint64_t end)
 {
-    // Over the movie box's own header: a box of data with a long size.
+    // Overwrites the header of the old movie box with that of an mdat with a 64-bit size.
     std::string header;
     AppendNumber(header, 1, 4);
     AppendNumber(header, BoxType("mdat"), 4);
@@ -85,7 +85,7 @@ bool SettleMovie(const std::string& path)
         return true;
     }
     if (const auto whole = WholePart(file)) {
-        target.Shorten(*whole); // what is torn keeps players from all the rest
+        target.Shorten(*whole); // an incomplete fragment keeps players from opening the file
     }
     return false;
 }

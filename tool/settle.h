@@ -1,15 +1,15 @@
-// Makes an ordinary movie of one that was recorded in pieces.
+// Turns a fragmented recording into an ordinary MP4.
 #pragma once
 
 #include <string>
 
 namespace tool {
 
-// Gives the movie one index of all its samples, in place: the index is written behind the last
-// piece, then sixteen bytes at the beginning make everything before it plain data. Whatever happens
-// in between, the file is the one or the other. A recording that was cut short keeps all that lies
-// in the file whole. False when it is no movie in pieces, with the file as it was; and when the
-// disk is full, then without a last piece that was not written to its end.
+// Adds one index of all samples, in place: appends the index after the last fragment, then
+// overwrites 16 bytes at the start so that everything before the index becomes mdat. The file is
+// valid before, between and after these writes. Of an interrupted recording everything complete is
+// kept. Returns false, with the file unchanged, if it is not a fragmented movie. Also returns false
+// if the disk is full; then an incomplete last fragment is removed.
 bool SettleMovie(const std::string& path);
 
 } // namespace tool

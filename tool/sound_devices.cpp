@@ -12,7 +12,7 @@ std::string Text(const char* text)
     return text == nullptr ? std::string() : text;
 }
 
-// One conversation with the server: connect, two questions, done.
+// Connects to the server and asks it two questions.
 class Inquiry
 {
 public:

@@ -1,4 +1,4 @@
-// The sources the sound server offers (PulseAudio, or PipeWire's server in its place).
+// The sources of the sound server (PulseAudio, or PipeWire's PulseAudio server).
 #pragma once
 
 #include "tool/listing.h"
@@ -8,8 +8,8 @@
 
 namespace tool {
 
-// Asks the sound server; never starts one. Nothing when there is none, or when it has not answered
-// within the time.
+// Asks the sound server, without starting one. Returns nothing if there is none or it does not
+// answer in time.
 std::optional<SoundServer> ReadSoundServer(std::chrono::milliseconds patience);
 
 } // namespace tool

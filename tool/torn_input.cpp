@@ -7,7 +7,7 @@ namespace tool {
 
 Arguments WithoutTornEnds(Arguments arguments)
 {
-    constexpr uint64_t allowance = 1U << 22U; // the headers of three days' pieces
+    constexpr uint64_t allowance = 1U << 22U; // fragment headers of three days
     for (size_t i = 0; i + 1 < arguments.size(); ++i) {
         if (arguments[i] != "-i") {
             continue;

@@ -1,13 +1,13 @@
-// Recordings that were cut short, as inputs.
+// Interrupted recordings as inputs.
 #pragma once
 
 #include "tool/arguments.h"
 
 namespace tool {
 
-// The same command reading, of each recording whose last piece was not written to its end, what
-// lies before that piece. ffmpeg refuses such a file altogether, or complains at its end, which the
-// recorder takes for a failure. The files stay as they are.
+// The same command, but of each recording that ends with an incomplete fragment only the complete
+// ones are read. ffmpeg refuses such a file or complains at its end, which the recorder takes for a
+// failure. The files are not changed.
 Arguments WithoutTornEnds(Arguments arguments);
 
 } // namespace tool

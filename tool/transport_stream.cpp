@@ -12,11 +12,11 @@ using Bytes = std::span<const uint8_t>;
 
 constexpr size_t packetSize = 188;
 
-// Twenty seconds of an extraordinary recording; the first second holds all that is looked for.
+// Twenty seconds of a very large recording. The first second has everything needed here.
 constexpr size_t mostPackets = 100000;
 constexpr size_t packetsAtOnce = 500;
 
-// A picture's parameter sets stand before its first bytes.
+// The parameter sets come before the first slice.
 constexpr size_t enoughPicture = 16384;
 
 constexpr uint8_t h264 = 0x1b;
@@ -31,7 +31,7 @@ unsigned Number(Bytes bytes, size_t at)
 class StreamReader
 {
 public:
-    // Takes one packet; false when it is none.
+    // Reads one packet. Returns false if it is not a valid one.
     bool Take(Bytes packet);
     std::optional<StreamShape> Shape() const;
     bool IsComplete() const { return m_complete; }
@@ -57,7 +57,7 @@ private:
     Track m_sound;
 };
 
-// A table begins with a pointer to where in the packet it starts.
+// The payload starts with a pointer to the table.
 Bytes TableIn(Bytes payload)
 {
     if (payload.empty() || payload[0] + 4U > payload.size()) {
@@ -102,7 +102,7 @@ void StreamReader::Collect(Track& track, Bytes payload, bool begins)
         return;
     }
     if (begins) {
-        // Nine bytes, the last of which tells how many more come before the media.
+        // Nine bytes; the last one is the number of header bytes that follow.
         if (payload.size() < 9 || payload.size() < 9U + payload[8]) {
             return;
         }
@@ -147,7 +147,7 @@ bool IsParameterSet(uint8_t type, uint8_t head)
     return type == h264 ? unit == 7 || unit == 8 : unit >= 32 && unit <= 34;
 }
 
-// The parameter sets before the first picture: units are divided by 00 00 01.
+// The parameter sets before the first picture. NAL units start with 00 00 01.
 std::string ParameterSets(uint8_t type, Bytes bytes)
 {
     constexpr std::array<uint8_t, 3> mark = {0, 0, 1};
@@ -160,7 +160,7 @@ std::string ParameterSets(uint8_t type, Bytes bytes)
             found.append(mark.begin(), mark.end());
             found.append(unit, next);
             while (found.back() == '\0') {
-                found.pop_back(); // the next mark's leading zero
+                found.pop_back(); // leading zero of the next start code
             }
         }
         unit = next;
@@ -186,11 +186,11 @@ std::optional<StreamShape> StreamReader::Shape() const
         if (bytes.size() < 4 || (Number(bytes, 0) & 0xfff6U) != 0xfff0U) {
             return std::nullopt;
         }
-        // Profile, sample rate and channels; without the private bit between them.
+        // Profile, sample rate and channels, without the private bit between them.
         shape.soundType = m_sound.type;
         shape.soundHeader = static_cast<uint16_t>(Number(bytes, 2) & 0xfdc0U);
         if ((shape.soundHeader & 0x01c0U) == 0) {
-            return std::nullopt; // the channels are described elsewhere
+            return std::nullopt; // the channel layout is in the stream itself
         }
     }
     return shape;
