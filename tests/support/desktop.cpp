@@ -76,7 +76,7 @@ void Desktop::AddTree(QList<DesktopWindow>& windows, uint32_t window, uint32_t p
     const auto tree =
         Own(xcb_query_tree_reply(m_pConnection, xcb_query_tree(m_pConnection, window), nullptr));
     if (!attributes || !geometry || !place || !tree) {
-        return; // gone meanwhile
+        return; // already gone
     }
     QByteArray title = Property(window, "_NET_WM_NAME");
     if (title.isEmpty()) {
@@ -142,7 +142,7 @@ void Desktop::AskWindowManager(uint32_t window, const char* message, uint32_t fi
     event.window = window;
     event.type = Atom(message);
     event.data.data32[0] = first;
-    event.data.data32[1] = 2; // as the source "pager"; for closing it stands second
+    event.data.data32[1] = 2; // source indication "pager"; for closing it comes second
     xcb_send_event(m_pConnection, 0, m_root,
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char*>(&event)); // NOLINT: the interface's own way

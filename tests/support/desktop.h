@@ -1,4 +1,4 @@
-// The X desktop a test runs on, used as a person uses it: windows, mouse, keyboard.
+// The X desktop a test runs on, driven like a user would: windows, mouse, keyboard.
 #pragma once
 
 #include <QByteArray>
@@ -19,10 +19,10 @@ struct DesktopWindow
     uint32_t id = 0;
     uint32_t parent = 0;
     QString title;
-    QString program; // the instance part of its class, which Qt and Gtk set to the program's name
-    QRect place;     // without the window manager's frame, from the screen's upper left corner
+    QString program; // the instance part of WM_CLASS, which Qt and GTK set to the program's name
+    QRect place;     // without the frame, relative to the screen
     bool visible = false;
-    bool managed = true; // by the window manager; menus are not
+    bool managed = true; // by the window manager, unlike menus
 };
 
 class Desktop
@@ -37,10 +37,10 @@ public:
     bool Good() const;
     bool HasTray() const;
 
-    // Every window of the screen, parents before children.
+    // All windows of the screen, parents before children.
     QList<DesktopWindow> Windows() const;
 
-    // The first visible window of this title.
+    // The first visible window with this title.
     std::optional<DesktopWindow> Shown(const QString& title) const;
     std::optional<DesktopWindow> ByTitle(const QString& title) const; // visible or not
 
@@ -51,13 +51,13 @@ public:
     void Close(uint32_t window);
     void Activate(uint32_t window);
 
-    // At a place of the screen; 1 is the left button, 3 the right one.
+    // Screen coordinates; button 1 is the left, 3 the right one.
     void Click(QPoint place, int button = 1, int times = 1);
-    // Names as xdotool has them.
+    // Key names as in xdotool.
     void Press(const QStringList& keys);
     void Type(const QString& text);
 
-    // Stores what the screen shows as a PNG file.
+    // Saves a screenshot as a PNG file.
     void Screenshot(const QString& file) const;
 
 private:
@@ -72,13 +72,13 @@ private:
 
 struct Outcome
 {
-    int code = -1; // of the program; -1 when it did not run to its end
+    int code = -1; // exit code of the program, or -1 if it did not finish
     QByteArray output;
     QByteArray errors;
 };
 
-// Runs a program to its end, at most for this long.
+// Runs a program and waits for it, up to this long.
 Outcome RunProgram(const QString& program, const QStringList& arguments, int milliseconds = 60000);
 
-// Asks again and again until it is true; false when the time is over.
+// Polls until the condition is true. Returns false after a timeout.
 bool WaitUntil(const std::function<bool()>& condition, int milliseconds = 15000);

@@ -20,7 +20,7 @@ QByteArray ReadProc(qint64 pid, const QString& name)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Looks at one place of the screen, a little below the middle, where the windows come up.
+// Watches one pixel a little below the middle of the screen, where the windows appear.
 class Eye
 {
 public:
@@ -35,7 +35,7 @@ public:
     Eye& operator=(const Eye&) = delete;
     ~Eye() { xcb_disconnect(m_pConnection); }
 
-    // Waits until the place is lit (or black again); false after ten seconds.
+    // Waits until the pixel is lit (or black again). Returns false after ten seconds.
     bool WaitUntilLit(bool lit)
     {
         QElapsedTimer time;
@@ -109,7 +109,7 @@ double CpuSeconds(const QList<qint64>& pids)
     double ticks = 0;
     for (const qint64 pid : pids) {
         const QByteArray stat = ReadProc(pid, "stat");
-        // The name, in parentheses, may hold blanks. Fields 14 to 17 are the times.
+        // The name, in parentheses, may contain blanks. Fields 14 to 17 are the times.
         const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
         for (int i = 11; i <= 14; ++i) {
             ticks += fields.value(i).toDouble();
@@ -139,7 +139,7 @@ QStringList CommandLine(qint64 pid)
     for (const QByteArray& word : ReadProc(pid, "cmdline").split('\0')) {
         words << QString::fromUtf8(word);
     }
-    words.removeLast(); // a zero byte ends the last one too
+    words.removeLast(); // the last argument ends with a zero byte too
     return words;
 }
 

@@ -1,4 +1,4 @@
-// Figures about running programs, taken from outside.
+// Measures running programs from outside.
 #pragma once
 
 #include <QList>
@@ -8,20 +8,20 @@
 struct Memory
 {
     double rss = 0; // MiB
-    double pss = 0; // MiB, shared pages counted in parts
+    double pss = 0; // MiB, shared pages counted proportionally
 };
 
-// Milliseconds from the start of this program until its window is seen; ends it then. Negative
-// when no window comes.
+// Starts the program and measures the milliseconds until its window is visible, then ends it.
+// Returns a negative number if no window appears.
 double StartTime(const QString& program, const QStringList& arguments, const QString& folder);
 
-// What a running program holds.
+// The memory of a running program.
 Memory MemoryOf(qint64 pid);
 
-// Seconds of processor time that these processes used until now, ended children included.
+// Processor seconds these processes have used, including children that have ended.
 double CpuSeconds(const QList<qint64>& pids);
 
-// This process's children, and theirs.
+// All descendants of this process.
 QList<qint64> Descendants(qint64 pid);
 
 QStringList CommandLine(qint64 pid);

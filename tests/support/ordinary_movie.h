@@ -5,7 +5,8 @@
 
 #include <QFile>
 
-// Whether a recording has its index, and nothing in pieces: nobody changes it any more.
+// Whether a recording is settled: it has its index and no fragments, and nothing changes it any
+// more.
 inline bool IsOrdinary(const QString& path)
 {
     tool::FrugalFile file(QFile::encodeName(path).toStdString(), 1U << 20U);

@@ -79,7 +79,7 @@ void OwnScreen::Kill()
         kill(m_nServer, SIGKILL);
         waitpid(m_nServer, nullptr, 0);
         m_nServer = -1;
-        // What a server that ends by itself clears away.
+        // Normally the server removes these itself.
         unlink("/tmp/.X11-unix/X" + m_name.mid(1));
         unlink("/tmp/.X" + m_name.mid(1) + "-lock");
     }
@@ -117,11 +117,11 @@ void OwnScreen::ShowColour(uint32_t colour, int mouseX, int mouseY)
 {
     xcb_change_window_attributes(m_pConnection, m_root, XCB_CW_BACK_PIXEL, &colour);
     xcb_clear_area(m_pConnection, 0, m_root, 0, 0, 0, 0);
-    // The server has no cursor until somebody sets one.
+    // The server has no cursor until one is set.
     const xcb_font_t font = xcb_generate_id(m_pConnection);
     xcb_open_font(m_pConnection, font, 6, "cursor");
     const xcb_cursor_t cursor = xcb_generate_id(m_pConnection);
-    constexpr uint16_t arrow = 68; // its hot spot lies in its upper left corner
+    constexpr uint16_t arrow = 68; // its hot spot is the upper left corner
     xcb_create_glyph_cursor(m_pConnection, cursor, font, font, arrow, arrow + 1, 0, 0, 0, 0xffff,
                             0xffff, 0xffff);
     xcb_change_window_attributes(m_pConnection, m_root, XCB_CW_CURSOR, &cursor);
@@ -141,16 +141,16 @@ void OwnScreen::Paint(int x, int y, int width, int height, uint32_t colour)
     Sync();
 }
 
-// By a program: the library's own call for this fails in all versions up to 1.15.
+// Uses the xrandr program: the library call fails in all versions up to 1.15.
 bool OwnScreen::AddMonitor(int x, int y, int width, int height)
 {
     const QString place =
-        QString("%1/100x%2/100+%3+%4").arg(width).arg(height).arg(x).arg(y); // sizes in mm too
+        QString("%1/100x%2/100+%3+%4").arg(width).arg(height).arg(x).arg(y); // with sizes in mm
     return QProcess::execute("xrandr",
                              {"-display", m_name, "--setmonitor", "second", place, "none"}) == 0;
 }
 
-// No monitor may reach beyond the screen, so all are switched off first.
+// Switches all monitors off first, because none may extend beyond the screen.
 void OwnScreen::Resize(int width, int height)
 {
     xcb_randr_get_screen_resources_reply_t* resources = xcb_randr_get_screen_resources_reply(

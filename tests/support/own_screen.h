@@ -1,5 +1,4 @@
-// A virtual X screen of a test's own, to be made as the test wants it and to be ended under a
-// recording.
+// A virtual X screen of a test's own, with any size, which the test can end during a recording.
 #pragma once
 
 #include <QByteArray>
@@ -13,7 +12,7 @@ struct xcb_connection_t;
 class OwnScreen
 {
 public:
-    // Options of Xvfb, the size among them: "-screen", "0", "640x480x24".
+    // Options of Xvfb, including the size: "-screen", "0", "640x480x24".
     explicit OwnScreen(const QStringList& options);
     OwnScreen(const OwnScreen&) = delete;
     OwnScreen& operator=(const OwnScreen&) = delete;
@@ -24,15 +23,15 @@ public:
 
     // Fills the screen with colours, edges and small print.
     void ShowPicture();
-    // Fills it with one colour, 0xRRGGBB, and sets the mouse there.
+    // Fills it with one colour, 0xRRGGBB, and moves the mouse there.
     void ShowColour(uint32_t colour, int mouseX, int mouseY);
     // Fills a part of it.
     void Paint(int x, int y, int width, int height, uint32_t colour);
-    // A second monitor, which shows this part of the screen.
+    // Adds a second monitor that shows this part of the screen.
     bool AddMonitor(int x, int y, int width, int height);
-    // Makes it smaller or as large as it was.
+    // Shrinks the screen or restores its size.
     void Resize(int width, int height);
-    // Ends the server at once.
+    // Kills the server.
     void Kill();
 
 private:

@@ -1,5 +1,5 @@
-// Draws the question that a cancel raises: while jobs keep the window busy, nobody sees it asked.
-// For the documents' pictures alone.
+// Draws the question a cancel asks, for the pictures in the documents. Jobs keep the window busy,
+// so it cannot be captured in the program.
 #include "jobs/job_report.h"
 #include "ui/cmessagebox.h"
 

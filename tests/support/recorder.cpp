@@ -20,7 +20,7 @@ void Write(const QString& path, const QByteArray& content)
     file.write(content);
 }
 
-// Where a widget's middle lies in the window.
+// The centre of a widget in the window.
 QPoint Position(const QString& widget)
 {
     QFile file(UI_POSITIONS);
@@ -66,7 +66,7 @@ Recorder::~Recorder()
     m_process.waitForFinished();
 }
 
-// Every process that runs from the test's folder or works in it: second copies and ffmpeg too.
+// All processes that run from the test's folder or work in it, including second copies and ffmpeg.
 void Recorder::EndEverything()
 {
     const QString folder = m_folder.path() + '/';
@@ -283,7 +283,7 @@ QList<qint64> Recorder::Children() const
     return children;
 }
 
-// The tray moves its icons about while it makes room for a new one.
+// The tray moves its icons while it makes room for a new one.
 bool Recorder::WaitTrayIcon()
 {
     constexpr int looksAtRest = 6;
@@ -299,7 +299,7 @@ bool Recorder::WaitTrayIcon()
 
 QPoint Recorder::TrayIcon() const
 {
-    // Inside the tray's panel stands a window of the program's.
+    // The tray's panel contains a window of the program.
     const QList<DesktopWindow> windows = m_desktop.Windows();
     QList<uint32_t> inPanel;
     for (const DesktopWindow& window : windows) {
@@ -317,7 +317,7 @@ std::optional<DesktopWindow> Recorder::Menu() const
 {
     const QList<DesktopWindow> windows = m_desktop.Windows();
     for (const DesktopWindow& window : windows) {
-        // The tray icon, too, is not managed, but it does not stand on the screen itself.
+        // The tray icon is not managed either, but it is not a child of the root window.
         if (window.visible && !window.managed && window.parent == windows.first().id &&
             window.program == "lumenfold-recorder") {
             return window;
@@ -328,7 +328,7 @@ std::optional<DesktopWindow> Recorder::Menu() const
 
 bool Recorder::ChooseInTray(int entry)
 {
-    // A press that the program was not ready for is made again, as a person would.
+    // Repeats a click the program was not ready for, as a user would.
     for (int press = 0; press < 3 && !Menu(); ++press) {
         if (!WaitTrayIcon()) {
             return false;

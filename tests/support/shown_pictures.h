@@ -2,9 +2,9 @@
 
 #include "tests/support/desktop.h"
 
-// What a player shows of a movie. A cut that copies shows the very pictures of its source.
+// What a player shows of a movie. A cut that copies shows exactly the frames of its source.
 
-// Every picture that a player shows: what it is, and at which second.
+// All frames a player shows, with a digest and a time in seconds.
 struct Picture
 {
     QString hash;
@@ -28,7 +28,7 @@ inline QList<Picture> Pictures(const QString& file)
     return pictures;
 }
 
-// Where in these pictures that one is, in seconds; -1 when it is none of them.
+// The time of this frame among the others, in seconds, or -1 if it is not among them.
 inline double SecondOf(const QList<Picture>& pictures, const Picture& sought)
 {
     for (const Picture& picture : pictures) {

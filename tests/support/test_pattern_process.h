@@ -1,5 +1,5 @@
-// The moving picture in the screen's upper left corner, and sound: a different tone on each device,
-// where nothing else is asked for.
+// Shows the moving test pattern in the upper left corner of the screen and plays a different tone
+// on each device, unless told otherwise.
 #pragma once
 
 #include <QProcess>
@@ -25,7 +25,7 @@ public:
         m_process.waitForFinished();
     }
 
-    // Waits until the picture stands.
+    // Waits until the pattern is visible.
     bool IsReady()
     {
         return m_process.waitForReadyRead() && m_process.readAll().startsWith("ready");

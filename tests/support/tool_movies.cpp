@@ -118,7 +118,7 @@ QStringList BeepInput(double seconds, int rate)
                 .arg(QString::number(seconds))};
 }
 
-// The places where `values` rises above the threshold after a calm of `calm` values.
+// The positions where `values` rises above the threshold after at least `calm` values below it.
 static QList<double> Rises(const QList<int>& values, int threshold, int calm, double perSecond)
 {
     QList<double> times;

@@ -1,11 +1,11 @@
-// Movies for the tests of `tool`, made by the real ffmpeg, and what it says about them.
+// Movies for the tests of `tool`, made with the real ffmpeg, and what it reports about them.
 #pragma once
 
 #include <QByteArray>
 #include <QList>
 #include <QStringList>
 
-// What a program printed and how it ended; the code is -1 when it did not end by itself.
+// The output and exit code of a program; the code is -1 if it did not exit by itself.
 struct Outcome
 {
     int code = -1;
@@ -16,16 +16,16 @@ struct Outcome
 Outcome RunProgram(const QString& program, const QStringList& arguments,
                    const QString& directory = {});
 
-// All bytes of a file; empty when it cannot be read.
+// The content of a file, or empty if it cannot be read.
 QByteArray Content(const QString& path);
 
-// Writes a file with these bytes; false when that fails.
+// Writes a file. Returns false on failure.
 bool Write(const QString& path, const QByteArray& content);
 
-// Writes a file that may be run; false when that fails.
+// Writes an executable file. Returns false on failure.
 bool WriteProgram(const QString& path, const QByteArray& content);
 
-// Runs ffmpeg with its errors alone printed, over an existing file; "" or what went wrong.
+// Runs ffmpeg, overwriting existing files. Returns its error output, or "" on success.
 QByteArray MakeMovie(const QStringList& arguments);
 
 // The input options of a moving picture and of a tone.
@@ -33,26 +33,26 @@ QStringList PictureInput(double seconds, const QString& size = "160x120",
                          const QString& rate = "25");
 QStringList ToneInput(double seconds, int rate = 48000);
 
-// x264 at its fastest, AAC.
+// Fastest x264 preset, AAC.
 QStringList PlainCodecs();
 
-// The line with the duration that `output` holds.
+// The line with the duration in `output`.
 QByteArray DurationLine(const QByteArray& output);
 
-// The duration in that line, in seconds; -1 when there is none.
+// The duration in that line in seconds, or -1 if there is none.
 double DurationIn(const QByteArray& output);
 
-// Digests of the pictures as a player shows them, in their order. `seek` are options before -i.
+// Digests of the frames in display order. `seek`: options before -i.
 QStringList PictureDigests(const QString& path, const QStringList& seek = {});
 
-// Decodes all of it; "" or what ffmpeg complained about.
+// Decodes the whole file. Returns ffmpeg's complaints, or "".
 QByteArray DecodingErrors(const QString& path);
 
-// The input options of a picture that is black but for 0.1 s at the beginning of each second, and
-// of a silence with a tone then.
+// Input options for a picture that is black except for the first 0.1 s of each second, and for
+// silence with a tone at the same times.
 QStringList FlashInput(double seconds, const QString& size = "160x120", const QString& rate = "25");
 QStringList BeepInput(double seconds, int rate = 48000);
 
-// When the flashes and the beeps begin as a player shows them, in seconds from the start.
+// The start times of the flashes and beeps, in seconds, as a player shows them.
 QList<double> FlashTimes(const QString& path);
 QList<double> BeepTimes(const QString& path);

@@ -1,4 +1,4 @@
-// A recording by the real `tool`, which a test ends in any way it likes.
+// A recording by the real `tool` that a test can end in any way.
 #pragma once
 
 #include "tests/support/tool_movies.h"
@@ -10,7 +10,7 @@
 #include <csignal>
 #include <unistd.h>
 
-// One recording by `tool`, in a process group of its own, with a shell in the recorder's place.
+// A recording by `tool` in a process group of its own, with a shell in place of the recorder.
 // `devices`: "SCREEN" or "SCREEN:SOUND"; a second one, after a blank, adds its sound.
 class Take
 {
@@ -55,7 +55,7 @@ public:
     void Type(const QByteArray& keys) { m_process.write(keys); }
     bool WaitForEnd() { return HasEnded() || m_process.waitForFinished(); }
     bool HasEnded() const { return m_process.state() == QProcess::NotRunning; }
-    // Seconds that ffmpeg has put into the file or is about to, as it told last.
+    // Seconds ffmpeg has muxed, according to its last progress line.
     double Taken() const
     {
         const QByteArray text = Text();
@@ -63,7 +63,7 @@ public:
     }
     int ExitCode() const { return m_process.exitCode(); }
 
-    // Recorder, ffmpeg and what works beside it.
+    // The recorder, ffmpeg and the processes beside it.
     void EndAll(int signal) const
     {
         if (m_process.processId() > 0) {

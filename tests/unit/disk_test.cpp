@@ -45,7 +45,7 @@ FreeSpace FreeSpaceUnder(QByteArray path)
     return {result, Joined(high, low), QByteArray(path.constData())};
 }
 
-// What df would print as available, in bytes.
+// The bytes df reports as available.
 unsigned long long Available(const char* path)
 {
     struct statvfs status = {};
@@ -65,7 +65,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QByteArray path = folder.path().toUtf8();
-        bool equal = false; // others write to the same disk meanwhile: once is enough
+        bool equal = false; // other processes write too: one match is enough
         QTRY_VERIFY((equal = equal || FreeSpaceUnder(path).bytes == Available(path.constData())));
         QCOMPARE(FreeSpaceUnder(path).result, 0);
         QCOMPARE(FreeSpaceUnder(path).path, path);

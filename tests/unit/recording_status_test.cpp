@@ -69,12 +69,12 @@ private Q_SLOTS:
         QVERIFY(!IsTooLittleSpace(10485760));
         QVERIFY(IsTooLittleSpace(10485759));
         QVERIFY(IsTooLittleSpace(0));
-        QVERIFY(!IsTooLittleSpace(1ULL << 33)); // more than 32 bits hold
+        QVERIFY(!IsTooLittleSpace(1ULL << 33)); // does not fit into 32 bits
     }
 
     void thePathGoesThroughLatin1()
     {
-        const QString volume = "/dev/shm"; // another volume than that of temporary files on Linux
+        const QString volume = "/dev/shm"; // not the volume of temporary files on Linux
         const QTemporaryDir directory;
         const QString path = directory.filePath(QString::fromUtf8("\u00e4"));
         QVERIFY(QDir().mkdir(path));
@@ -82,7 +82,8 @@ private Q_SLOTS:
         if (!QFile::exists(volume) || symlink("/dev/shm", latin1.constData()) != 0) {
             QSKIP("no second volume, or no such name here");
         }
-        // Others write too: the figures are held against each other where none did meanwhile.
+        // Other processes write too, so the figures are compared only if nothing changed in
+        // between.
         quint64 before = 0;
         quint64 shown = 0;
         quint64 after = 1;
@@ -91,7 +92,7 @@ private Q_SLOTS:
             shown = FreeBytes(path);
             after = FreeBytes(volume);
         }
-        unlink(latin1.constData()); // Qt cannot spell it, and so would not remove it
+        unlink(latin1.constData()); // QFile cannot represent the name, so it cannot remove the file
         QCOMPARE(before, after);
         if (before == FreeBytes(directory.path())) {
             QSKIP("no second volume with another figure");
@@ -106,7 +107,7 @@ private Q_SLOTS:
         const quint64 below = FreeBytes(directory.filePath("not/there/yet"));
         const quint64 difference = below > volume ? below - volume : volume - below;
         QVERIFY2(difference < (1U << 30),
-                 "not the volume of the existing parent"); // others write too
+                 "not the volume of the existing parent"); // other processes write too
         QVERIFY(below > 0);
     }
 

@@ -7,7 +7,7 @@ class SystemInfoTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // So a second recorder may run beside the first.
+    // So a second recorder can run beside the first.
     void theseDoNothingHereAndSayZero()
     {
         unsigned long long bytes = 5;

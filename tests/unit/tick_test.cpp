@@ -12,7 +12,7 @@
 #ifdef WRAPS_SYSTEM_CALLS
 namespace {
 bool g_clockIsBroken = false;
-std::optional<clock_t> g_ticks; // in place of the system's
+std::optional<clock_t> g_ticks; // replaces the system's count
 } // namespace
 
 extern "C" {
@@ -43,8 +43,8 @@ class TickTest : public QObject
 private Q_SLOTS:
     void ticksAreMilliseconds()
     {
-        // The time between the two readings is longer than `inner` and shorter than `outer` tells,
-        // however late this process is run.
+        // The time between the two readings is longer than `inner` and shorter than `outer` says,
+        // however late the process is scheduled.
         QElapsedTimer outer;
         QElapsedTimer inner;
         outer.start();
@@ -54,8 +54,8 @@ private Q_SLOTS:
         const qint64 least = inner.elapsed();
         const long long counted = rsb_getTickCount() - start;
         const qint64 most = outer.elapsed() + 1;
-        // A tick may have just begun, or just ended, at either end, and so may one of the clock
-        // that the ticks are cut from.
+        // A tick may have just started or ended at either end, and so may one of the clock the
+        // ticks are derived from.
         QVERIFY2(
             counted > least - 20 && counted < most + 20,
             qPrintable(QString("%1 ms counted in %2 to %3").arg(counted).arg(least).arg(most)));
@@ -65,7 +65,7 @@ private Q_SLOTS:
     void theCountGoesOnBeyond32Bits()
     {
 #ifdef WRAPS_SYSTEM_CALLS
-        g_ticks = 429496729; // the last one whose milliseconds 32 bits hold
+        g_ticks = 429496729; // the last one whose milliseconds fit into 32 bits
         const long long before = rsb_getTickCount();
         g_ticks = *g_ticks + 1;
         const long long after = rsb_getTickCount();

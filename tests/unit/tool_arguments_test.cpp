@@ -42,7 +42,7 @@ CapturePlan Plan(std::optional<int> soundPipe)
     return {":4", {100, 20, 1280, 800}, soundPipe, true};
 }
 
-// The position of these words one after the other, or -1.
+// The position of these consecutive words, or -1.
 ptrdiff_t Find(const Arguments& where, const Arguments& words)
 {
     const auto at = std::search(where.begin(), where.end(), words.begin(), words.end());

@@ -18,8 +18,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// A pipe that keys are typed into. Input() is where ffmpeg looks: the reading end, or what was put
-// in its place.
+// A pipe to type keys into. Input() is the descriptor ffmpeg reads: the read end, or what replaced
+// it.
 class Keyboard
 {
 public:
@@ -40,7 +40,7 @@ public:
     void StopTyping() { Close(m_ends[1]); }
     void StopReading() { Close(m_ends[0]); }
 
-    // Bytes typed that nobody has taken yet.
+    // Bytes typed but not read yet.
     int Untaken() const
     {
         int bytes = -1;
@@ -48,10 +48,10 @@ public:
         return bytes;
     }
 
-    // Whether ffmpeg, looking now, would find a key.
+    // Whether ffmpeg would find a key if it looked now.
     bool HasKey() const { return Read(0ms) != "nothing"; }
 
-    // What is typed next; "nothing" when the time is over.
+    // The next key, or "nothing" after a timeout.
     QByteArray Read(std::chrono::milliseconds patience = 10s) const
     {
         pollfd keys{m_ends[0], POLLIN, 0};
@@ -62,7 +62,7 @@ public:
                    : QByteArray("nothing");
     }
 
-    // So many, however they come; less when the time is over.
+    // Reads this many keys in any number of chunks, or fewer after a timeout.
     QByteArray ReadAll(int count) const
     {
         QByteArray keys;
@@ -82,14 +82,14 @@ private:
     std::array<int, 2> m_ends{};
 };
 
-// Whether this process has children, ended ones that nobody has waited for included.
+// Whether this process has children, including unreaped ones.
 bool HasChildren()
 {
     siginfo_t info{};
     return waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
-// Whether a child of this process has this file open.
+// Whether a child of this process has the file open.
 bool ChildHasOpen(const QString& path)
 {
     QFile children(QString("/proc/self/task/%1/children").arg(getpid()));
@@ -107,7 +107,7 @@ bool ChildHasOpen(const QString& path)
     return false;
 }
 
-// The file that ffmpeg is to write.
+// The file ffmpeg is going to write.
 class Recording
 {
 public:
@@ -130,8 +130,8 @@ class ToolEarlyKeysTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { std::signal(SIGCHLD, SIG_DFL); } // as it is when `tool` starts
-    // Before the signal is set back: an ended process would stay then.
+    void init() { std::signal(SIGCHLD, SIG_DFL); } // the state when `tool` starts
+    // Must run before the signal is reset, or an ended process would stay a zombie.
     void cleanup() { QTRY_VERIFY2(!HasChildren(), "the holder has not ended"); }
     void keysComeWhenTheFileHasBegun();
     void noKeyIsSeenBefore();
@@ -157,7 +157,7 @@ void ToolEarlyKeysTest::keysComeWhenTheFileHasBegun()
     QCOMPARE(keyboard.ReadAll(3), QByteArray("q\r\n"));
 }
 
-// ffmpeg looks at any moment, and as soon as it has told that it does the recorder types.
+// ffmpeg can look at any moment. The recorder types as soon as ffmpeg has printed something.
 void ToolEarlyKeysTest::noKeyIsSeenBefore()
 {
     Keyboard keyboard;
@@ -178,7 +178,7 @@ void ToolEarlyKeysTest::anEmptyFileHasNotBegun()
     const Recording recording;
     QVERIFY(QFile(QString::fromStdString(recording.Path())).open(QIODevice::WriteOnly));
     tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
-    // Were the first one not held, it would be there when the second one is taken.
+    // If the first key were not held, it would still be there when the second one is read.
     for (const char* key : {"q", "r"}) {
         QVERIFY(keyboard.Type(key));
         QTRY_COMPARE(keyboard.Untaken(), 0);

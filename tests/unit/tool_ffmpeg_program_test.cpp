@@ -50,7 +50,7 @@ void ToolFfmpegProgramTest::optionIsFoundInTheProgramFile_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<bool>("known");
-    // A bar stands for the zero byte that ends a text in a program file.
+    // "|" stands for the zero byte that ends a string in an executable.
     QTest::newRow("in the table") << QByteArray("ELF|vstats|stats_period|set|") << true;
     QTest::newRow("only as a part") << QByteArray("ELF|no_stats_period|") << false;
     QTest::newRow("only a beginning") << QByteArray("ELF|stats_periods|") << false;

@@ -52,7 +52,7 @@ void ToolListingTest::computerSoundsNeverReadAsMicrophone()
 {
     const SoundServer server{{{"m", "Monitor of Microphone Array", "s"}}, "", "s"};
     QCOMPARE(tool::ArrangeSoundDevices(server).front().title, "Computer sounds (Mic Array)");
-    // What is left of the word must not make up another one.
+    // What is left of the word must not form another one.
     const SoundServer twice{{{"m", "Monitor of Microphonerophone", "s"}}, "", "s"};
     QCOMPARE(tool::ArrangeSoundDevices(twice).front().title, "Computer sounds (Mic)");
 }

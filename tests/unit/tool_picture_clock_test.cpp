@@ -66,7 +66,7 @@ void ToolPictureClockTest::everyPictureIsDueAtItsMultipleOfTheRate()
     const PictureClock clock({2997, 100}, start);
     QCOMPARE((clock.Due(0) - start).count(), 0);
     QCOMPARE((clock.Due(1) - start).count(), 33366701);
-    // After an hour: not a nanosecond of drift.
+    // No drift at all after an hour.
     const int64_t late = int64_t{2997} * 36;
     QCOMPARE((clock.Due(late) - start).count(), int64_t{3600} * 1000000000);
     QCOMPARE((clock.Due(late + 1) - clock.Due(late)).count(), 33366701);
@@ -91,7 +91,7 @@ void ToolPictureClockTest::lateGrabLeavesOutThePlacesItMissed()
     QCOMPARE(clock.PlaceAt(SteadyTime{3s}, 3), 30);
 }
 
-// Else pictures would come in a burst after a stall.
+// Otherwise frames would come in a burst after a stall.
 void ToolPictureClockTest::oneGrabNeverFillsAPlaceTwice()
 {
     const PictureClock clock({10, 1}, SteadyTime{});

@@ -78,7 +78,7 @@ void ToolPicturePipeTest::slowReaderGetsEveryPictureWhole_data()
     QTest::newRow("smaller than a page") << 600;
 }
 
-// The pages in the pipe are those that the pictures were made in: none may be used again too early.
+// The pipe holds the pages the frames were drawn in, so none may be reused too early.
 void ToolPicturePipeTest::slowReaderGetsEveryPictureWhole()
 {
     QFETCH(int, bytes);
@@ -119,7 +119,7 @@ void ToolPicturePipeTest::repeatedPictureComesAsOftenAsAsked()
     QVERIFY(pictures.Work(Clock::now()));
     QVERIFY(!pictures.HasWork());
     QCOMPARE(Read(3 * bytes), QByteArray(3 * bytes, '\1'));
-    pictures.Repeat(1); // of one that has long gone
+    pictures.Repeat(1); // the frame was read long ago
     Show(pictures, bytes, 2);
     QVERIFY(pictures.Work(Clock::now()));
     QCOMPARE(Read(2 * bytes), QByteArray(bytes, '\1') + QByteArray(bytes, '\2'));

@@ -1,4 +1,4 @@
-// Runs the real program, with a stand-in for ffmpeg that writes down what it was given.
+// Runs the real program with a stand-in for ffmpeg that records its arguments.
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -23,7 +23,7 @@ private slots:
     void listWithoutSoundLibraryShowsNoSound();
 
 private:
-    // Runs it to its end and gives the exit code, -1 when it did not end by itself.
+    // Runs it and returns the exit code, or -1 if it does not exit by itself.
     int Run(const QStringList& arguments, const QByteArray& input = {});
 
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -136,7 +136,7 @@ void ToolProgramTest::malformedDeviceStartsNoFfmpeg()
     QCOMPARE(m_error.count('\n'), 1);
 }
 
-// It brings two dozen others along, which take longer to load than all else that `tool` does.
+// It brings two dozen libraries along, which take longer to load than everything else `tool` does.
 void ToolProgramTest::editingLoadsNoSoundLibrary()
 {
     m_environment.insert("LD_TRACE_LOADED_OBJECTS", "1");
@@ -147,7 +147,7 @@ void ToolProgramTest::editingLoadsNoSoundLibrary()
 
 void ToolProgramTest::listWithoutSoundLibraryShowsNoSound()
 {
-    QFile library(m_folder->filePath("libpulse.so.0")); // found first, and none that can be loaded
+    QFile library(m_folder->filePath("libpulse.so.0")); // found first, but not a valid library
     QVERIFY(library.open(QIODevice::WriteOnly));
     library.close();
     m_environment.insert("LD_LIBRARY_PATH", m_folder->path());

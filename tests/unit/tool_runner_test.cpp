@@ -6,7 +6,7 @@
 #include <QRegularExpression>
 #include <QTest>
 
-// Real child processes: /bin/sh stands where the tool would.
+// Real child processes, with /bin/sh in place of the tool.
 class ToolRunnerTest : public QObject
 {
     Q_OBJECT
@@ -44,7 +44,7 @@ private Q_SLOTS:
         QCOMPARE(m_process->exitCode(), 0);
     }
 
-    // So that the log tells what was asked of a tool that never came up.
+    // The log must show the command even if the tool never starts.
     void theCommandLineIsLoggedBeforeTheToolRuns()
     {
         static QProcess* process = nullptr;

@@ -10,7 +10,7 @@ using Samples = std::vector<int16_t>;
 
 namespace {
 
-constexpr int rate = 1000; // one frame is one millisecond
+constexpr int rate = 1000; // one frame per millisecond
 constexpr int64_t piece = 20;
 
 Samples Constant(int64_t frames, int16_t value)
@@ -36,9 +36,9 @@ bool All(const std::vector<int>& values, int value)
     return std::all_of(values.begin(), values.end(), [value](int one) { return one == value; });
 }
 
-// Plays a source whose clock runs `drift` too slow (0.001: a frame in a thousand is missing). Each
-// frame's value is the number of the millisecond it was captured in, modulo 1000. Gives how far, in
-// ms, the sound at the end lies from where it belongs.
+// Plays a source whose clock is slow by `drift` (0.001: one frame in a thousand is missing). Each
+// frame's value is the millisecond it was captured in, modulo 1000. Returns how far, in ms, the
+// sound at the end is from where it should be.
 int OffsetAfter(double seconds, double drift)
 {
     SoundTrack track(rate);
@@ -144,7 +144,7 @@ void ToolSoundTrackTest::oneStallDoesNotShiftTheSound()
     for (; at < 2000; at += piece) {
         track.Put(at, Constant(piece, 7), at - 60);
     }
-    for (; at < 2500; at += piece) { // all of half a second is delivered at its end
+    for (; at < 2500; at += piece) { // half a second is delivered at once, at its end
         track.Put(at, Constant(piece, 7), 2440);
     }
     for (; at < 3000; at += piece) {
@@ -158,10 +158,10 @@ void ToolSoundTrackTest::sourceThatIsAlwaysLateIsHeardAllTheSame()
 {
     SoundTrack track(rate);
     for (int64_t at = 0; at < 4000; at += piece) {
-        track.Put(at, Constant(piece, 7), at + 150); // 150 ms later than can be used
+        track.Put(at, Constant(piece, 7), at + 150); // 150 ms too late
     }
     QVERIFY(All(Heard(track, 4000, 100), 7));
-    // When it is quick again it goes back to where it belongs.
+    // Once the source is fast again, the sound moves back.
     for (int64_t at = 4000; at < 20000; at += piece) {
         track.Put(at, Constant(piece, at < 19000 ? 7 : 8), at - 300);
     }
@@ -197,7 +197,7 @@ void ToolSoundTrackTest::aLongBacklogIsSilence()
 {
     SoundTrack track(rate);
     int64_t at = 0;
-    for (; at < 60000; at += piece) { // a minute in which nothing is handed out
+    for (; at < 60000; at += piece) { // nothing is handed out for a minute
         track.Put(at, Constant(piece, 7), 0);
     }
     QVERIFY(All(Heard(track, 0, 1000), 0));

@@ -11,7 +11,7 @@ constexpr bool IsSurrogate(int code)
     return code >= 0xd800 && code <= 0xdfff;
 }
 
-// UTF-8 of one character up to U+FFFF, worked out without a library.
+// Encodes one character up to U+FFFF as UTF-8, without a library.
 std::string Utf8(int code)
 {
     const auto byte = [](int value) { return static_cast<char>(value); };
@@ -31,7 +31,7 @@ class WideTextTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // Test functions run in the order in which they stand: this one before anything is set up.
+    // Test functions run in order: this one runs before the conversions are set up.
     void beforeItIsSetUpNothingIsConverted()
     {
         std::array<char, 8> text{'x'};
