@@ -1,4 +1,4 @@
-// Trims and joins real movies in the real window, and looks at what comes out.
+// Trims and joins real movies in the real window and inspects the results.
 #include "tests/support/ordinary_movie.h"
 #include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
@@ -29,19 +29,19 @@ private slots:
 private:
     static constexpr auto kPlain = "-c:v libx264 -preset ultrafast -g 50 -c:a aac";
 
-    // A movie in the save directory: a moving picture of 320 by 240 and a tone, unless `arguments`
-    // say otherwise; `seconds` long.
+    // Makes a movie of `seconds` in the save directory: a moving picture of 320×240 and a tone,
+    // unless `arguments` says otherwise.
     static bool MakeMovie(const Recorder& recorder, const QString& name, int seconds,
                           const QString& arguments = kPlain, bool sound = true,
                           const QString& size = "320x240");
-    // Selects the first video of the cut page, moves the slider and presses Start and End.
+    // Selects the first video of the cut page, moves the slider and clicks Start and End.
     static void MarkFirstVideo(Recorder& recorder, double start, double end);
-    // Records for some seconds and stops; whether there is a recording then that stays as it is.
+    // Records for some seconds and stops. Returns whether there is a settled recording.
     static bool Record(Recorder& recorder, int milliseconds);
     // Adds the first `count` videos of the merge page to the list.
     static void AddVideos(Recorder& recorder, int count);
-    // Presses the button, chooses the folder and closes the message that follows; gives what went
-    // wrong. What the message reads cannot be told from outside, so every test looks at the files.
+    // Clicks the button, chooses the folder and closes the message that follows. Returns what went
+    // wrong. The message's text cannot be read from outside, so every test looks at the files.
     QString RunJob(Recorder& recorder, const QString& button, const QString& folder);
 
     Desktop m_desktop;
@@ -155,7 +155,7 @@ void EditingDesktopTest::trimKeepsWhatLiesBetweenStartAndEnd_data()
                               << "-c:v libx264 -bf 3 -g 50 -c:a aac" << true;
 }
 
-// A key frame stands every two seconds: so exact has a cut to be that copies.
+// There is a sync sample every two seconds, which limits the precision of a cut that copies.
 
 void EditingDesktopTest::trimKeepsWhatLiesBetweenStartAndEnd()
 {
@@ -220,7 +220,7 @@ void EditingDesktopTest::trimNeverOverwrites()
 
 void EditingDesktopTest::mergePlaysOneAfterTheOther_data()
 {
-    QTest::addColumn<QString>("second"); // how the second movie differs from the first
+    QTest::addColumn<QString>("second"); // how the second movie differs
     QTest::addColumn<bool>("sound");
     QTest::addColumn<QString>("size");
     QTest::addColumn<QString>("name");
@@ -247,7 +247,7 @@ void EditingDesktopTest::mergePlaysOneAfterTheOther()
     QFETCH(QString, size);
     QFETCH(QString, name);
     Recorder recorder(m_desktop);
-    // The page lists the newest name first.
+    // The page lists the newest video first.
     QVERIFY(MakeMovie(recorder, "2.mp4", 4));
     QVERIFY(MakeMovie(recorder, name, 3, second, sound, size));
     QVERIFY(recorder.Start());
@@ -311,7 +311,7 @@ void EditingDesktopTest::sourceThatVanishesIsToldAndNothingIsLost()
     QCOMPARE(Names(recorder.SaveDirectory()), QStringList{"2.mp4"});
 }
 
-// A file stands where the folder was: nobody can write into that, root neither.
+// A file is where the folder was. Not even root can write into that.
 void EditingDesktopTest::destinationThatCannotBeWrittenToHarmsNothing()
 {
     Recorder recorder(m_desktop);
@@ -332,7 +332,7 @@ void EditingDesktopTest::destinationThatCannotBeWrittenToHarmsNothing()
     QCOMPARE(Names(recorder.SaveDirectory()), QStringList{"1.mp4"});
 }
 
-// The tool may write no more than 100 KiB into a file.
+// The tool may write at most 100 KiB to a file.
 void EditingDesktopTest::destinationThatFillsUpHarmsNothing()
 {
     Recorder recorder(m_desktop);
@@ -373,7 +373,7 @@ void EditingDesktopTest::trimOfHalfAnHour()
     QVERIFY2(std::abs(cut.seconds - 450) <= 20, qPrintable(QString("%1 s").arg(cut.seconds)));
 }
 
-// Its length reads 00:00:00, so that there is nothing to move the slider over: a cut of no length.
+// Its length reads 00:00:00, so the slider cannot be moved, and the cut has no length.
 void EditingDesktopTest::trimOfLessThanASecond()
 {
     Recorder recorder(m_desktop);

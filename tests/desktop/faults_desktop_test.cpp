@@ -1,5 +1,5 @@
-// What can go wrong around the program: a `tool` that fails in every way, directories that cannot
-// be written to, a full disk. It never crashes, and tells the user when a recording did not start.
+// What can go wrong around the program: a `tool` that fails in every way, read-only directories, a
+// full disk. The program never crashes, and tells the user when a recording did not start.
 #include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
 
@@ -36,7 +36,7 @@ void FaultsDesktopTest::initTestCase()
     QVERIFY2(m_desktop.HasTray(), "no system tray");
 }
 
-// A recording of which nothing is expected, stopped from the tray.
+// A recording with no expectations, stopped from the tray.
 void FaultsDesktopTest::RecordAndStop(Recorder& recorder, int milliseconds)
 {
     recorder.Click("record.record");
@@ -107,7 +107,7 @@ void FaultsDesktopTest::toolThatStartsAndFailsHarmsNothing()
     QVERIFY2(!recorder.Message(), "a tool that did start is told");
     QVERIFY(recorder.IsRunning());
     m_desktop.Close(m_desktop.Shown(Recorder::kTitle)->id);
-    // A tool that does not end by itself is given 30 seconds.
+    // A tool that does not exit gets 30 seconds.
     QCOMPARE(recorder.WaitForEnd(40000), 0);
     QVERIFY(!QFile::exists(recorder.ErrorFile()));
 }
@@ -153,7 +153,7 @@ void FaultsDesktopTest::oddDeviceListingStillRecords()
     QVERIFY2(file.fault.isEmpty(), qPrintable(file.fault));
 }
 
-// A file stands where the directory should: root can write everywhere else.
+// A file is where the directory should be: root can write everywhere else.
 void FaultsDesktopTest::unwritableSaveDirectoryHarmsNothing()
 {
     Recorder recorder(m_desktop);

@@ -1,4 +1,4 @@
-// A desktop that has no system tray: a minimised window stands in for the icon.
+// A desktop without a system tray: a minimised window replaces the icon.
 #include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
 

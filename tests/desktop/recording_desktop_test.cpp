@@ -1,4 +1,4 @@
-// Records a known picture and known sounds with each audio choice, and looks into the file.
+// Records a known picture and known sounds with each audio choice and inspects the file.
 #include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
 #include "tests/support/test_pattern_process.h"
@@ -30,7 +30,7 @@ void RecordingDesktopTest::initTestCase()
 void RecordingDesktopTest::recordingHasThePictureAndTheChosenSound_data()
 {
     QTest::addColumn<int>("entry");
-    QTest::addColumn<QString>("input"); // of the tool's command line, as the log shows it
+    QTest::addColumn<QString>("input"); // the input in the tool's command line, from the log
     QTest::addColumn<bool>("speaker");
     QTest::addColumn<bool>("microphone");
     QTest::newRow("both") << 0 << R"(-i \"0:0\" -f avfoundation -i \"0:1\" -ar)" << true << true;
@@ -50,7 +50,7 @@ void RecordingDesktopTest::recordingHasThePictureAndTheChosenSound()
     recorder.ChooseAudio(entry);
     QVERIFY2(recorder.StartRecording(), "no file grows");
     QVERIFY2(recorder.Log().contains(input), qPrintable("not " + input + " in " + recorder.Log()));
-    // A machine with much else to do may need a while before it records, and to open a menu.
+    // A busy machine may need a while to start recording and to open a menu.
     QElapsedTimer sinceBegin;
     sinceBegin.start();
     QVERIFY(QTest::qWaitFor([&] { return sinceBegin.hasExpired(4500); }, 10000));

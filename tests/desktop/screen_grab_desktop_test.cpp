@@ -1,5 +1,5 @@
-// Records virtual screens by `tool` alone: what is in the picture, and what becomes of the file
-// when something goes.
+// Records virtual screens with `tool` alone: what is in the picture, and what happens to the file
+// when something disappears.
 #include "tests/support/desktop.h"
 #include "tests/support/own_screen.h"
 #include "tests/support/recording_file.h"
@@ -24,7 +24,7 @@ constexpr int kWidth = 640;
 constexpr int kHeight = 480;
 constexpr uint32_t kGround = 0x4080c0;
 
-// A recording under way.
+// A running recording.
 class Recording
 {
 public:
@@ -48,7 +48,7 @@ public:
         m_process.waitForFinished();
     }
 
-    // Until ffmpeg has told that so many pictures are through.
+    // Waits until ffmpeg has reported this many frames.
     bool WaitForPictures(int count)
     {
         return WaitUntil([&] {
@@ -62,7 +62,7 @@ public:
                }) &&
                IsRunning();
     }
-    // What is still to come, counted from what was told last.
+    // The frames still to come since ffmpeg's last report.
     bool WaitForMore(int count)
     {
         Listen();
@@ -86,7 +86,7 @@ public:
         return m_process.state() != QProcess::NotRunning;
     }
 
-    // Processes that stand beside ffmpeg.
+    // The processes beside ffmpeg.
     QStringList Companions() const
     {
         QFile file(QString("/proc/%1/task/%1/children").arg(m_process.processId()));
@@ -109,7 +109,7 @@ private:
     QString m_text;
 };
 
-// All its pictures, three bytes a pixel.
+// All frames, three bytes per pixel.
 QByteArray Decoded(const QString& file)
 {
     return RunProgram("ffmpeg",
@@ -122,7 +122,7 @@ QByteArray LastPicture(const QString& file)
     return Decoded(file).right(qsizetype{3} * kWidth * kHeight);
 }
 
-// How like a recording is to a picture, red, green and blue together: 1 is the same, 0 nothing.
+// How similar a recording is to a picture, over red, green and blue: 1 is identical, 0 unrelated.
 double Likeness(const QString& recording, const QString& picture)
 {
     const Outcome compared = RunProgram(
@@ -196,7 +196,8 @@ void ScreenGrabDesktopTest::pictureIsAsGoodAsThatOfTheUsualGrab()
     QVERIFY2(recording.Text().contains("Input #0, rawvideo"), qPrintable(recording.Text()));
     const QStringList grab{"-v",    "error",       "-f",      "x11grab", "-framerate",
                            "29.97", "-video_size", "640x480", "-i",      screen.Name()};
-    // With a key frame where the recording has one too: it is less like than those after it.
+    // With a sync sample where the recording has one too, because it is less similar than the
+    // frames after it.
     const Outcome usual =
         RunProgram("ffmpeg", grab + QStringList{"-frames:v", "30", "-force_key_frames",
                                                 "expr:eq(n,1)", "-preset", "ultrafast", "-pix_fmt",
@@ -205,7 +206,7 @@ void ScreenGrabDesktopTest::pictureIsAsGoodAsThatOfTheUsualGrab()
     const Outcome shown =
         RunProgram("ffmpeg", grab + QStringList{"-frames:v", "1", Path("screen.png")});
     QVERIFY2(shown.code == 0, shown.errors);
-    // What is on the screen is what counts: the two halve the colours by different filters.
+    // Compared with the screen, because the two filter the colour planes differently.
     const double own = Likeness(Path(), Path("screen.png"));
     const double theirs = Likeness(Path("usual.mp4"), Path("screen.png"));
     QVERIFY2(theirs > 0.5, qPrintable(QString("the usual grab is not like it: %1").arg(theirs)));
@@ -235,7 +236,7 @@ void ScreenGrabDesktopTest::mouseCursorIsInThePicture()
     QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
     const QByteArray picture = LastPicture(Path());
     QCOMPARE(picture.size(), qsizetype{3} * kWidth * kHeight);
-    // The encoder smears what it codes in blocks of 16.
+    // The encoder works in blocks of 16 and blurs across them.
     constexpr int reach = 40;
     bool seen = false;
     for (int row = 0; row < kHeight; ++row) {
@@ -255,11 +256,11 @@ void ScreenGrabDesktopTest::oneMonitorOfTwoIsRecordedAlone()
     OwnScreen screen({"-screen", "0", kSize});
     QVERIFY2(screen.Good(), "no X server");
     screen.ShowColour(0, 10, 10);
-    constexpr int width = 301; // no coding takes an odd size: a column and a row are left out
+    constexpr int width = 301; // yuv420p has no odd sizes: a column and a row are left out
     constexpr int height = 203;
     QVERIFY2(screen.AddMonitor(250, 150, width, height), "no second monitor");
     screen.Paint(250, 150, width, height, kGround);
-    Recording recording(screen, Path()); // the server names added ones first
+    Recording recording(screen, Path()); // the server lists added monitors first
     QVERIFY2(recording.WaitForPictures(10), qPrintable(recording.Text()));
     QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
     const RecordingFile file = ReadRecording(Path());

@@ -1,4 +1,4 @@
-// Ways to start, stop and leave, with the real `tool` and ffmpeg.
+// Ways to start, stop and quit, with the real `tool` and ffmpeg.
 #include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
 
@@ -55,7 +55,7 @@ void SessionDesktopTest::escapeChangesNothingOnAnyPage()
         m_desktop.Press({"Escape"});
         recorder.Click("home." + page);
         m_desktop.Press({"Escape"});
-        // What still works tells which page is shown.
+        // Which control works tells which page is shown.
         recorder.Click(page + ".back");
         recorder.Click("home.record");
         recorder.ChooseAudio(0);
@@ -71,7 +71,7 @@ void SessionDesktopTest::theWindowCarriesTheProgramsIcon()
     const auto window = m_desktop.Shown("Lumenfold Screen Recorder");
     QVERIFY(window.has_value());
     for (const QByteArray size : {"16 x 16", "32 x 32", "48 x 48"}) {
-        // It comes a moment after the window.
+        // It appears shortly after the window.
         const auto hasSize = [&] {
             const Outcome icon =
                 RunProgram("xprop", {"-id", QString::number(window->id), "_NET_WM_ICON"});
@@ -151,7 +151,7 @@ void SessionDesktopTest::quitFromTrayWhileRecordingFinishesTheFile()
     ExpectPlayable(recorder);
 }
 
-// Quit starts a recording first; this is meant.
+// Quit starts a recording first. This is intended.
 void SessionDesktopTest::quitFromTrayWhileIdleLeavesAFinishedFile()
 {
     Recorder recorder(m_desktop);
@@ -188,7 +188,7 @@ void SessionDesktopTest::recordPressedManyTimesAtOnceHarmsNothing()
     recorder.Click("record.record", 20);
     QVERIFY2(recorder.BringToRest(), "it neither records nor rests");
     const qsizetype before = recorder.Recordings().size();
-    // A stamp of its own for the next file.
+    // So that the next file gets another name.
     QVERIFY(recorder.RecordFor(1000));
     QVERIFY2(recorder.StartRecording(), "it does not record any more");
     QVERIFY(recorder.RecordFor(1000));
@@ -225,7 +225,7 @@ void SessionDesktopTest::withoutArgumentASecondCopyShowsTheWindow()
     }
     Recorder recorder(m_desktop);
     QVERIFY2(recorder.StartAsLauncher(), "no window comes");
-    QCOMPARE(recorder.WaitForEnd(), 0); // of the first copy
+    QCOMPARE(recorder.WaitForEnd(), 0); // of the first instance
     QVERIFY2(recorder.IsShown(), "the window goes with the first copy");
     m_desktop.Close(m_desktop.Shown(Recorder::kTitle)->id);
     QVERIFY(recorder.WaitHidden());

@@ -1,7 +1,7 @@
-// Recordings that end in every way but the right one, several at once of a screen that counts: what
-// was on it when a recording was cut short is compared with the last picture that plays.
-#include "tests/support/test_pattern_process.h"
+// Recordings that are interrupted in every possible way, several at once. The screen shows a
+// counter: its value at the interruption is compared with the last frame that plays.
 #include "tests/support/ordinary_movie.h"
+#include "tests/support/test_pattern_process.h"
 #include "tests/support/tool_movies.h"
 #include "tests/support/tool_take.h"
 
@@ -26,17 +26,17 @@
 
 namespace {
 
-constexpr int kRate = 30; // the pattern's pictures a second
+constexpr int kRate = 30; // the pattern's frame rate
 constexpr double kMostLost = 2;
 
-// A moment of a recording.
+// A moment in a recording.
 struct Moment
 {
     int shown = -1;   // the number on the screen
-    double taken = 0; // seconds in ffmpeg's hands
+    double taken = 0; // seconds that ffmpeg has read
 };
 
-// The numbers that the pictures show, in their order.
+// The numbers in the frames, in order.
 QList<int> NumbersIn(const QString& path)
 {
     const Outcome decoded =
@@ -54,7 +54,7 @@ QList<int> NumbersIn(const QString& path)
     return numbers;
 }
 
-// Seconds of sound that play.
+// The seconds of sound that play.
 double SoundIn(const QString& path)
 {
     const Outcome decoded =
@@ -89,7 +89,7 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is no 
 
     QTemporaryDir m_folder;
     TestPatternProcess m_pattern{QStringList{"--rate", QString::number(kRate)}};
-    QElapsedTimer m_time; // since the pattern's first picture
+    QElapsedTimer m_time; // since the pattern's first frame
     double m_worst = 0;   // seconds lost
 };
 
@@ -101,7 +101,7 @@ void ToolCutShortTest::initTestCase()
     RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-list_devices", "true", "-i", ""});
 }
 
-// Waits for the first picture, and then that long.
+// Waits for the first frame, and then this long.
 void ToolCutShortTest::RecordFor(Take& take, int milliseconds)
 {
     QTRY_VERIFY2_WITH_TIMEOUT(take.HasPicture(), take.Text(), 20000);
@@ -109,8 +109,8 @@ void ToolCutShortTest::RecordFor(Take& take, int milliseconds)
     QTRY_VERIFY2_WITH_TIMEOUT(end.hasExpired(), "time stands still", milliseconds + 10000);
 }
 
-// That the recording plays up to `mostLost` seconds before the moment. On a machine that has too
-// much to do to record in time, what has not reached ffmpeg's hands is not counted as lost.
+// Checks that the recording plays up to `mostLost` seconds before the moment. On a machine too busy
+// to record in time, what has not reached ffmpeg does not count as lost.
 void ToolCutShortTest::ExpectUpTo(const QString& path, Moment moment, bool sound, double mostLost)
 {
     const QList<int> numbers = NumbersIn(path);
@@ -143,8 +143,8 @@ void ToolCutShortTest::quitLeavesAnOrdinaryMovie()
     QVERIFY2(std::abs(DurationIn(probe.error) - seconds) < 0.1, probe.error);
 }
 
-// Fifty recordings, ten at a time; half of them with sound, half of them with all that belongs to
-// them, whose files nobody finishes.
+// Fifty recordings, ten at a time. Half have sound, and half are killed with all their processes,
+// so that nothing finishes their files.
 void ToolCutShortTest::killedAtAnyMomentPlaysUpToTwoSecondsBefore()
 {
     const quint32 seed = QRandomGenerator::global()->generate();
@@ -222,7 +222,7 @@ void ToolCutShortTest::sessionEndedEndsTheRecording()
     ExpectUpTo(take.Path(), moment, true, 1);
 }
 
-// ffmpeg asks whether it may be overwritten, and is told that it may not.
+// ffmpeg asks whether to overwrite it and is told no.
 void ToolCutShortTest::movieThatIsThereAlreadyIsLeftAlone()
 {
     const QString path = Path("there already.mp4");
@@ -249,7 +249,7 @@ void ToolCutShortTest::movieThatIsThereAlreadyIsLeftAlone()
     QVERIFY(file.readAll() == content);
 }
 
-// What the disk is known to have, and nothing else, at every moment of the recording.
+// What is known to be on the disk, and nothing else, at every moment of the recording.
 void ToolCutShortTest::powerCutLosesTwoSeconds()
 {
     const QString log = Path("synced");
@@ -260,7 +260,7 @@ void ToolCutShortTest::powerCutLosesTwoSeconds()
         QFile file(log);
         return file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QList<QByteArray>();
     };
-    // The moment before the disk has the next piece: the most is lost then.
+    // Just before the next fragment reaches the disk, when the loss is greatest.
     for (const qsizetype pieces : {3, 5, 7}) {
         QTRY_VERIFY2_WITH_TIMEOUT(synced().size() > pieces, "the disk has nothing new", 20000);
         const Moment moment = Now(take);
@@ -279,7 +279,7 @@ void ToolCutShortTest::powerCutLosesTwoSeconds()
     }
 }
 
-// A file that cannot grow, whoever runs this.
+// A file that cannot grow, even for root.
 void ToolCutShortTest::fullDiskLeavesWhatHadRoom()
 {
     rlimit before{};
@@ -294,7 +294,7 @@ void ToolCutShortTest::fullDiskLeavesWhatHadRoom()
     const Moment moment = Now(take);
     QVERIFY2(take.Text().contains("File too large"), take.Text());
     QVERIFY(take.ExitCode() != 0);
-    // The torn piece is taken away.
+    // The incomplete fragment is removed.
     QTRY_VERIFY(QFileInfo(take.Path()).size() < 25000);
     ExpectUpTo(take.Path(), moment, true);
     QCOMPARE(DecodingErrors(take.Path()), QByteArray());

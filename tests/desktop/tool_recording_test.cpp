@@ -1,6 +1,5 @@
-// Runs the real program where there is a screen and a sound server. Where no recording is looked
-// at, a stand-in for ffmpeg writes down what it was given. The sound server has a microphone and an
-// output.
+// Runs the real program with a screen and a sound server, which has a microphone and an output.
+// Unless a test inspects the recording, a stand-in for ffmpeg records its arguments.
 #include "tests/support/tool_movies.h"
 #include "tests/support/tool_take.h"
 
@@ -57,7 +56,7 @@ void ToolRecordingTest::numbersAreUnderstoodWherever_data()
         << "run" << true << (own | QFile::WriteOther | QFile::ExeOther);
 }
 
-// The numbers of the list mean the same for the recording, remembered or not.
+// The numbers of the list mean the same in the recording, remembered or not.
 void ToolRecordingTest::numbersAreUnderstoodWherever()
 {
     QFETCH(QString, directory);
@@ -94,12 +93,12 @@ void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording_data()
     QTest::newRow("lives") << false << 42;
 }
 
-// `tool` reaches the screen through this test, which so can stop it half way.
+// `tool` connects to the screen through this test, which can stop it half way.
 void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording()
 {
     QFETCH(bool, dies);
     QFETCH(int, code);
-    QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0); // its end is told to this test
+    QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0); // this test is notified when it ends
     QTcpServer server;
     QVERIFY2(server.listen(QHostAddress::LocalHost), qPrintable(server.errorString()));
     QProcess recorder;
@@ -142,7 +141,7 @@ void ToolRecordingTest::quitBeforeTheFirstPictureStillGivesAPicture_data()
     QTest::addColumn<QString>("device");
     QTest::newRow("at once") << QByteArray() << "0";
     QTest::newRow("at once, with sound") << QByteArray() << "0:0";
-    // As on a machine that has a lot to do.
+    // As on a busy machine.
     QTest::newRow("ffmpeg starts late")
         << QByteArray("case \"$*\" in *rawvideo*) sleep 2;; esac\n") << "0";
 }
@@ -161,16 +160,15 @@ void ToolRecordingTest::quitBeforeTheFirstPictureStillGivesAPicture()
     QCOMPARE(DecodingErrors(path), QByteArray());
 }
 
-// The recorder answers what ffmpeg prints, so the key comes just when ffmpeg begins to look for
-// one.
+// The recorder answers ffmpeg's output, so the key arrives just when ffmpeg starts to look for one.
 void ToolRecordingTest::quitAsSoonAsFfmpegAsksForKeysStillGivesAPicture()
 {
     qunsetenv("LUMENFOLD_FFMPEG");
-    constexpr int times = 12; // enough to see what happens to every fourth
+    constexpr int times = 12; // enough to notice a failure in every fourth
     for (int i = 0; i < times; ++i) {
         const QString path = m_folder->filePath(QString("short %1.mp4").arg(i));
         Take take(path, "0");
-        // Without the pauses of QTRY_VERIFY.
+        // Without the pauses of QTRY_VERIFY().
         const QDeadlineTimer patience(20000);
         while (!take.Text().contains("Press [q]")) {
             QVERIFY2(!patience.hasExpired(), take.Text());

@@ -1,13 +1,13 @@
-// Cuts as the recorder asks for them, made by `tool` with the real ffmpeg and looked at as a player
-// shows them.
-#include "tool/cut.h"
+// Cuts requested like the recorder does, made by `tool` with the real ffmpeg and checked as a
+// player shows them.
 #include "tests/support/tool_movies.h"
+#include "tool/cut.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
-// The options that make ffmpeg show so many seconds from there on.
+// Options that make ffmpeg show this many seconds from there on.
 static QStringList Span(int start, int length)
 {
     return {"-ss", QString::number(start), "-t", QString::number(length)};
@@ -33,7 +33,7 @@ private slots:
 private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
     QString Path(const QString& name) const { return m_folder.filePath(name); }
     void Make(const QString& name, const QStringList& inputs, const QStringList& more);
-    // Cuts with the recorder's command line and gives the path of the result.
+    // Cuts with the recorder's command line and returns the path of the result.
     QString Cut(const QString& source, int start, int length);
 
     QTemporaryDir m_folder;
@@ -85,7 +85,7 @@ void ToolCutTest::initTestCase()
 void ToolCutTest::onlyTheRecordersCutIsChanged_data()
 {
     QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("expected"); // empty: it is no cut
+    QTest::addColumn<QString>("expected"); // empty: not a cut
     const auto row = [](const char* name, const char* line, const char* expected) {
         QTest::newRow(name) << QString(line).split(' ') << QString(expected);
     };
@@ -130,7 +130,7 @@ void ToolCutTest::cutShowsAPictureAtOnceAndIsAsLongAsAsked_data()
     }
 }
 
-// Every picture shown is the one that the source shows at that time, from the first on.
+// From the first frame on, every frame shown is the one the source shows at that time.
 void ToolCutTest::cutShowsAPictureAtOnceAndIsAsLongAsAsked()
 {
     QFETCH(QString, name);

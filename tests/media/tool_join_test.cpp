@@ -1,9 +1,9 @@
-// The decisions behind a merge: which command it is, what a part is, what ffmpeg is asked for.
+// The decisions behind a merge: which command it is, what a part is, what ffmpeg is asked to do.
+#include "tests/support/tool_movies.h"
 #include "tool/conversion.h"
 #include "tool/ffmpeg_program.h"
 #include "tool/join.h"
 #include "tool/transport_stream.h"
-#include "tests/support/tool_movies.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -215,7 +215,7 @@ void ToolJoinTest::descriptionsAreReadFromFfmpegsText()
 void ToolJoinTest::whatNoVideoCanBeIsNotTakenFromFfmpegsText_data()
 {
     QTest::addColumn<QString>("stream");
-    QTest::addColumn<QString>("read"); // size, rate, samples a second, channels
+    QTest::addColumn<QString>("read"); // size, frame rate, sample rate, channels
     const char* video = "Video: h264, yuv420p, ";
     const char* audio = "Audio: aac, ";
     const auto row = [](const char* name, const QString& stream, const char* read) {

@@ -1,4 +1,4 @@
-// Merges as the recorder asks for them, command by command, made by `tool` with the real ffmpeg.
+// Merges requested like the recorder does, command by command, made by `tool` with the real ffmpeg.
 #include "tests/support/tool_movies.h"
 
 #include <QDir>
@@ -34,9 +34,9 @@ private slots:
 private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
     QString Path(const QString& name) const { return m_folder.filePath(name); }
     void Make(const QString& name, const QStringList& inputs, const QStringList& more);
-    // The recorder's first stage; the name of the intermediate.
+    // The recorder's first stage. Returns the name of the intermediate.
     QString Convert(const QString& source, const QString& folder, int number);
-    // Both stages; what the second printed. The result is m_result.
+    // Both stages. Returns the output of the second. The result is m_result.
     Outcome Merge(const QStringList& sources, const QString& folder = "parts");
     QStringList JoinArguments(const QStringList& parts);
     double Duration(const QString& path);
@@ -92,7 +92,7 @@ double ToolMergeTest::Duration(const QString& path)
     return DurationIn(RunProgram(TOOL_PROGRAM, {"-i", path}).error);
 }
 
-// As long as all together, and every packet can be decoded.
+// The result is as long as all parts together, and every packet can be decoded.
 void ToolMergeTest::CheckWhole(const QStringList& sources)
 {
     double sum = 0;
@@ -105,7 +105,7 @@ void ToolMergeTest::CheckWhole(const QStringList& sources)
     QCOMPARE(DecodingErrors(m_result), QByteArray());
 }
 
-// Each beep from then on comes with a flash; in seconds.
+// Each beep from then on coincides with a flash. In seconds.
 void ToolMergeTest::CheckStep(double from)
 {
     const QList<double> flashes = FlashTimes(m_result);
@@ -255,7 +255,7 @@ void ToolMergeTest::firstMovieGivesSizeRateAndSound()
     QVERIFY2(text.contains("44100 Hz, stereo"), text);
 }
 
-// A flash fills the picture of its movie: what stays dark is the frame around it.
+// A flash fills the picture of its movie. What stays dark is the border around it.
 void ToolMergeTest::otherShapesAreCentredOnBlack()
 {
     QVERIFY(Merge({"plain.mp4", "tall.mp4"}).code == 0);
@@ -296,7 +296,7 @@ void ToolMergeTest::partWithoutPictureIsBlack()
     QCOMPARE(FlashTimes(m_result).size(), 6);
 }
 
-// The recorder waits for half a minute, then deletes the parts, however far the joining is.
+// The recorder waits half a minute, then deletes the parts, even if the join is still running.
 void ToolMergeTest::deletedPartsAreJoinedToTheEnd()
 {
     QDir().mkpath(Path("deleted"));

@@ -1,7 +1,7 @@
-// The duration as `tool` reads it from a file's headers, held against what ffmpeg says.
+// The duration `tool` reads from a file's headers, compared with what ffmpeg says.
+#include "tests/support/tool_movies.h"
 #include "tool/frugal_file.h"
 #include "tool/movie.h"
-#include "tests/support/tool_movies.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -31,7 +31,7 @@ private slots:
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
     QString Path(const QString& name) const { return m_folder.filePath(name); }
-    // Makes a movie of this name and reports a failure; `more` are options before the name.
+    // Makes a movie and reports a failure. `more`: options before the name.
     void Make(const QString& name, const QStringList& inputs, const QStringList& more);
     QByteArray Bytes(const QString& name) const;
     void Write(const QString& name, const QByteArray& bytes) const;
@@ -189,7 +189,7 @@ void ToolProbeTest::oddBoxSizesAreLeftToFfmpeg_data()
     for (const char* box : {"ftyp", "moov", "mvhd", "trak", "mdia", "elst", "stts", "stsd"}) {
         for (const char* size :
              {"00000000", "00000001", "00000007", "7fffffff", "80000000", "ffffffff"}) {
-            // Nothing but the end of the file may follow a box without a size.
+            // A box without a size extends to the end of the file.
             if (QByteArray(box) != "moov" || QByteArray(size) != "00000000") {
                 QTest::addRow("%s %s", box, size) << QByteArray(box) << QByteArray(size);
             }

@@ -1,6 +1,6 @@
-// The colours are held against those that ffmpeg makes.
-#include "tool/screen_picture.h"
+// Compares the colours with those ffmpeg produces.
 #include "tests/support/tool_movies.h"
+#include "tool/screen_picture.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -17,7 +17,7 @@ using tool::YuvBytes;
 
 namespace {
 
-// Smooth colours with a few hard edges, as a desktop has; rows with a gap behind them.
+// Smooth colours with a few hard edges, like a desktop. Rows are padded.
 struct Canvas
 {
     Canvas(int w, int h)
@@ -64,7 +64,7 @@ void Paint(Canvas& canvas)
     }
 }
 
-// Mean of each plane, and mean distance of the two pictures in it.
+// The mean of each plane, and the mean difference of the two pictures in it.
 struct Comparison
 {
     double difference = 0;
@@ -228,7 +228,7 @@ void ToolScreenPictureTest::cursorAtAnEdgeIsCutOff_data()
     QTest::newRow("far away") << 5000 << -5000 << 0;
 }
 
-// Memory behind the picture's rows must stay as it is.
+// Memory beyond the picture's rows must not be changed.
 void ToolScreenPictureTest::cursorAtAnEdgeIsCutOff()
 {
     QFETCH(int, x);

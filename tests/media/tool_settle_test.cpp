@@ -1,10 +1,10 @@
-// Movies in pieces become ordinary ones: compared with what ffmpeg itself writes, packet by packet.
+// Fragmented movies become ordinary ones, compared packet by packet with those ffmpeg writes.
+#include "tests/support/tool_movies.h"
 #include "tool/boxes.h"
 #include "tool/frugal_file.h"
 #include "tool/movie.h"
 #include "tool/movie_pieces.h"
 #include "tool/settle.h"
-#include "tests/support/tool_movies.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -72,7 +72,7 @@ bool Settle(const QString& path)
     return tool::SettleMovie(QFile::encodeName(path).toStdString());
 }
 
-// The times, lengths, kinds and contents of all packets, and what is told of the streams.
+// The times, sizes, flags and contents of all packets, and the stream descriptions.
 QByteArray Packets(const QString& path)
 {
     const QString shown = "packet=stream_index,pts,dts,duration,size,flags,data_hash:stream=codec_"
@@ -81,11 +81,11 @@ QByteArray Packets(const QString& path)
     const Outcome outcome = RunProgram("ffprobe", {"-v", "error", "-show_data_hash", "md5",
                                                    "-show_entries", shown, "-of", "compact", path});
     QList<QByteArray> lines = outcome.output.split('\n');
-    std::sort(lines.begin(), lines.end()); // the streams lie differently between each other
+    std::sort(lines.begin(), lines.end()); // the streams are interleaved differently
     return lines.join('\n') + outcome.error;
 }
 
-// The pictures' digests, a line each.
+// The digests of the frames, one per line.
 Outcome Decoded(const QString& path)
 {
     Outcome outcome = RunProgram("ffmpeg", {"-v", "error", "-nostdin", "-i", path, "-map", "0",
@@ -101,7 +101,7 @@ Outcome Decoded(const QString& path)
 constexpr const char* kPieces =
     "-movflags +frag_keyframe+delay_moov+default_base_moof -frag_duration 1000000";
 
-// No file grows beyond this many bytes, as on a disk that is full.
+// Limits file sizes to this many bytes, like a full disk.
 class FullDisk
 {
 public:
@@ -122,7 +122,7 @@ private:
 
 } // namespace
 
-// The same streams twice: in pieces, and as ffmpeg's own ordinary movie.
+// The same streams twice: fragmented, and as ffmpeg's ordinary movie.
 void ToolSettleTest::Make(const QString& name, const QStringList& arguments)
 {
     const QStringList exactly = {"-fflags", "+bitexact", "-flags", "+bitexact", "-threads", "1"};
@@ -147,7 +147,7 @@ void ToolSettleTest::initTestCase()
     Make("sound alone.mp4", ToneInput(5) + PlainCodecs());
     Make("short.mp4", PictureInput(0.04) + often);
     Make("ntsc.mp4", PictureInput(5, "160x120", "29.97") + ToneInput(5, 44100) + often);
-    // As a recording has them: the first piece holds a picture alone.
+    // As in a recording, the first fragment has one frame only.
     Make("recorded.mp4", PictureInput(5, "160x120", "29.97") + ToneInput(5, 44100) + PlainCodecs() +
                              QStringList{"-g", "59", "-force_key_frames", "expr:eq(n,1)"});
 }
@@ -189,8 +189,7 @@ void ToolSettleTest::settledMovieIsReadWithoutFfmpeg()
     QCOMPARE(DurationLine(QByteArray::fromStdString(*text)), DurationLine(asked.error));
 }
 
-// As a crash in between leaves it: with a part of the index, and with all of it but no other
-// header.
+// What a crash in between leaves: part of the index, or all of it with the old header.
 void ToolSettleTest::movieHalfSettledPlaysAsBefore()
 {
     const QString path = Path("half settled.mp4");
@@ -205,7 +204,7 @@ void ToolSettleTest::movieHalfSettledPlaysAsBefore()
         QCOMPARE(decoded.error, QByteArray());
         QCOMPARE(decoded.output, Decoded(source).output);
     }
-    // Nothing but the header was changed.
+    // Only the header was changed.
     qsizetype first = 0;
     while (settled[first] == pieces[first]) {
         ++first;
@@ -214,13 +213,13 @@ void ToolSettleTest::movieHalfSettledPlaysAsBefore()
              "the data was changed");
 }
 
-// At each end of a box, beside it, and anywhere.
+// At each end of a box, next to it, and anywhere.
 void ToolSettleTest::movieCutShortAnywherePlaysUpToThere()
 {
     const QString source = InPieces("recorded.mp4");
     const QByteArray whole = Content(source);
     const QList<QByteArray> pictures = Decoded(source).output.split('\n');
-    qint64 firstPiece = 0; // its end
+    qint64 firstPiece = 0; // where the first fragment ends
     QList<qint64> sizes = {1, 7};
     for (const TopBox& box : TopBoxes(source)) {
         sizes << box.end << box.end + 9;
@@ -257,7 +256,7 @@ void ToolSettleTest::movieCutShortAnywherePlaysUpToThere()
     }
 }
 
-// A hole of that size before the pieces.
+// A hole of that size before the fragments.
 void ToolSettleTest::movieAboveFourGibibytes()
 {
     const QString path = Path("large.mp4");
@@ -308,7 +307,7 @@ void ToolSettleTest::whatIsNoMovieInPiecesIsLeftAlone_data()
     QTest::newRow("a piece that goes elsewhere") << changed("tfhd", 7, QByteArray(1, '\x01'));
     QTest::newRow("four billion samples") << changed("trun", 8, "\xff\xff\xff\xff");
     QByteArray nothing = changed("trun", 4, QByteArray::fromHex("00000001ffffffff"));
-    nothing.replace(nothing.indexOf("tfhd") + 16, 4, QByteArray(4, '\0')); // usual size
+    nothing.replace(nothing.indexOf("tfhd") + 16, 4, QByteArray(4, '\0')); // no default size
     QTest::newRow("four billion samples of nothing") << nothing;
     QTest::newRow("samples before the file") << changed("trun", 12, "\xff\x00\x00\x00");
     QTest::newRow("time that goes back")
@@ -350,7 +349,7 @@ void ToolSettleTest::fullDiskLeavesATornMovieWithoutItsEnd()
     const QString path = Path("full and torn.mp4");
     const QByteArray content = Content(InPieces("sound.mp4"));
     const QList<TopBox> boxes = TopBoxes(InPieces("sound.mp4"));
-    const qint64 whole = boxes[5].end; // the second piece's
+    const qint64 whole = boxes[5].end; // of the second fragment
     for (const qint64 size : {whole + 5, whole + 100, boxes[7].end - 1}) {
         QVERIFY(Write(path, content.left(size)));
         {

@@ -1,8 +1,8 @@
-// The recorder's commands for a recording that was cut short: what was written whole is read.
+// The recorder's commands for an interrupted recording: complete fragments are read.
+#include "tests/support/tool_movies.h"
 #include "tool/boxes.h"
 #include "tool/frugal_file.h"
 #include "tool/torn_input.h"
-#include "tests/support/tool_movies.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -23,8 +23,8 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is no 
     QString Path(const QString& name) const { return m_folder.filePath(name); }
 
     QTemporaryDir m_folder;
-    QByteArray m_recording; // 6 s, in pieces of a second
-    QList<qint64> m_pieces; // where each ends
+    QByteArray m_recording; // 6 s, in fragments of a second
+    QList<qint64> m_pieces; // where each fragment ends
 };
 
 namespace {
