@@ -6,7 +6,7 @@
 #include <QMenu>
 #include <QSystemTrayIcon>
 
-// The window operated by keyboard alone, and as a screen reader tells it.
+// The window operated by keyboard only, and as a screen reader sees it.
 class AccessibilityTest : public VideoPageTest
 {
     Q_OBJECT
@@ -70,7 +70,7 @@ private Q_SLOTS:
             QVERIFY2(focused.startsWith(name), qPrintable(name + " expected, focused: " + focused));
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         }
-        QCOMPARE(Name(QApplication::focusWidget()), QString("Help")); // round and round
+        QCOMPARE(Name(QApplication::focusWidget()), QString("Help")); // wraps around
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
         QVERIFY2(Name(QApplication::focusWidget()).startsWith(names.last()),
                  qPrintable("Backtab: " + Name(QApplication::focusWidget())));
@@ -111,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(Name(QApplication::focusWidget()), QString("Help"));
     }
 
-    // With the mouse alone a click would tell the page which video is meant.
+    // With the mouse, only a click tells the page which video is selected.
     void aVideoChosenByKeyIsTheOneThatIsCut()
     {
         Enter("btnMontageSlot");
@@ -146,7 +146,7 @@ private Q_SLOTS:
         QVERIFY2(!ring->isVisible(), "the ring stays though the mouse is used");
     }
 
-    // Its own name is what it has chosen; what is chosen there is told by its caption.
+    // Its accessible name is the current choice; the caption says what is being chosen.
     void theChoiceOfSoundIsNamedByItsCaption()
     {
         Enter("btnSlot");
@@ -240,7 +240,7 @@ private:
         return told == nullptr ? QString() : told->text(QAccessible::Name);
     }
 
-    // The control of the current page whose name begins so.
+    // The control of the current page whose name starts like this.
     QWidget* Control(const QString& name)
     {
         for (auto* control : CurrentPage()->findChildren<QWidget*>()) {
@@ -258,7 +258,7 @@ private:
         QTest::keyClick(control, key);
     }
 
-    // Whether the ring changes what is painted on the border of `place`.
+    // Whether the ring changes the pixels on the border of `place`.
     bool DiffersAround(const QRect& place, QWidget* ring)
     {
         const QImage with = Window().grab(place).toImage();
@@ -271,7 +271,7 @@ private:
                 differing += with.pixel(x, y) != without.pixel(x, y) ? 1 : 0;
             }
         }
-        return differing >= with.width(); // a line's worth at the least
+        return differing >= with.width(); // at least one line
     }
 };
 

@@ -13,7 +13,7 @@ class CloseWatcherTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // Qt's own rule, which every test has to begin with.
+    // Qt's default, which every test starts with.
     void init() { QApplication::setQuitOnLastWindowClosed(true); }
 
     void closingAMessageWhileTheWindowIsHiddenDoesNotEndTheProgram_data()
@@ -77,8 +77,8 @@ private Q_SLOTS:
 private:
     static constexpr int kWentOn = 7;
 
-    // An end that a hide or a close brings about is posted at once, so it comes before this call.
-    // Its timer has its turn in a later round of the loop, and there is none once the end has come.
+    // A quit caused by hiding or closing is posted at once, so it comes before this call. The timer
+    // fires in a later iteration of the loop, which is never reached once the loop ends.
     static void EndAfterWhatIsPosted()
     {
         const auto goOn = [] { QTimer::singleShot(1, [] { QCoreApplication::exit(kWentOn); }); };

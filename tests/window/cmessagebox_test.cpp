@@ -141,7 +141,7 @@ private Q_SLOTS:
     }
 
 private:
-    // Tells whether the dialog accepted the move.
+    // Whether the dialog accepted the move.
     bool MoveWith(Qt::MouseButtons buttons, const QPoint& place)
     {
         QMouseEvent move(QEvent::MouseMove, place, m_box->mapToGlobal(place), Qt::NoButton, buttons,

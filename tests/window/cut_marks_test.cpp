@@ -6,7 +6,7 @@ namespace {
 constexpr auto kTable = "m_pCutVideoTable";
 } // namespace
 
-// The cut page from the choice of a video on: its length, the slider, the marks and the preview.
+// The cut page after a video is selected: its length, the slider, the marks and the preview.
 class CutMarksTest : public VideoPageTest
 {
     Q_OBJECT
@@ -19,7 +19,7 @@ private Q_SLOTS:
     {
         MakeVideo("a.mp4");
         EnterCutPage();
-        QCOMPARE(EnabledButtons(), QString("Cut")); // before a video is selected, and only then
+        QCOMPARE(EnabledButtons(), QString("Cut")); // only before a video is selected
         ClickRow(kTable, 0);
         QCOMPARE(EnabledButtons(), QString("Play Start"));
         Call("btnSetHead");
@@ -65,7 +65,7 @@ private Q_SLOTS:
         QCOMPARE(slider->value(), 0);
     }
 
-    // The slider goes back to 0; the position that the label and Start read does not.
+    // The slider returns to 0, but the position that the label and Start use does not.
     void startTakesThePositionOfThePreviousVideo()
     {
         MakeVideo("a.mp4", "00:00:30");
@@ -73,7 +73,7 @@ private Q_SLOTS:
         EnterCutPage();
         ClickRow(kTable, 0);
         Call("btnSetHead");
-        QCOMPARE(Marks(), QString("00:00:00 00:00")); // never moved reads as 0
+        QCOMPARE(Marks(), QString("00:00:00 00:00")); // 0 if never moved
         Move(25);
         ClickRow(kTable, 1);
         QCOMPARE(Position(), QString("00:00:25/00:00:10"));
@@ -125,7 +125,7 @@ private Q_SLOTS:
         QCOMPARE(slider->value(), 100);
     }
 
-    // From where the handle stands, to where the mouse takes it.
+    // From the handle to where the mouse takes it.
     void draggingTheHandleMovesThePosition()
     {
         MakeVideo("a.mp4", "00:01:40");
@@ -218,7 +218,7 @@ private Q_SLOTS:
         player->start("/bin/cat", QStringList());
         QVERIFY(player->waitForStarted());
         Press("Back");
-        QCOMPARE(player->bytesToWrite(), 3); // the quit command, whether it comes to be read or not
+        QCOMPARE(player->bytesToWrite(), 3); // the quit command, whether or not it is read
         QCOMPARE(Child<QSlider>("m_pCutSlider")->value(), 0);
         QTRY_COMPARE(player->state(), QProcess::NotRunning);
         QCOMPARE(Page(), 0);

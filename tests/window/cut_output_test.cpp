@@ -6,8 +6,8 @@ constexpr auto kConversion = "m_pChangeTSProcess";
 const QString kFailure = "Clip failed, not an valid format, it's better to clip created mp4 files";
 } // namespace
 
-// What a cut reads: for every chunk that its own tool prints, the output of the process that
-// converts for a merge. That one is given something to say here, which its own slot does not take.
+// What a cut reads: for every chunk its own tool prints, the output of the process that converts
+// for a merge. Here that process has output, which its own slot does not read.
 class CutOutputTest : public VideoPageTest
 {
     Q_OBJECT
@@ -54,7 +54,7 @@ private Q_SLOTS:
         QCOMPARE(Boxes().texts, QStringList{Success()});
     }
 
-    // A report of 100 is the end to the dialog, so every one of them is told.
+    // A report of 100 ends the dialog, so each of them shows a message.
     void twentyStepsAreAllThatCount()
     {
         CutWhileTheConversionSays(QStringList(22, "frame=1"));
@@ -105,8 +105,8 @@ private Q_SLOTS:
         QCOMPARE(Results(), QStringList{"Cut_a.mp4"});
     }
 
-    // Whoever reads the folder with the last report, or while the message is open, finds no file of
-    // a cut that failed.
+    // Reading the folder at the last report, or while the message is open, finds no file of a
+    // failed cut.
     void theFileOfAFailedCutIsGoneBeforeTheReport()
     {
         QStringList found{"never told"};
@@ -136,7 +136,7 @@ private Q_SLOTS:
         QCOMPARE(SCANUI::m_nError, 2);
     }
 
-    // It counts its own ticks then too, of none.
+    // It then also counts its own ticks, without any.
     void theConversionMayPrintBeforeAnyMerge()
     {
         OpenWindow();
@@ -159,7 +159,7 @@ public Q_SLOTS:
     }
 
 private:
-    // Each of the texts is there, and alone, when the cut's tool prints its own.
+    // Each text is available, alone, when the cut's tool prints its own.
     void CutWhileTheConversionSays(QStringList texts, const QByteArray& own = "frame=1")
     {
         SelectRange("a.mp4", 1, 2);
@@ -174,7 +174,7 @@ private:
         CutAgainWhileTheConversionSays(std::move(texts), own);
     }
 
-    // In the window that made the cut before.
+    // In the window of the previous cut.
     void CutAgainWhileTheConversionSays(QStringList texts, const QByteArray& own = "frame=1")
     {
         auto* conversion = Child<QProcess>(kConversion);

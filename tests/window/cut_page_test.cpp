@@ -47,7 +47,7 @@ private Q_SLOTS:
         QCOMPARE(Child<QLineEdit>(kField)->text(), SaveDirectory());
     }
 
-    // The file is then one that the folder does not hold.
+    // The file is then not in the folder.
     void aVideoIsLookedForInTheFolderOfTheField()
     {
         MakeVideo("elsewhere.mp4", "00:00:05", Target());
@@ -122,7 +122,7 @@ private Q_SLOTS:
         QTest::newRow("merge") << QByteArray("btnEditSlot") << 3;
     }
 
-    // Wherever the field is left, also from behind another page.
+    // Wherever the field is left, even while another page is shown.
     void leavingTheFieldReadsItsOwnFolderOnTheSamePage()
     {
         QFETCH(QByteArray, entry);
@@ -209,7 +209,7 @@ private Q_SLOTS:
         QCOMPARE(QApplication::focusWidget(), Child<QTableWidget>(kTable));
         Calls();
         ClickRow(kTable, 0);
-        QCOMPARE(Calls().size(), 1); // of the row itself
+        QCOMPARE(Calls().size(), 1); // for the row itself
     }
 
     void nothingIsCutOffOrOverlaps()

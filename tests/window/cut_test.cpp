@@ -114,7 +114,7 @@ private Q_SLOTS:
         Boxes().directory = QString();
         Press("Cut");
         const QFileDialog elsewhere(nullptr, QString(), SaveDirectory());
-        Press("Cut"); // after a cancelled one it begins where any chooser would
+        Press("Cut"); // after a cancelled chooser it starts at the default place
         QCOMPARE(Boxes().startDirectory, SaveDirectory());
     }
 
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QCOMPARE(Boxes().texts, QStringList({kFailure, Success("Cut_a (1).mp4")}));
     }
 
-    // "Cut_" makes the name longer than a file system takes.
+    // With "Cut_" the name is too long for the file system.
     void aNameThatGrowsTooLongEndsWithTheSuccessMessageAndLosesNothing_data()
     {
         QTest::addColumn<int>("length");
@@ -274,7 +274,7 @@ private Q_SLOTS:
     }
 
 private:
-    // With the progress dialog, after each chunk that the cut's tool says.
+    // Called with the progress dialog after each chunk of the cut's tool.
     void OnOutput(const std::function<void(SCANUI&)>& look)
     {
         Hear("m_pCutProcess", [look] {

@@ -7,7 +7,7 @@
 #include <QMenu>
 #include <QProgressBar>
 
-// The tables of the two message dialogs, the progress dialog and the tray's icon and menu.
+// The tables for the two message dialogs, the progress dialog, and the tray icon and menu.
 
 namespace {
 
@@ -23,7 +23,7 @@ QLabel* PictureIn(const QWidget* dialog)
     return nullptr;
 }
 
-// A button on the bar of a message dialog.
+// A button on a message dialog's bar.
 Look BoxButton(const QWidget* dialog, const QString& text, int left, const QString& slot)
 {
     return {.what = text,
@@ -37,7 +37,7 @@ Look BoxButton(const QWidget* dialog, const QString& text, int left, const QStri
             .flat = true};
 }
 
-// What both message dialogs have, W wide.
+// Common to both message dialogs, of width W.
 QList<Look> MessageLooks(CMessageBox& dialog, int W, const QString& title, int titleLeft,
                          const QString& picture, bool wraps)
 {

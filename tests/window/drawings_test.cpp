@@ -8,17 +8,17 @@
 #include <algorithm>
 #include <cstdlib>
 
-// Whether the committed pictures are what the drawings give: who changes a drawing has to run
+// Checks that the committed images match the drawings: after changing a drawing, run
 // scripts/render-art.
 namespace {
 
 const QString kResources = QStringLiteral(LUMENFOLD_RESOURCES_DIR "/");
 const QString kProgramIcon = QStringLiteral("lumenfold-recorder");
 
-// Renderers of different versions round the edges differently.
+// Different renderer versions antialias edges differently.
 constexpr int kTolerance = 24;
 
-// The pictures that a drawing is rendered into, with the renderer's options for each.
+// The images rendered from a drawing, with the renderer's options.
 QList<std::pair<QString, QStringList>> PicturesOf(const QString& name)
 {
     if (name != kProgramIcon) {
@@ -39,7 +39,7 @@ QImage Premultiplied(const QString& path)
     return QImage(path).convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
-// Compared premultiplied: what is transparent has no colour.
+// Compared premultiplied, because transparent pixels have no colour.
 QString Compare(const QString& path, const QString& fresh)
 {
     const QImage committed = Premultiplied(path);

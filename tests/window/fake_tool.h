@@ -12,8 +12,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-// What the window tests share: a scripted `tool` beside the test program, which notes how it was
-// called and behaves like the real one towards its caller, and a window built upon it.
+// Shared by the window tests: a scripted `tool` beside the test program, which records how it is
+// called and behaves like the real one, and a window that uses it.
 
 inline QString BesideProgram(const QString& name)
 {
@@ -42,8 +42,8 @@ inline void InstallTool(const QByteArray& script)
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
-// Lists what stands in "listing"; else "records" into its last argument: a line of progress every
-// tenth of a second until a q is typed, and the keys it read go into "keys".
+// Prints the file "listing", or "records" to its last argument: a line of progress every tenth of a
+// second until "q" is typed. The keys it reads go to "keys".
 inline constexpr auto kRecordingTool = R"(#!/bin/bash
 here=$(dirname "$0")
 if [[ "$*" == *-list_devices* ]]; then cat "$here/listing" >&2; exit 1; fi
@@ -70,7 +70,8 @@ class WindowTest : public QObject
     Q_OBJECT
 
 protected:
-    // A fresh folder for the recordings, the recording tool, no settings but the save directory.
+    // A new folder for the recordings, the recording tool, and only the save directory in the
+    // settings.
     void Prepare()
     {
         m_directory = std::make_unique<QTemporaryDir>();
@@ -104,7 +105,7 @@ protected:
         return m_window->findChild<T*>(name);
     }
 
-    // Presses the button with this text, as a user would.
+    // Clicks the button with this text.
     void Press(const QString& text)
     {
         for (auto* button : m_window->findChildren<QPushButton*>()) {

@@ -7,10 +7,10 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-// The help pages as a browser shows them, wide and on a narrow window.
+// The help pages in a browser, in a wide and in a narrow window.
 namespace {
 
-// Added to a page, tells in its title what is broken on it.
+// A script that reports in the page's title what is broken.
 constexpr auto kJudge = R"(<script>
 addEventListener('load', () => {
   const wrong = [];
@@ -87,7 +87,7 @@ private slots:
     }
 
 private:
-    // As the browser has it when the page was loaded and its scripts are done.
+    // The page's document after its scripts have run.
     QString TitleShown(const QString& page, int width)
     {
         QProcess browser;

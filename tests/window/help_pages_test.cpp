@@ -22,7 +22,7 @@ QString FileText(const QString& file)
     return page.open(QIODevice::ReadOnly) ? QString::fromUtf8(page.readAll()) : QString();
 }
 
-// The text that a reader sees, each run of white space as one blank.
+// The visible text, with white space collapsed.
 QString VisibleText(const QString& file)
 {
     QString text = FileText(file);
@@ -68,7 +68,7 @@ private slots:
         QVERIFY2(!VisibleText(page).isEmpty(), "the page is empty");
     }
 
-    // Stricter than a browser, which would repair an open element in silence.
+    // Stricter than a browser, which silently repairs unclosed elements.
     void everyElementIsClosed_data() { AddPageRows(); }
     void everyElementIsClosed()
     {

@@ -12,10 +12,10 @@
 
 #include <functional>
 
-// A `tool` for the pages with videos. It notes every command line in "calls", answers a probe with
-// the duration that stands in the file, and for every other run executes "job" with the same
-// arguments, or makes its output where there is none. What a job says with `say` is one chunk of
-// output: it goes on when the test has heard it.
+// A `tool` for the cut and merge pages. It records every command line in "calls", answers a probe
+// with the duration stored in the file, and for every other run executes "job" with the same
+// arguments, or creates its output if there is no "job". Each `say` of a job is one chunk of
+// output; the job continues when the test has read it.
 inline constexpr auto kVideoTool = R"(#!/bin/bash
 here=$(dirname "$0")
 if [[ "$*" == *-list_devices* ]]; then exit 1; fi
@@ -65,7 +65,7 @@ protected:
         m_boxes.reset();
     }
 
-    // A video in the save directory: each is older than the one before.
+    // A video in the save directory, older than the previous one.
     void MakeVideo(const QString& name, const QByteArray& duration = "00:00:30",
                    const QString& directory = QString())
     {
@@ -85,11 +85,10 @@ protected:
         Call("btnMontageSlot");
     }
 
-    // A shell script for the runs that are no probe; "$@" are their arguments.
+    // A shell script for all runs except probes. "$@" are the arguments.
     void SetJob(const QByteArray& script) { WriteFile(BesideProgram("job"), script); }
 
-    // Lets what runs on this process say its chunks; `heard` is done after each, when the window
-    // has read it.
+    // Lets the tool on this process print its chunks. Calls `heard` after the window has read each.
     void Hear(
         const char* process, const std::function<void()>& heard = [] {})
     {
@@ -99,7 +98,7 @@ protected:
         });
     }
 
-    // Every command line since the last call of this, its arguments in angle brackets.
+    // All command lines since the last call, with arguments in angle brackets.
     QStringList Calls()
     {
         const QString calls = QString::fromUtf8(ReadFile(BesideProgram("calls")));
@@ -107,7 +106,7 @@ protected:
         return calls.split('\n', Qt::SkipEmptyParts);
     }
 
-    // The names in a table's first column, "-" for a row without one.
+    // The names in a table's first column, "-" for an empty row.
     QStringList Names(const char* table)
     {
         QStringList names;
@@ -134,7 +133,7 @@ protected:
                            widget->visualItemRect(widget->item(row, 0)).center());
     }
 
-    // On the cut page, with the video selected and both marks set.
+    // Goes to the cut page, selects the video and sets both marks.
     void SelectRange(const QString& name, int start, int end)
     {
         MakeVideo(name);
@@ -144,7 +143,7 @@ protected:
         Calls();
     }
 
-    // Of the selected video, in seconds.
+    // The selected range in seconds.
     void SetMarks(int start, int end)
     {
         for (const auto& [position, slot] : {std::pair(start, "btnSetHead"), {end, "btnSetTail"}}) {

@@ -8,7 +8,7 @@
 
 namespace {
 
-// What the stand-in answers, and what it was asked.
+// What the stand-in returns, and how it was called.
 OSStatus g_create = 0;
 OSStatus g_copy = 0;
 OSStatus g_execute = 0;

@@ -2,5 +2,5 @@
 
 #include <QImage>
 
-/// The logo as a static library that links the images sees it; null when the images are missing.
+/// The logo as seen by a static library that links the images. Null if the images are missing.
 QImage LogoSeenFromLibrary();

@@ -2,8 +2,8 @@
 
 #include <QtTest>
 
-// Here no one names qInitResources_drui(): a reference to it would pull the images into the program
-// and hide that their own static initializer was left out.
+// Nothing here refers to qInitResources_drui(): that would link the images and hide that their
+// static initializer was dropped.
 class LinkedImagesTest : public QObject
 {
     Q_OBJECT

@@ -1,4 +1,4 @@
-// A recording on a desktop without a tray while the session ends. The session's state is feigned.
+// A recording on a desktop without a tray when the session ends. The session state is simulated.
 #include "tests/window/fake_tool.h"
 #include "ui/tray_stand_in.h"
 
@@ -46,7 +46,8 @@ private Q_SLOTS:
         g_isSavingSession = loggingOut;
         QCOMPARE(standIn->close(), loggingOut);
         QCOMPARE(standIn->isVisible(), !loggingOut);
-        QCOMPARE(Window().isVisible(), !loggingOut); // the handle stays, or gives the window
+        QCOMPARE(Window().isVisible(),
+                 !loggingOut); // the stand-in stays, or brings back the window
         QVERIFY2(DRUI::m_bIsStart, "the recording ended with the stand-in");
     }
 

@@ -3,9 +3,8 @@
 
 #include <QElapsedTimer>
 
-// What a merge does when something goes wrong on its way: every one of these ends with the message
-// of success, since the last report carries the result of the conversions, which only a cancel
-// changes.
+// What a merge does when something goes wrong. All of these end with the success message, because
+// the last report carries the result of the conversions, which only a cancel changes.
 class MergeFaultsTest : public VideoPageTest
 {
     Q_OBJECT
@@ -88,7 +87,7 @@ private Q_SLOTS:
         SetJob("printf half >\"${!#}\"\n[[ $2 == *a.mp4 ]] && { say frame=1; kill -9 $$; }\n");
         Merge();
         QCOMPARE(Calls().size(), 3);
-        QCOMPARE(Results().size(), 1); // of what could be converted
+        QCOMPARE(Results().size(), 1); // of the files that could be converted
         ToldSuccess();
     }
 
@@ -122,7 +121,7 @@ private Q_SLOTS:
         ToldSuccess();
     }
 
-    // Nobody can make a file in /proc, root neither.
+    // Nobody can create files in /proc, not even root.
     void aDestinationThatCannotBeWrittenToTellsSuccess()
     {
         if (!QFile::exists("/proc/self")) {
@@ -163,7 +162,7 @@ private Q_SLOTS:
         QVERIFY2(before.filter(".ts").isEmpty(), "a stream is left behind");
         running->write("x");
         QVERIFY(running->waitForFinished());
-        // The tool is not stopped: it still makes its file.
+        // The tool is not stopped and still writes its file.
         QCOMPARE(Results().size(), before.size() + 1);
     }
 

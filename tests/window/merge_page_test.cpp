@@ -60,7 +60,7 @@ private Q_SLOTS:
         QCOMPARE(Child<QLineEdit>(kField)->text(), Target());
         QCOMPARE(Names(kSource), QStringList({"old.mp4", "-", "-"}));
         QCOMPARE(Row(kSource, 0), QString("old.mp4, 9 Bytes, 00:00:03"));
-        QCOMPARE(Calls().size(), 3); // every one is probed all the same
+        QCOMPARE(Calls().size(), 3); // all are probed anyway
         QVERIFY(!Enabled("Add"));
     }
 
@@ -274,7 +274,7 @@ private Q_SLOTS:
         QCOMPARE(Row(kTarget, 0), QString("b.mp4, 10 Bytes, 00:00:02"));
         QCOMPARE(Row(kTarget, 1), QString("a.mp4, 9 Bytes, 00:00:01"));
         QCOMPARE(Child<QTableWidget>(kTarget)->selectedItems().size(), 3);
-        QCOMPARE(WrongPicture(kTarget, 0), QString()); // the pictures stay where they are
+        QCOMPARE(WrongPicture(kTarget, 0), QString()); // the icons stay
         QCOMPARE(WrongPicture(kTarget, 1), QString("row 1: shows avi.png, should show mp4.png"));
         Call("btnDownSlot");
         QCOMPARE(Row(kTarget, 0), QString("a.mp4, 9 Bytes, 00:00:01"));
@@ -320,7 +320,7 @@ private Q_SLOTS:
         for (int i = 0; i < 200; ++i) {
             MakeVideo(QString("%1.mp4").arg(i, 3, 10, QChar('0')));
         }
-        QFile::remove(BesideProgram("tool")); // the list does not wait for durations
+        QFile::remove(BesideProgram("tool")); // the list does not need durations
         EnterMergePage();
         QCOMPARE(Names(kSource).size(), 200);
         QCOMPARE(Row(kSource, 199), QString("199.mp4, 9 Bytes, "));

@@ -99,7 +99,7 @@ private Q_SLOTS:
         QCOMPARE(Results().size(), 1);
     }
 
-    // A directory cannot be removed as a file can: the conversion goes beside it, the join does
+    // A directory cannot be removed like a file: the conversion writes beside it, the join does
     // not.
     void anIntermediateThatCannotBeDeletedIsNumberedInTheFirstStageOnly()
     {
@@ -114,7 +114,7 @@ private Q_SLOTS:
     void aTakenNameIsNumberedAndShownAsTheDestination()
     {
         const QDateTime now = QDateTime::currentDateTime();
-        for (int i = 0; i < 30; ++i) { // every second that the test may need
+        for (int i = 0; i < 30; ++i) { // every second the test may take
             WriteFile(Target() + now.addSecs(i).toString("'/Merge_'yyyy-MM-dd hh-mm-ss'.mp4'"),
                       "mine");
         }
@@ -137,7 +137,7 @@ private Q_SLOTS:
         QCOMPARE(Calls(), QStringList());
         QCOMPARE(Boxes().texts.size(), 1);
         const QFileDialog elsewhere(nullptr, QString(), SaveDirectory());
-        Press("Merge"); // it begins where any chooser would
+        Press("Merge"); // it starts at the default place
         QCOMPARE(Boxes().startDirectory, SaveDirectory());
     }
 
@@ -153,7 +153,7 @@ private Q_SLOTS:
         QCOMPARE(m_error, 0);
     }
 
-    // 2 files: 60 ticks.
+    // 2 files make 60 ticks.
     void progressCountsChunksOverFilesAndJoin()
     {
         MakeList({"a.mp4", "b.mp4"});
@@ -169,7 +169,7 @@ private Q_SLOTS:
         QCOMPARE(m_currents.last(), m_currents.at(6));
     }
 
-    // 20 ticks are all that an empty list is worth.
+    // An empty list makes 20 ticks.
     void ticksAboveTheTotalDoNotCountAndTellSuccessAgain()
     {
         EnterMergePage();
@@ -276,7 +276,7 @@ private:
                         SLOT(Note(int, QString, QString, int))));
     }
 
-    // The user's yes arrives with the first output of this process.
+    // The user confirms at the first output of this process.
     void CancelAt(const char* process)
     {
         QFile::remove(BesideProgram("keys"));

@@ -10,16 +10,16 @@
 #include <QTest>
 #include <QTimer>
 
-// The directory chooser that a page opens: without a caption, which leaves it Qt's own, and without
-// a place to start from, which leaves it the working directory.
+// Identifies the directory chooser of a page: no caption, so Qt's own, and no start directory, so
+// the working directory.
 inline QString UsualChooser()
 {
     return "Find Directory, a directory, directories only, from " + QDir::currentPath() +
            ", over Lumenfold Screen Recorder";
 }
 
-// A user who answers whatever modal dialog comes up: message dialogs with one of their buttons, the
-// directory chooser with a directory. Keeps what the messages said.
+// Acts as a user who answers every modal dialog: message dialogs with a button, the directory
+// chooser with a directory. Keeps the messages.
 class ModalBoxes
 {
 public:
@@ -29,15 +29,15 @@ public:
         m_timer.start(5);
     }
 
-    QStringList texts;      // of the message dialogs, in their order
+    QStringList texts;      // of the message dialogs, in order
     QStringList titles;     // of their windows
-    QList<QRect> places;    // where they stood
-    QString button = "OK";  // what answers them
-    QString directory;      // what answers the chooser; null presses its Cancel
-    QString startDirectory; // where the last chooser began
-    QString chooserKind;    // what the last one was, as UsualChooser() tells it
+    QList<QRect> places;    // their geometries
+    QString button = "OK";  // the button to press
+    QString directory;      // the directory to choose; null presses Cancel
+    QString startDirectory; // of the last chooser
+    QString chooserKind;    // kind of the last chooser, from UsualChooser()
     int choosers = 0;       // how many there were
-    qint64 jobNsecs = 0;    // from the chooser's end to the message
+    qint64 jobNsecs = 0;    // from the chooser to the message
 
 private:
     void Answer()
@@ -83,7 +83,7 @@ private:
 
     void Choose(QFileDialog& chooser)
     {
-        // Closing it, Qt stores its settings on the disk and waits for that: no part of the job.
+        // On closing, Qt stores its settings and waits for the disk. That is not part of the job.
         QObject::connect(&chooser, &QObject::destroyed, &m_timer,
                          [this] { m_sinceChoice.start(); });
         if (directory.isNull()) {

@@ -4,7 +4,7 @@ namespace {
 
 constexpr auto kNoName = "no free name is left for the file, choose another directory";
 
-// A folder below `base` whose path has `length` characters.
+// A folder below `base` with a path of `length` characters.
 QString DeepFolder(QString base, qsizetype length)
 {
     while (base.size() < length) {
@@ -13,7 +13,7 @@ QString DeepFolder(QString base, qsizetype length)
     return QDir().mkpath(base) ? base : QString();
 }
 
-// Takes every name that a file named after the current second may need during the test.
+// Takes all names a file may get from the current time during the test.
 void TakeNames(const QString& folder, const QString& format)
 {
     const QDateTime now = QDateTime::currentDateTime();
@@ -24,8 +24,8 @@ void TakeNames(const QString& folder, const QString& format)
 
 } // namespace
 
-// A file's name is taken, and with a number behind it would be too long. The command line would
-// lose its last argument; so the job does not begin, and says why.
+// A name is taken and has no room for a number. The command line would lose its last argument, so
+// the job does not start and says why.
 class NoFreeNameTest : public VideoPageTest
 {
     Q_OBJECT
@@ -36,7 +36,7 @@ private Q_SLOTS:
 
     void aCutFails()
     {
-        const QString name = QString(247, 'n') + ".mp4"; // 255 bytes with "Cut_" before it
+        const QString name = QString(247, 'n') + ".mp4"; // 255 bytes with "Cut_"
         WriteFile(Target() + "/Cut_" + name, "mine");
         SelectRange(name, 1, 3);
         Press("Cut");
@@ -77,7 +77,7 @@ private Q_SLOTS:
         MakeList({"a.mp4", "b.mp4"});
         Calls();
         const QString folder = DeepFolder(Target(), 512);
-        QVERIFY(QDir(folder).mkdir("2.ts")); // a directory cannot be removed as a file can
+        QVERIFY(QDir(folder).mkdir("2.ts")); // a directory cannot be removed like a file
         Boxes().directory = folder;
         Press("Merge");
         QCOMPARE(Boxes().texts, QStringList{QString("Merge failed, ") + kNoName});

@@ -64,8 +64,8 @@ QList<Look> Header(const QWidget* page, const PageShape& shape)
     return looks;
 }
 
-// The strip along the bottom edge, with the maker's line and a light line across its top: home
-// and cut have both, record and merge one of them.
+// The strip along the bottom edge, with the maker's line and a separator: the home and cut pages
+// have both, the record and merge pages one of them.
 QList<Look> Footer(const QWidget* page, const PageShape& shape)
 {
     const QString text = "Lumenfold Screen Recorder by Tarvessa";

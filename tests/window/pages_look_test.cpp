@@ -3,7 +3,7 @@
 
 #include <QComboBox>
 
-// The tables of the home and the record page.
+// The tables for the home and record pages.
 namespace {
 constexpr PageShape kHome{999, 101, true, true};
 constexpr PageShape kRecord{1000, 101, false, true};
@@ -119,7 +119,7 @@ private:
         looks << Look{.what = "save directory",
                       .widget = field,
                       .parent = panel,
-                      .place = {180, 120, 300, 25}, // its minimum is wider than the 200 it is given
+                      .place = {180, 120, 300, 25}, // its minimum is wider than the 200 given
                       .minimum = {300, 20},
                       .font = font,
                       .text = SaveDirectory(),

@@ -6,7 +6,7 @@
 
 namespace {
 
-// How far two pictures of the same size are apart: 0 the same, 255 black and white.
+// The difference of two images of the same size: 0 is identical, 255 black against white.
 double Distance(const QImage& one, const QImage& other)
 {
     qint64 sum = 0;
@@ -26,12 +26,11 @@ QImage Plain(QImage image)
     return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
-// The image whose file, brought to the same number of pixels, comes nearest; "another picture"
-// where none comes near.
+// The name of the most similar image at the same size, or "another picture" if none is similar.
 QString NameOfPicture(const QImage& shown)
 {
     const QImage plain = Plain(shown);
-    constexpr double near = 4; // another way of smooth scaling gives up to 2
+    constexpr double near = 4; // other smooth scaling differs by up to 2
     double least = near;
     QString name = "another picture";
     const QDir images(":/image");

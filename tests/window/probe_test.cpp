@@ -1,6 +1,6 @@
 #include "tests/window/fake_tool.h"
 
-// The duration that the window asks the tool for.
+// The duration the window gets from the tool.
 class ProbeTest : public WindowTest
 {
     Q_OBJECT

@@ -1,6 +1,6 @@
 #include "tests/window/job_tool.h"
 
-// btnMaxSlot() has no control; the pages that it builds anew have to carry on all the same.
+// btnMaxSlot() has no control, but the pages it rebuilds have to work.
 class RebuildTest : public VideoPageTest
 {
     Q_OBJECT
@@ -49,7 +49,7 @@ private Q_SLOTS:
         QCOMPARE(Names("m_pTargetVideoTable").size(), 4);
     }
 
-    // Twenty entries came through the rebuild, which disabled Merge; one more is refused.
+    // Twenty entries survived the rebuild, which disabled Merge. One more is refused.
     void aRefusedEntryEnablesMergeAgain()
     {
         ClickRow("m_pSourceVideoTable", 0);
@@ -114,7 +114,7 @@ private Q_SLOTS:
         Calls();
         Call("btnMaxSlot");
         QCOMPARE(Calls(), QStringList());
-        Leave("m_pLayout4DirEdit"); // the new one is watched again
+        Leave("m_pLayout4DirEdit"); // the new field is watched too
         QCOMPARE(Calls().size(), 2);
     }
 

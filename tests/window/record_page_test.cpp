@@ -119,7 +119,7 @@ private Q_SLOTS:
         const auto free = [&directory] {
             return FromEightBit(GetFileSizeString(static_cast<qint64>(FreeBytes(directory))));
         };
-        // Others write to the volume as well: what is shown is held against a time when none did.
+        // Other processes write to the volume too, so compare only when nothing changed.
         QString before;
         QString after;
         for (int attempt = 0; attempt < 50 && (before.isEmpty() || before != after); ++attempt) {
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(Child<QLabel>("m_pFreeSpaceLabel")->text(), QString("Unknow"));
     }
 
-    // The field is disabled and its style gives no colour for the text.
+    // The field is disabled, and its style sets no text colour.
     void theSaveDirectoryIsLegible()
     {
         EnterRecordPage();
@@ -206,8 +206,7 @@ private:
         return choices.join("; ");
     }
 
-    // Presses the folder button and answers the dialog: with `path`, or with Cancel when it is
-    // null.
+    // Clicks the folder button and answers with `path`, or with Cancel if it is null.
     void ChooseDirectory(const QString& path)
     {
         ModalBoxes boxes;

@@ -10,8 +10,8 @@
 
 namespace {
 
-// Prints a line for each file "print" that it finds beside it, then waits for what is typed and
-// notes it in "keys". Ends with its input, or with a q.
+// Prints a line for each file "print" that appears beside it, then waits for input and records it
+// in "keys". Exits at the end of its input or after "q".
 constexpr auto kToolThatPrintsWhenTold = R"(#!/bin/bash
 here=$(dirname "$0")
 if [[ "$*" == *-list_devices* ]]; then cat "$here/listing" >&2; exit 1; fi
@@ -26,7 +26,7 @@ printf 'finished' >"$here/finished"
 
 } // namespace
 
-// What one recording leaves for the next, and what the rest of the window does meanwhile.
+// What one recording leaves behind for the next, and what the rest of the window does meanwhile.
 class RecordingAgainTest : public WindowTest
 {
     Q_OBJECT
@@ -92,7 +92,7 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo(first).size(), size);
     }
 
-    // The tray's stop shows nothing; what it did not tell is told by the next stop that may.
+    // A stop from the tray shows no message. The next stop from the button does.
     void theResultThatATrayStopLeavesIsToldByTheNextButtonStop()
     {
         EnterRecordPage();
@@ -113,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
     }
 
-    // The window is there before the message is.
+    // The window is shown before the message.
     void theMessageOfAStopIsAStandardInformationOverTheShownWindow()
     {
         EnterRecordPage();
@@ -142,8 +142,8 @@ private Q_SLOTS:
                      .arg(static_cast<int>(QMessageBox::Ok)));
     }
 
-    // The tool hears of the stop with its next output only. A start before that makes it a
-    // recording again, the same one, and nobody is told of a failure.
+    // The tool learns of the stop only with its next output. A start before that makes it a
+    // recording again, the same one, and no failure is shown.
     void aStartBeforeTheToolPrintsAgainLetsTheOldRunGoOn()
     {
         InstallTool(kToolThatPrintsWhenTold);
@@ -208,7 +208,7 @@ private Q_SLOTS:
         QVERIFY(Window().isVisible());
     }
 
-    // The new icon stays hidden and follows the recording from now on; the old one stays as it was.
+    // The new icon stays hidden and follows the recording from now on. The old one does not change.
     void enteringThePageAgainWhileRecordingLeavesTheRecordingAlone()
     {
         EnterRecordPage();
@@ -247,7 +247,7 @@ private Q_SLOTS:
         QTRY_COMPARE(RecProcess()->state(), QProcess::NotRunning);
     }
 
-    // One that prints nothing is asked by the window's end alone, and once.
+    // A tool that prints nothing is asked only by the window's destructor, and once.
     void closingAsksASilentToolToFinishItsFile()
     {
         InstallTool(kToolThatPrintsWhenTold);
@@ -305,7 +305,7 @@ private Q_SLOTS:
         OpenWindow();
         QCOMPARE(DRUI::m_pAudioComBox->count(), 4);
         WriteFile(BesideProgram("listing"), "nothing\n");
-        Call("btnMaxSlot"); // lists anew
+        Call("btnMaxSlot"); // lists devices again
         QCOMPARE(DRUI::m_pAudioComBox->count(), 1);
         QCOMPARE(DRUI::m_pAudioComBox->currentText(), QString("None"));
     }
@@ -329,7 +329,7 @@ private:
         return Child<QSystemTrayIcon>("m_pTrayIcon")->contextMenu()->actions().at(position);
     }
 
-    QString m_first; // the recording's state as the program began
+    QString m_first; // the recording's state at program start
 };
 
 QTEST_MAIN(RecordingAgainTest)

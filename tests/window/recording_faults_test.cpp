@@ -4,7 +4,7 @@
 #include <QProcess>
 #include <QTimer>
 
-// Recordings that do not begin, or that do not end as the user asked.
+// Recordings that do not start, or do not stop as requested.
 class RecordingFaultsTest : public WindowTest
 {
     Q_OBJECT
@@ -34,14 +34,14 @@ private Q_SLOTS:
         EnterRecordPage();
         Press("Record");
         DRUI::m_nRecorderRet = -101;
-        Call("btnSlotMenuStop"); // a message would block here
+        Call("btnSlotMenuStop"); // a message box would block here
         QVERIFY(Window().isVisible());
         QCOMPARE(DRUI::m_nRecorderRet, -101);
     }
 
     void aRelativeDirectoryHasNoSpaceAndStopsTheRecording()
     {
-        QDir::setCurrent(QFileInfo(SaveDirectory()).path()); // where the directory is made
+        QDir::setCurrent(QFileInfo(SaveDirectory()).path()); // where the directory is created
         WriteFile(BesideProgram("ScreenRecord.ini"), "[screen_record]\nsave_path=relative\n");
         EnterRecordPage();
         Press("Record");
@@ -51,7 +51,7 @@ private Q_SLOTS:
         QVERIFY(Window().isVisible());
     }
 
-    // The recording's path begins at the root of the file system, so this tool writes to no file.
+    // The recording's path starts at the root directory, so this tool does not write a file.
     void anEmptySaveDirectoryHarmsNothing()
     {
         InstallTool(QByteArray(kRecordingTool).replace("\"${!#}\"", "/dev/null"));
@@ -116,7 +116,7 @@ private Q_SLOTS:
     }
 
 private:
-    // "title: text" of the message that comes up while the slot runs; empty if none does.
+    // "title: text" of the message shown while the slot runs, or empty.
     QString MessageAfter(const char* slot)
     {
         const ModalBoxes boxes;

@@ -10,9 +10,9 @@
 
 namespace {
 
-// Prints only when the test lets it: nothing until "stopped" lies beside it, then three outputs,
-// each after the answer to the one before. Notes the answers in "keys", and "early" for a key that
-// came without an output.
+// Prints only when the test lets it: nothing until "stopped" exists beside it, then three times,
+// each after an answer. Records the answers in "keys", with "early" for a key that came without
+// output.
 constexpr auto kSilentTool = R"(#!/bin/bash
 here=$(dirname "$0")
 if [[ "$*" == *-list_devices* ]]; then cat "$here/listing" >&2; exit 1; fi
@@ -93,7 +93,7 @@ private Q_SLOTS:
         WriteFile(BesideProgram("listing"), "[x] AVFoundation audio devices:\n"
                                             "[x] [3] Built-in Microphone\n"
                                             "[x] [4] Loopback\n");
-        Call("btnMaxSlot"); // lists anew
+        Call("btnMaxSlot"); // lists devices again
         Press("Record");
         QTRY_COMPARE(Recordings().size(), 1);
         QCOMPARE(ToolArguments().value(5), QString("1:3"));
@@ -136,7 +136,7 @@ private Q_SLOTS:
         Call("btnSlotRecord");
         QVERIFY(!DRUI::m_bIsStart);
         QVERIFY(Window().isVisible());
-        QCOMPARE(Button(), QString("Start")); // not "Record" any more
+        QCOMPARE(Button(), QString("Start")); // no longer "Record"
         QVERIFY(DRUI::m_pStereoMix->isHidden());
         QVERIFY(!Child<QTimer>("m_pRecTimer")->isActive());
         QTRY_COMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QVERIFY(Window().isVisible());
         auto* process = Child<QProcess>("m_pRecProcess");
         QCoreApplication::processEvents();
-        QTRY_COMPARE(process->bytesToWrite(), 0); // a key typed by the stop has arrived by now
+        QTRY_COMPARE(process->bytesToWrite(), 0); // a key written by the stop has arrived by now
         QCOMPARE(process->state(), QProcess::Running);
 
         WriteFile(BesideProgram("stopped"), QByteArray());
@@ -195,7 +195,7 @@ private Q_SLOTS:
     {
         QVERIFY(QDir().mkpath(SaveDirectory()));
         const QDateTime now = QDateTime::currentDateTime();
-        for (int i = 0; i < 30; ++i) { // every second that the test may need
+        for (int i = 0; i < 30; ++i) { // every second the test may take
             WriteFile(SaveDirectory() + now.addSecs(i).toString("/yyyy-MM-dd hh-mm-ss'.mp4'"),
                       "mine");
         }
@@ -282,7 +282,7 @@ private Q_SLOTS:
         }
     }
 
-    // What Qt keeps of an icon once shown would grow with every new one.
+    // What Qt caches for a shown icon would grow with every new one.
     void theIconBlinksForHoursWithTheSameTwoIcons()
     {
         EnterRecordPage();

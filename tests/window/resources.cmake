@@ -3,14 +3,14 @@ lumenfold_test(
   SOURCES resources_test.cpp
   LIBRARIES lumenfold_resources Qt6::Gui)
 
-# The pictures that are committed against the drawings beside them.
+# Compares the committed images with their drawings.
 lumenfold_test(
   drawings_test window
   SOURCES drawings_test.cpp
   LIBRARIES Qt6::Gui
   DEFINITIONS "LUMENFOLD_RESOURCES_DIR=\"${PROJECT_SOURCE_DIR}/resources\"")
 
-# The program gets at the images through a static library; so does this test.
+# The program uses the images through a static library, and so does this test.
 add_library(linked_images STATIC linked_images.cpp linked_images.h)
 target_link_libraries(
   linked_images
@@ -21,7 +21,7 @@ lumenfold_test(
   SOURCES linked_images_test.cpp
   LIBRARIES linked_images)
 
-# The pages are looked at where the program opens them: beside it.
+# Checks the pages where the program opens them, beside it.
 lumenfold_test(
   help_pages_test window
   SOURCES help_pages_test.cpp

@@ -12,7 +12,7 @@ const QString kMergeGood = "Merge success, file path is /o/M.mp4 ";
 const QString kMergeBad =
     "Merge failed, not an valid format, it's better to merge created mp4 files";
 
-// Counts how often each of the objects it watches is painted.
+// Counts the paint events of the watched objects.
 class PaintCounter : public QObject
 {
 public:
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QVERIFY(!SCANUI::m_bIsFinished);
     }
 
-    // The job keeps the event loop busy: the bar is painted inside the report, the text later.
+    // The job blocks the event loop: the bar is painted inside the report, the text later.
     void aReportPaintsTheBarAtOnceAndTheTextLater()
     {
         m_dialog->ShowOver(*m_window);
@@ -258,7 +258,7 @@ private Q_SLOTS:
 
     void aJobThatEndsWhileTheQuestionIsOpenTellsSuccess()
     {
-        m_boxes.reset(); // nobody answers the question
+        m_boxes.reset(); // leaves the question unanswered
         QStringList texts;
         QTimer user;
         connect(&user, &QTimer::timeout, this, [&] {

@@ -1,7 +1,7 @@
 #include "tests/window/job_tool.h"
 
-// A cut and a merge in a window that has done other jobs before: nothing of theirs may be left
-// over, neither their files nor their progress, their result or the request to cancel them.
+// A cut and a merge in a window that has run other jobs before. Nothing of those may remain: files,
+// progress, result, cancel request.
 class SecondJobTest : public VideoPageTest
 {
     Q_OBJECT
@@ -43,7 +43,7 @@ private Q_SLOTS:
         Listen("CutProcessCallBack");
         RunJobBefore();
 
-        SCANUI::m_nError = kJobGood; // a cut reports nothing that would clear it before its end
+        SCANUI::m_nError = kJobGood; // a cut reports nothing that clears it before it ends
         SetJob(kTwoTicks);
         Call("btnSlotLayout3Cut");
         QCOMPARE(Calls().size(), 1);
@@ -55,7 +55,7 @@ private Q_SLOTS:
                  QStringList{"Cut success, file path is " + Target() + "/Cut_a.mp4 "});
     }
 
-    // Each worth less than in the first merge, since there are more of them.
+    // Each counts less than in the first merge, because there are more of them.
     void aLongerListCountsItsOwnTicks()
     {
         MakeList({"a.mp4", "b.mp4"});
@@ -65,7 +65,7 @@ private Q_SLOTS:
         Add(0);
         m_percents.clear();
         Press("Merge");
-        QCOMPARE(m_percents, QList<int>({1, 2, 3, 5, 6, 7, 8, 10, 100})); // of 80
+        QCOMPARE(m_percents, QList<int>({1, 2, 3, 5, 6, 7, 8, 10, 100})); // out of 80
     }
 
     void aMergeTakesTheListAsItIsNow()
@@ -108,7 +108,7 @@ private Q_SLOTS:
             QVERIFY2(!call.contains(Target()), qPrintable(call));
         }
         QCOMPARE(QDir(other.path()).entryList(QDir::Files).size(), 1);
-        QCOMPARE(Results().size(), 1); // the first one's
+        QCOMPARE(Results().size(), 1); // of the first one
     }
 
     void aCutTakesTheVideoTheMarksAndTheFolderOfNow()
@@ -130,7 +130,7 @@ private Q_SLOTS:
         QCOMPARE(Boxes().texts.last(), "Cut success, file path is " + other.path() + "/Cut_b.mp4 ");
     }
 
-    // What a cut shows when it ends is the error of the job before, in the words of its own kind.
+    // At its end a cut shows the error of the previous job, in its own wording.
     void theErrorOfACancelledMergeIsToldByTheNextCut()
     {
         MakeList({"a.mp4", "b.mp4"});
@@ -159,7 +159,7 @@ public Q_SLOTS:
     }
 
 private:
-    // Notes the request to quit, if one came.
+    // Records the request to quit, if any.
     static constexpr auto kTwoTicks = "say frame=1; say frame=2; printf made >\"${!#}\"\n"
                                       "read -r -t 0 && printf x >>\"$here/asked\"\n";
 
@@ -181,7 +181,7 @@ private:
         QTest::newRow("a cancelled cut") << QByteArray("btnSlotLayout3Cut") << QByteArray() << true;
     }
 
-    // In this window, with all that it leaves behind on the disk and in the message boxes removed.
+    // In this window, after removing everything left on disk and in the message boxes.
     void RunJobBefore()
     {
         QFETCH(QByteArray, slot);
@@ -202,19 +202,19 @@ private:
         m_error = -1;
     }
 
-    // Every chunk is heard; with m_cancel set, the user's yes comes with the first one.
+    // Every chunk is read. With m_cancel set, the user confirms at the first one.
     void Listen(const QByteArray& reports)
     {
         Calls();
         for (const char* process : {"m_pChangeTSProcess", "m_pMergeProcess", "m_pCutProcess"}) {
             Hear(process, [this] { DRUI::m_bisFinished = DRUI::m_bisFinished || m_cancel; });
         }
-        const QByteArray signal = "2" + reports + "(int,QString,QString,int)"; // as SIGNAL() does
+        const QByteArray signal = "2" + reports + "(int,QString,QString,int)"; // like SIGNAL()
         QVERIFY(
             connect(&Window(), signal.constData(), this, SLOT(Note(int, QString, QString, int))));
     }
 
-    // Shows the cut page, if only for the time of the choice.
+    // Shows the cut page, if only to choose.
     void SelectInCutPage(int row, int start, int end)
     {
         const int page = Page();

@@ -141,7 +141,7 @@ private:
         QVERIFY(m_program->waitForStarted());
     }
 
-    // As an unprivileged user, with a pkexec of the test's own in the path.
+    // As an unprivileged user, with the test's own pkexec in PATH.
     void StartWithoutRights()
     {
         QProcessEnvironment environment;
@@ -153,7 +153,7 @@ private:
         environment.insert("XDG_RUNTIME_DIR", m_directory->filePath("run"));
         environment.insert("PULSE_SERVER", "unix:/p");
         environment.insert("UNRELATED", "1");
-        // That user need not be able to read which leaks are not ours.
+        // That user may not be able to read the suppressions file.
         environment.insert("ASAN_OPTIONS", "detect_leaks=0");
         m_program->setProcessEnvironment(environment);
         const QString run = m_directory->filePath("run");
@@ -169,10 +169,10 @@ private:
         QVERIFY(m_program->waitForStarted());
     }
 
-    // The launcher ends at once and well; the second copy got "start" alone, and is ended here.
+    // The launcher exits at once with 0. The second instance got "start" only, and is ended here.
     void LaunchAndExpect(const QStringList& arguments)
     {
-        // In place of the real executable's second run: the launcher starts its own path.
+        // Replaces the second run of the real executable: the launcher starts its own path.
         InstallBeside(
             "tool",
             "#!/bin/sh\necho $PPID >pid\ntr '\\0' '\\n' </proc/$PPID/cmdline >copy\nexit 1\n");

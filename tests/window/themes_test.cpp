@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-// The window as it is painted on desktops with dark and with light colours.
+// The window on desktops with dark and light colours.
 namespace {
 
 constexpr double kReadable = 3; // of 1 to 21, for bold and large text
@@ -40,7 +40,7 @@ double Contrast(QRgb one, QRgb other)
     return (light + 0.05) / (dark + 0.05);
 }
 
-// Of the text in this part of a picture: what contrasts most with the colour that is most common.
+// The text's contrast in this part of an image: the best contrast with the most common colour.
 double TextContrast(const QImage& picture, const QRect& place)
 {
     QHash<QRgb, int> counts;
@@ -60,7 +60,7 @@ double TextContrast(const QImage& picture, const QRect& place)
     return greatest;
 }
 
-// The middle of a widget, without its round border and, to the left, its picture.
+// The middle of a widget, without its round border and the icon on the left.
 QRect TextPlace(const QWidget* widget)
 {
     const QRect all(widget->mapTo(widget->window(), QPoint()), widget->size());
@@ -274,7 +274,7 @@ private:
         for (int row = 0; row < 2; ++row) {
             for (int column = 0; column < columns; ++column) {
                 QRect place = table->visualItemRect(table->item(row, column));
-                place.setLeft(place.left() + (column == 0 ? 24 : 2)); // behind the picture
+                place.setLeft(place.left() + (column == 0 ? 24 : 2)); // right of the icon
                 const double contrast =
                     TextContrast(picture, place.adjusted(0, 2, -2, -2) & picture.rect());
                 QVERIFY2(contrast >= kReadable, qPrintable(table->item(row, column)->text() +

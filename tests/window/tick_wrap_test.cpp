@@ -1,12 +1,12 @@
-// The status of a recording while the 32-bit count of milliseconds begins anew, as it does
-// every 49.7 days. The system's clock is replaced.
+// The status of a recording while the 32-bit millisecond count wraps, every 49.7 days. Replaces the
+// system's clock.
 #include "tests/window/fake_tool.h"
 
 #include <ctime>
 #include <sys/times.h>
 
 namespace {
-clock_t g_clock = 0; // a hundred a second
+clock_t g_clock = 0; // 100 per second
 }
 
 extern "C" {

@@ -171,7 +171,7 @@ private Q_SLOTS:
         Icons().first()->contextMenu()->actions().at(2)->trigger();
         QVERIFY(DRUI::m_bIsStart);
         QVERIFY(!Window().isVisible());
-        // The start has hidden the window already; what ends the program is the close behind that.
+        // The start has already hidden the window. The close after that ends the program.
         QCOMPARE(m_seen, QList<QEvent::Type>({QEvent::Hide, QEvent::Close}));
         CloseWindow();
         QCOMPARE(ReadFile(BesideProgram("starts")), QByteArray("x"));
@@ -197,7 +197,7 @@ private Q_SLOTS:
         QCOMPARE(standIn->windowTitle(), QString("Recording"));
         QVERIFY(standIn->isMinimized());
 
-        standIn->showNormal(); // what activating it in the task list does
+        standIn->showNormal(); // like activating it in the task list
         QTRY_VERIFY2(Window().isVisible(), "activating the stand-in did not bring the window back");
         QVERIFY(DRUI::m_bIsStart);
         QTRY_VERIFY(standIn->isMinimized());
@@ -227,7 +227,7 @@ public:
     }
 
 private:
-    // The second time after a recording; each time makes an icon.
+    // The second time after a recording. Each call creates an icon.
     void EnterRecordPageTwice()
     {
         EnterRecordPage();
@@ -255,7 +255,7 @@ private:
         return "another";
     }
 
-    // What the entries of the menu show, in their order, and the icon itself.
+    // What the menu entries show, in order, and the icon itself.
     QString Pictures()
     {
         QStringList names;
@@ -265,7 +265,7 @@ private:
         return names.join(' ') + ", tray " + Name(Icons().first()->icon());
     }
 
-    // The timer's ticks come from here, until the icon is not what a stop or a pause would show.
+    // Triggers the timer until the icon is not what a stop or a pause would show.
     void BlinkToTheSecondImage()
     {
         Child<QTimer>("m_pRecTimer")->stop();
@@ -274,7 +274,7 @@ private:
         }
     }
 
-    // The stand-in, while it is in the task list.
+    // The stand-in, if it is in the task list.
     static TrayStandIn* StandIn()
     {
         for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -286,7 +286,7 @@ private:
         return nullptr;
     }
 
-    QList<QEvent::Type> m_seen; // of what happens to the window, where it is watched
+    QList<QEvent::Type> m_seen; // events of the watched window
 };
 
 QTEST_MAIN(TrayTest)

@@ -1,7 +1,7 @@
 #include "tests/window/job_tool.h"
 #include "tests/window/page_looks.h"
 
-// The tables of the cut and the merge page.
+// The tables for the cut and merge pages.
 namespace {
 constexpr PageShape kCut{1000, 100, true, true};
 constexpr PageShape kMerge{1000, 100, true, false};
@@ -113,7 +113,7 @@ private Q_SLOTS:
     }
 
 private:
-    // What stands between the cut page's header and its buttons.
+    // Everything between the cut page's header and its buttons.
     QList<Look> CutMiddle(QWidget* page)
     {
         auto* field = Child<QLineEdit>("m_pLayout3DirEdit");
@@ -173,7 +173,7 @@ private:
         return looks;
     }
 
-    // Three of the gaps between its rules are tabs.
+    // Three gaps between its rules are tabs.
     static QString SliderStyle()
     {
         const QString gap = "\t\t\t\t\t\t\t\t";

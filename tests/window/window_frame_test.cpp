@@ -16,7 +16,7 @@
 
 namespace {
 
-// The order of the meta-object, which other builds of the window rely on.
+// The order of the meta-object, which other builds rely on.
 const QList<QByteArray> kMethods = {
     "AddProcessCallBack(int,QString,QString,int)",
     "CutProcessCallBack(int,QString,QString,int)",

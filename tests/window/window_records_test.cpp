@@ -2,8 +2,8 @@
 
 namespace {
 
-// The records are private members of the window. An explicit instantiation may name them all the
-// same, and hands them out through its friend.
+// The records are private members of the window. An explicit instantiation may name private members
+// and passes them out through its friend.
 QVector<_FILE_INFO_>& ScanResults(DRUI& window);
 QVector<_MERGER_FILE_INFO_>& MergeList(DRUI& window);
 
@@ -24,7 +24,7 @@ template struct MergeListOf<&DRUI::m_vecMergerFileInfo>;
 
 } // namespace
 
-// The records that the window keeps: what the last scan of a folder found, and the merge list.
+// The records the window keeps: the last folder scan and the merge list.
 class WindowRecordsTest : public VideoPageTest
 {
     Q_OBJECT
