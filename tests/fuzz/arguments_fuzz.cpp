@@ -1,4 +1,4 @@
-// `tool`'s translation of its arguments: any words, one a line, and the recorder's own commands for
+// `tool`'s translation of arguments: any words, one per line, and the recorder's own commands for
 // any file.
 #include "jobs/cut_command.h"
 #include "jobs/merge_command.h"
@@ -35,7 +35,7 @@ void CheckPassThrough(const Arguments& arguments)
     Require(tool::TranslatePassThrough(passed) == passed, "once translated it stays");
 }
 
-// A word of a capture that was not among the recorder's, or is put together with one of them.
+// A word of a capture command that was not in the recorder's, or is composed with one of its words.
 bool MayBeNew(const std::string& word, const std::set<std::string>& known)
 {
     static const std::set<std::string> own = {"-stats_period",
@@ -88,8 +88,8 @@ bool MayBeNew(const std::string& word, const std::set<std::string>& known)
     return known.contains(word) || own.contains(word) || composed || number;
 }
 
-// ffmpeg takes the last word for its output unless the one before it wants a value. Where that is
-// an option that is put together anew, the command has no output, before and after.
+// ffmpeg takes the last word as its output unless the word before it needs a value. If that is an
+// option that is rebuilt, the command has no output before and after.
 bool EndsInOutput(const Arguments& arguments)
 {
     static const std::set<std::string> rebuilt = {"-i",        "-async", "-vf",
@@ -185,7 +185,7 @@ Arguments Split(const QString& command)
     return arguments;
 }
 
-// With any name that a file of the recorder's can have: absolute, and without double quotes.
+// With any file name the recorder can use: absolute and without double quotes.
 void CheckOwnCommands(const QString& text, qint64 start, qint64 length)
 {
     const QString name = QString(text).remove('"').remove(QChar(0));

@@ -1,5 +1,5 @@
-// The list of capture devices: any text as the recorder reads it, and the list that `tool` makes of
-// any devices, read back.
+// The list of capture devices: any text parsed by the recorder, and the list `tool` prints for any
+// devices, parsed again.
 #include "jobs/device_listing.h"
 #include "jobs/record_command.h"
 #include "tests/fuzz/target.h"
@@ -53,8 +53,8 @@ void CheckAnyText(const QString& text)
     }
 }
 
-// The first line tells the number of screens and which devices are the default ones, each other one
-// describes a source: "m" makes it the monitor of an output.
+// The first line has the number of screens and the default devices. Each further line describes a
+// source; "m" makes it the monitor of an output.
 tool::SoundServer ServerOf(const std::vector<std::string>& lines)
 {
     tool::SoundServer server;

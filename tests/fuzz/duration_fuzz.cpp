@@ -1,4 +1,4 @@
-// The duration in what `tool` tells about a video, and the texts of times and sizes.
+// The duration in `tool`'s output, and the texts of times and sizes.
 #include "jobs/duration.h"
 #include "jobs/job_report.h"
 #include "jobs/recording_status.h"
@@ -17,13 +17,13 @@ void ReadDuration(const QString& output)
     Require(told || found.empty(), "there is no duration without its marker");
     Require(!told || output.contains(kDurationMarker + QString::fromLatin1(found.c_str())),
             "the duration stands behind the marker");
-    // Eight characters: no more than "99999999".
+    // Eight characters, so at most "99999999".
     const long long seconds = DurationSeconds(QString::fromStdString(found));
     Require(seconds > -3600LL * 100000000 && seconds < 3600LL * 100000000,
             "a duration is within what eight characters can tell");
 }
 
-// Any text at all, and any number of seconds: only that nothing goes wrong, and the way back.
+// Any text and any number of seconds: checks only that nothing goes wrong, and the round trip.
 void ReadNumbers(const QString& text, const uint8_t* data, size_t size)
 {
     DurationSeconds(text);

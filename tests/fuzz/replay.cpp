@@ -1,5 +1,5 @@
-// Gives a fuzz target every file of the folders named, once. So the inputs kept in corpus/ are held
-// against every build, with any compiler.
+// Runs a fuzz target once on every file of the given folders, so that the inputs in corpus/ are
+// tested in every build, with any compiler.
 #include "tests/fuzz/target.h"
 
 #include <QDirIterator>
@@ -18,7 +18,7 @@ int main(int count, char** values)
                 std::fprintf(stderr, "%s cannot be read\n", qPrintable(file.fileName()));
                 return 1;
             }
-            // The last line of output names the input that failed.
+            // The last line of output is the input that failed.
             std::fprintf(stderr, "%s\n", qPrintable(file.fileName()));
             const QByteArray bytes = file.readAll();
             LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(bytes.constData()),

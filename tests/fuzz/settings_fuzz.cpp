@@ -1,5 +1,4 @@
-// The settings file: whatever stands in it, it is read without harm, and a directory chosen later
-// is kept.
+// The settings file: any content is read safely, and a directory chosen later is stored.
 #include "jobs/settings.h"
 #include "tests/fuzz/target.h"
 
@@ -7,7 +6,7 @@
 
 namespace {
 
-// Directories have names that files can have; "\n" ends the input's first line.
+// Directory names are valid file names; "\n" ends the first line of the input.
 QString DirectoryIn(const QByteArray& bytes)
 {
     return '/' + QString::fromUtf8(bytes.left(bytes.indexOf('\n'))).remove(QChar(0));
@@ -17,7 +16,7 @@ QString DirectoryIn(const QByteArray& bytes)
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    // A name of its own for each run: what has the same name, size and time is not read again.
+    // A new name for each run: QSettings caches files with the same name, size and time.
     static int run = 0;
     const ScratchFile file(std::to_string(++run) + ".ini");
     const QString path = QString::fromStdString(file.Path());

@@ -1,5 +1,4 @@
-// A movie in pieces, as a recording is while it lasts: how its samples are found, and what is made
-// of the file when it has ended.
+// A fragmented movie, like a recording in progress: finding its samples, and settling the file.
 #include "tests/fuzz/target.h"
 #include "tool/frugal_file.h"
 #include "tool/movie.h"

@@ -1,4 +1,4 @@
-// What the fuzz targets share.
+// Shared by the fuzz targets.
 #pragma once
 
 #include <QByteArray>
@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-// One run of a target: anything may stand in `data`. Ends the process where something is wrong.
+// Runs the target once on `data`, which can be anything. Ends the process on an error.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size); // NOLINT: its fixed name
 
-// Ends the process with this sentence and the place where it was asked.
+// Ends the process with this message and the location.
 #define Require(condition, sentence)                                                               \
     ((condition) ? void() : RequirementFailed(#condition, sentence, __FILE__, __LINE__))
 
@@ -21,19 +21,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size); // NOLI
 
 std::string TextOf(const uint8_t* data, size_t size);
 
-// As the recorder reads what `tool` prints: Latin-1 up to the first zero byte.
+// Reads output like the recorder: Latin-1 up to the first zero byte.
 QString ToolTextOf(const uint8_t* data, size_t size);
 
-// The text's lines. A zero byte ends a line's word: no argument of a program holds one.
+// The lines of the text. A zero byte ends a line, because arguments cannot contain one.
 std::vector<std::string> LinesOf(const std::string& text);
 
-// A file of this name in a folder that goes with the process.
+// A file of this name in a folder that is deleted with the process.
 class ScratchFile
 {
 public:
     explicit ScratchFile(const std::string& name);
     const std::string& Path() const { return m_path; }
-    // With this content and no other.
+    // Replaces the content.
     void Write(const uint8_t* data, size_t size) const;
     QByteArray Read() const;
     void Remove() const;

@@ -1,4 +1,4 @@
-// What a job reads in a chunk of `tool`'s output, and what `tool` reads in ffmpeg's.
+// What a job finds in a chunk of `tool`'s output, and what `tool` finds in ffmpeg's.
 #include "jobs/job_report.h"
 #include "jobs/merge_command.h"
 #include "tests/fuzz/target.h"
@@ -42,7 +42,7 @@ void CheckTexts(const QString& text)
 void CheckDescription(const tool::PartDescription& part)
 {
     static const std::regex rate(R"(\d+(\.\d+)?|\d+/1001)");
-    // What can stand in a chain of filters without ending it.
+    // What can be part of a filter chain without ending it.
     static const std::regex channels(R"([A-Za-z0-9.()+ ]+)");
     constexpr int largest = 16384;
     Require(part.width >= 0 && part.width <= largest && part.width % 2 == 0,

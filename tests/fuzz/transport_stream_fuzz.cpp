@@ -1,4 +1,4 @@
-// The beginning of a transport stream that is to be joined.
+// The beginning of a transport stream in a join.
 #include "tests/fuzz/target.h"
 #include "tool/transport_stream.h"
 

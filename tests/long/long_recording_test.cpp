@@ -1,5 +1,5 @@
-// Records for long: LUMENFOLD_LONG_MINUTES (at least 2; 30 when it is not set). Nothing may grow,
-// and nothing may drift.
+// Records for LUMENFOLD_LONG_MINUTES (at least 2, default 30). Memory must not grow, and sound must
+// not drift.
 #include "tests/support/measure.h"
 #include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
@@ -12,12 +12,12 @@
 namespace {
 
 constexpr double kMostGrowth = 2; // MiB
-// ffmpeg keeps an entry for each picture and packet of sound until the file's index is written.
+// ffmpeg keeps an entry per frame and audio packet until it writes the file's index.
 constexpr double kMostIndexGrowth = 0.5; // MiB a minute
-// Its queue for the screen fills whenever it falls behind, and is kept: 90 pictures.
+// Its screen queue of 90 frames fills when it falls behind, and is not freed.
 constexpr double kQueue = 90.0 * 1280 * 800 * 4 / 1048576; // MiB
-// From the click to the first picture, and what waits in ffmpeg's queue when it is told to quit: up
-// to 3 s, and nothing on a machine that keeps up.
+// From the click to the first frame, and what is in ffmpeg's queue when it is told to quit: up to 3
+// s, or nothing on a machine that keeps up.
 constexpr double kStartAndEnd = 6; // seconds
 constexpr double kMostOffset = 50; // ms
 constexpr int kEnds = 30;          // seconds at either end that are compared
@@ -28,7 +28,7 @@ int Minutes()
     return minutes == 0 ? 30 : qMax(2, minutes);
 }
 
-// What one process held at each look, in MiB.
+// The memory of one process at each sample, in MiB.
 struct Holding
 {
     QString name;
@@ -45,7 +45,7 @@ QList<double> Numbers(const QString& list)
     return numbers;
 }
 
-// Beep minus flash in ms, of those flashes that lie within the two times and have a beep.
+// Beep minus flash in ms, for flashes between the two times that have a beep.
 QList<double> Offsets(const QMap<QString, QString>& report, double from, double to)
 {
     const QList<double> beeps = Numbers(report["beep_times"]);
@@ -60,7 +60,7 @@ QList<double> Offsets(const QMap<QString, QString>& report, double from, double 
     return offsets;
 }
 
-// Those that run this program; `tool` leaves some on their own.
+// The processes that run this program; `tool` starts some of its own.
 QList<qint64> ProcessesOf(const QString& program)
 {
     QList<qint64> found;
@@ -89,7 +89,7 @@ private:
     static void CheckFile(const QString& path, double seconds);
 
     Desktop m_desktop;
-    // The microphone is recorded too, and hears nothing.
+    // The microphone is recorded too, but silent.
     TestPatternProcess m_pattern{{"--beep", "1000@speaker"}};
 };
 
@@ -100,7 +100,7 @@ void LongRecordingTest::initTestCase()
     QVERIFY2(m_pattern.IsReady(), "the test pattern does not start");
 }
 
-// The recorder, what it started, and what that started.
+// The recorder and all its descendants.
 QMap<qint64, Holding> LongRecordingTest::Processes(const Recorder& recorder)
 {
     QMap<qint64, Holding> processes;
@@ -159,7 +159,7 @@ void LongRecordingTest::CheckFile(const QString& path, double seconds)
              qPrintable(QString("sound is %1 ms after the picture at the end, %2 ms at the start")
                             .arg(Median(last))
                             .arg(Median(first))));
-    // On a busy machine the same picture is grabbed twice at times, and shown late at others.
+    // On a busy machine the same picture is sometimes grabbed twice, and sometimes shown late.
     QVERIFY2(report["distinct_share"].toDouble() >= 60,
              qPrintable("distinct pictures: " + report["distinct_share"] + " %"));
 }
@@ -173,7 +173,7 @@ void LongRecordingTest::memoryIsFlatAndSoundStaysWithThePicture()
     QVERIFY2(recorder.StartRecording(), "no file grows");
     QVERIFY(recorder.RecordFor(minute));
     QMap<qint64, Holding> processes = Processes(recorder);
-    // The recorder, ffmpeg, and the process that mixes the sound for it.
+    // The recorder, ffmpeg, and the process that mixes the sound.
     QVERIFY2(processes.size() >= 3, "a process of the recording is not found");
     for (int time = minute; time <= Minutes() * minute; time += minute / 6) {
         QVERIFY(recorder.RecordFor(time));

@@ -1,5 +1,5 @@
-// A short recording by `tool` alone, with the ffmpeg that LUMENFOLD_FFMPEG names: what is in the
-// file is looked at with the one in PATH.
+// A short recording by `tool` with the ffmpeg named by LUMENFOLD_FFMPEG, inspected with the one in
+// PATH.
 #include "tests/support/recording_file.h"
 #include "tests/support/test_pattern_process.h"
 

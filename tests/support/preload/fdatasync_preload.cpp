@@ -1,5 +1,5 @@
-// Writes down how much of a file the disk has: after each fdatasync one line with the file's size
-// is appended to the file that LUMENFOLD_SYNC_LOG names.
+// Records how much of a file has reached the disk: after each fdatasync() it appends a line with
+// the file's size to the file named by LUMENFOLD_SYNC_LOG.
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fstream>
@@ -8,7 +8,7 @@
 extern "C" int fdatasync(int file)
 {
     struct stat status = {};
-    fstat(file, &status); // what is written meanwhile need not be there
+    fstat(file, &status); // data written after the call need not be on disk
     const auto real = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fdatasync"));
     const int result = real(file);
     const char* name = std::getenv("LUMENFOLD_SYNC_LOG");

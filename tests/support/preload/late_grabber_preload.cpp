@@ -1,5 +1,5 @@
-// Keeps the process that grabs the screen for `tool` from its first picture until `tool` has given
-// it up and become ffmpeg. It is the only one that asks for shared memory and whose parent runs the
+// Delays the first frame of `tool`'s screen grabber until `tool` has given up on it and become
+// ffmpeg. The grabber is the only process that asks for shared memory and whose parent runs the
 // same program.
 #include <array>
 #include <chrono>

@@ -1,6 +1,5 @@
-// Feigns a disk that fills up. The file that LUMENFOLD_FAKE_FREE_SPACE names holds the count of
-// free bytes; it is read anew at every call. Without it, or without a number in it, the real disk
-// answers.
+// Simulates a disk that fills up. The file named by LUMENFOLD_FAKE_FREE_SPACE has the number of
+// free bytes and is read at every call. Without the file or a number in it, the real value is used.
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fstream>

@@ -101,7 +101,7 @@ SteadyTime Beeper::Beep()
     pa_usec_t latency = 0;
     int negative = 0;
     if (m_p->stream != nullptr && pa_stream_get_latency(m_p->stream, &latency, &negative) == 0) {
-        // The next sample written begins the beep; what was written before is heard first.
+        // The beep starts with the next sample written; what was written before is heard first.
         m_p->beepStart = m_p->written;
         heard = std::chrono::steady_clock::now() +
                 std::chrono::microseconds(negative != 0 ? 0 : latency);

@@ -1,4 +1,4 @@
-// Tones on outputs of the sound server, with known times at which they are heard.
+// Plays tones on outputs of the sound server, at known times.
 #pragma once
 
 #include <chrono>
@@ -12,18 +12,18 @@ struct Tone
     double hertz = 0; // 0: no tone
 };
 
-// Plays one tone all the time, or one in short beeps at the times asked for.
+// Plays a continuous tone, or short beeps on request.
 class Beeper
 {
 public:
-    // A continuous tone, or (with `beeps`) silence until Beep is called.
+    // A continuous tone or, with `beeps`, silence until Beep() is called.
     Beeper(const Tone& tone, bool beeps);
     Beeper(const Beeper&) = delete;
     Beeper& operator=(const Beeper&) = delete;
     ~Beeper();
 
-    // Lets a beep of 100 ms begin. Returns when it will be heard, a few hundredths of a second from
-    // now; the past when there is no sound server.
+    // Starts a beep of 100 ms. Returns when it will be heard, a few hundredths of a second from
+    // now, or a time in the past if there is no sound server.
     SteadyTime Beep();
 
 private:

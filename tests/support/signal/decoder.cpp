@@ -16,7 +16,7 @@ constexpr int cells = 16;
 constexpr int stripWidth = (cells + 2) * cell;
 constexpr int stripHeight = 2 * cell;
 
-// The mean brightness of a square's inner part, away from its edges' blur.
+// The mean brightness of the inside of a square, away from its blurred edges.
 int Brightness(const unsigned char* strip, int x, int size)
 {
     int sum = 0;
@@ -28,7 +28,7 @@ int Brightness(const unsigned char* strip, int x, int size)
     return sum / (size / 2 * (size / 2));
 }
 
-// After a picture with data beside it, as an encoder's first has, an empty line follows.
+// An empty line follows a frame with side data, as the first one has.
 std::string NextLine(std::istream& lines)
 {
     std::string line;

@@ -6,20 +6,20 @@
 #include <string>
 #include <vector>
 
-// All that the program writes on its standard output, or nothing when it fails to run or fails.
+// The program's standard output, or nothing if it cannot run or fails.
 std::optional<std::string> OutputOf(const std::vector<std::string>& command);
 
 struct Picture
 {
-    double time = 0; // seconds, as it is to be shown
-    int number = 0;  // as test_pattern wrote it
+    double time = 0; // presentation time in seconds
+    int number = 0;  // the number drawn by test_pattern
     bool flash = false;
 };
 
-// The pictures in order, the test pattern's strip lying at this place. Empty on failure.
+// The frames in order, with the test pattern's strip at this place. Empty on failure.
 std::vector<Picture> DecodePictures(const std::string& file, int x, int y);
 
-// The first sound track as one channel of 44100 samples a second. Empty when there is none.
+// The first sound track as mono at 44100 Hz. Empty if there is none.
 std::vector<int16_t> DecodeSound(const std::string& file);
 
 constexpr int soundRate = 44100;

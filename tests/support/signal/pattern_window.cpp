@@ -59,8 +59,8 @@ void PatternWindow::Fill(uint32_t colour, int x, int y, int width, int height)
     xcb_poly_fill_rectangle(m_pConnection, m_pixmap, m_context, 1, &area);
 }
 
-// Drawn aside and copied with one request, so that a grab never sees half a picture. Only the
-// strip and the bar's band are copied: a whole screen 60 times a second would load the machine more
+// Drawn off-screen and copied with one request, so that a grab never sees half a picture. Only the
+// strip and the bar's band are copied: a full screen 60 times a second would load the machine more
 // than the recording does.
 void PatternWindow::Draw(uint16_t number, bool flash)
 {

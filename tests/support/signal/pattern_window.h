@@ -1,8 +1,8 @@
-// A window in which every picture differs from the one before, in a way that survives encoding.
+// A window whose picture changes in every frame in a way that survives encoding.
 //
-// The strip at its top is read back by recording_report: 16 squares of 16 pixels with the number of
-// the picture (black 0, white 1, the lowest bit first), then one of 32 by 32 that is white while
-// the flash is on. Below, a bar moves.
+// recording_report reads the strip at its top: 16 squares of 16 pixels with the number of the
+// picture (black 0, white 1, lowest bit first), then one of 32 by 32 that is white during a flash.
+// A bar moves below it.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ struct Geometry
 class PatternWindow
 {
 public:
-    // Opens it above all others, not managed. Check Good() after.
+    // Opens it above all others, unmanaged. Check Good() afterwards.
     explicit PatternWindow(Geometry geometry);
     PatternWindow(const PatternWindow&) = delete;
     PatternWindow& operator=(const PatternWindow&) = delete;

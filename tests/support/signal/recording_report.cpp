@@ -2,26 +2,26 @@
 //
 //   recording_report [--at X,Y] [--beep HZ] [--skip SECONDS] FILE
 //
-// --at: where the pattern's upper left corner lies in the picture (default 0,0). --beep: the beep's
-// frequency (default 1000). --skip: a start that frame counts leave out (default 0). Prints one
-// key=value a line, times in seconds:
+// --at: the pattern's upper left corner in the picture (default 0,0). --beep: the beep's frequency
+// (default 1000). --skip: seconds at the start to leave out of frame counts (default 0). Prints
+// key=value lines, times in seconds:
 //
 //   duration         of the whole file
 //   has_sound        0 or 1
 //   width, height    of the picture
-//   video_frames     pictures in the file after the skipped start
-//   distinct_frames  those that show something else than the one before
-//   missing_frames   places without a picture, at 29.97 a second
-//   distinct_share   distinct_frames in percent of what 29.97 a second would be
-//   fps              video_frames a second
+//   video_frames     frames in the file after the skipped start
+//   distinct_frames  frames that differ from the previous one
+//   missing_frames   gaps at 29.97 fps
+//   distinct_share   distinct_frames in percent of 29.97 fps
+//   fps              video_frames per second
 //   sound_duration   of the sound
-//   flash_times      when flashes begin, divided by blanks
-//   beep_times       when beeps begin
-//   av_offset_ms     beep minus flash, the middle one of all pairs; "none" without pairs
-//   av_offset_range  the smallest and the largest of them
-//   tones            frequencies heard, divided by blanks
+//   flash_times      start times of flashes, separated by blanks
+//   beep_times       start times of beeps
+//   av_offset_ms     beep minus flash, median of all pairs; "none" without pairs
+//   av_offset_range  the smallest and largest offset
+//   tones            frequencies heard, separated by blanks
 //
-// Exit code 1 when the file cannot be decoded.
+// Exits with 1 if the file cannot be decoded.
 #include "tests/support/signal/decoder.h"
 #include "tests/support/signal/sound_analysis.h"
 
@@ -103,7 +103,7 @@ std::vector<double> FlashTimes(const std::vector<Picture>& pictures)
     std::vector<double> times;
     for (size_t i = 1; i < pictures.size(); ++i) {
         if (pictures[i].flash && !pictures[i - 1].flash) {
-            // It was turned on some time since the last picture.
+            // It was turned on since the last frame.
             times.push_back((pictures[i].time + pictures[i - 1].time) / 2);
         }
     }

@@ -19,7 +19,7 @@ double Amplitude(std::span<const int16_t> samples, int rate, double hertz)
     double beforeLast = 0;
     const auto length = static_cast<double>(samples.size());
     for (size_t i = 0; i < samples.size(); ++i) {
-        // A Hann window keeps loud neighbours out.
+        // A Hann window suppresses loud neighbours.
         const double window =
             1 - std::cos(2 * std::numbers::pi * (static_cast<double>(i) + 0.5) / length);
         const double value = samples[i] * window + step * last - beforeLast;
@@ -44,7 +44,7 @@ std::vector<double> BeepTimes(std::span<const int16_t> samples, int rate, double
     for (size_t i = 0; i < levels.size(); ++i) {
         const bool loud = levels[i] > std::max(loudest / 2, audible);
         if (loud && !on) {
-            // Half the level is reached when half the window lies in the beep.
+            // The level is at half when half the window is in the beep.
             times.push_back((static_cast<double>(i * hop) + static_cast<double>(window) / 2) /
                             rate);
         }

@@ -1,16 +1,15 @@
-// Shows a moving picture and makes sounds, so that a recording of them can be measured with
-// recording_report. Needs DISPLAY, and PULSE_SERVER for the sounds. Runs until it is terminated, or
-// for the time given; prints "ready" and a newline on standard output once the picture stands.
+// Shows a moving picture and plays sounds that recording_report can measure in a recording. Needs
+// DISPLAY, and PULSE_SERVER for the sounds. Runs until it is terminated, or for the given time.
+// Prints "ready" and a newline once the picture is visible.
 //
 //   test_pattern [--geometry WxH+X+Y]   where; default: the whole screen
-//                [--rate N]             pictures a second, default 75
-//                [--hum HZ[@SINK]]      a tone all the time (may be given several times)
-//                [--beep HZ[@SINK]]     a beep of 100 ms with each flash, heard as the flash is
-//                seen
-//                [--flash SECONDS]      between two flashes, default 1
-//                [--seconds N]          ends by itself after this time
+//                [--rate N]             pictures per second, default 75
+//                [--hum HZ[@SINK]]      a continuous tone (can be repeated)
+//                [--beep HZ[@SINK]]     a beep of 100 ms at the same moment as each flash
+//                [--flash SECONDS]      interval between flashes, default 1
+//                [--seconds N]          exit after this time
 //
-// SINK is the sound server's name of an output; without it the default output is used.
+// SINK is the sound server's name of an output; the default is the default output.
 #include "tests/support/signal/beeper.h"
 #include "tests/support/signal/pattern_window.h"
 
@@ -84,7 +83,7 @@ void Show(PatternWindow& window, Beeper& beeper, const Options& options)
     Clock::time_point nextBeep = start + Ticks(options.flash);
     Clock::time_point flashOn = nextBeep;
     Clock::time_point flashOff = start;
-    bool announced = false; // the flash's time is set, it is not shown yet
+    bool announced = false; // the time of the flash is set, but it is not shown yet
     for (uint16_t number = 0; stopped == 0 && due - start < Ticks(options.seconds); ++number) {
         if (!announced && Clock::now() >= nextBeep) {
             const Clock::time_point heard = beeper.Beep();
@@ -93,7 +92,7 @@ void Show(PatternWindow& window, Beeper& beeper, const Options& options)
             nextBeep += Ticks(options.flash);
         }
         due += Ticks(1 / options.rate);
-        // A flash is drawn at its time, not at that of the next picture.
+        // A flash is drawn at its own time, not with the next picture.
         std::this_thread::sleep_until(announced ? std::min(due, flashOn) : due);
         if (announced && Clock::now() >= flashOn) {
             announced = false;
