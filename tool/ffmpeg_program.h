@@ -1,4 +1,4 @@
-// Which ffmpeg does the work, and what it understands.
+// Finds ffmpeg and determines what it supports.
 #pragma once
 
 #include <string>
@@ -11,22 +11,21 @@ namespace tool {
 std::vector<std::string> FfmpegPlaces(const std::string& chosen, const std::string& ownDirectory,
                                       const std::string& path);
 
-// The first of these that is a file and may be run; empty when none is.
+// The first of these that is an executable file, or empty.
 std::string FirstRunnable(const std::vector<std::string>& places);
 
-// The ffmpeg to run: LUMENFOLD_FFMPEG, else one beside this program, else the one in PATH. Empty
-// when there is none.
+// The ffmpeg to run: LUMENFOLD_FFMPEG, else one beside this program, else the one in PATH. Empty if
+// there is none.
 std::string FindFfmpeg();
 
-// Whether the program file holds this option's name. Asking the program itself would cost a start
-// of it; its table of options lies in the file as text. False when the file cannot be read or is a
-// script.
+// Whether the program has this option. Searches the executable for the name, because running the
+// program would take too long. Returns false if the file cannot be read or is a script.
 bool KnowsOption(const std::string& program, const std::string& option);
 
-// Runs the program to its end, without input, and gives what it printed on its standard error.
+// Runs the program without input and returns its standard error.
 std::string Ask(const std::string& program, const std::vector<std::string>& arguments);
 
-// Becomes the program; returns only when that fails, with errno set.
+// Replaces this process with the program. Returns only on failure, with errno set.
 void Become(const std::string& program, const std::vector<std::string>& arguments);
 
 } // namespace tool

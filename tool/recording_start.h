@@ -1,4 +1,4 @@
-// The moment a recording starts at, shared by the processes beside ffmpeg: picture and sound count
+// The start time of a recording, shared by the processes beside ffmpeg. Frames and sound are timed
 // from it.
 #pragma once
 
@@ -13,8 +13,7 @@ namespace tool {
 class RecordingStart
 {
 public:
-    // In memory that this process and its children share until they end; nothing when there is
-    // none.
+    // Creates one in memory shared with child processes. Returns null on failure. Never freed.
     static RecordingStart* Make();
 
     void Set(SteadyTime moment);

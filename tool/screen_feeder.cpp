@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 using Outcome = ScreenGrabber::Outcome;
 
-constexpr auto patience = 3s; // for a server's first answers; measured: 6 ms
+constexpr auto patience = 3s; // for the server's first answers; measured: 6 ms
 constexpr auto firstPatience = 1s;
 
 class Feeder
@@ -37,7 +37,7 @@ public:
         if (m_grabber.Grab(Clock::now() + firstPatience) != Outcome::Taken || !Convert()) {
             return;
         }
-        m_pictures.Add(0); // stands in should the server not answer at the start
+        m_pictures.Add(0); // used if the server does not answer at the start
         if (m_plan.start != nullptr) {
             m_plan.start->NameGrabber();
         }
@@ -53,15 +53,14 @@ public:
         while (next >= 0 && m_pictures.Work(clock.Due(next))) {
             next = Fill(clock, next);
         }
-        // The screen has gone: what it showed is still written.
+        // The screen is gone. Write the frames that are still queued.
         while (m_pictures.HasWork() && m_pictures.Work(Clock::now() + 10ms)) {
         }
     }
 
 private:
-    // ffmpeg opens the pipe and reads what means nothing: the recording starts at that moment, not
-    // before, for what is grabbed sooner would have to be kept until it reads. False when it has
-    // gone.
+    // Waits until ffmpeg opens the pipe and reads the skipped bytes. The recording starts at that
+    // moment; frames grabbed earlier would have to be buffered. Returns false if ffmpeg is gone.
     bool WaitForReader() const
     {
         const std::array<char, skippedBytes> nothing{};
@@ -80,7 +79,7 @@ private:
         return true;
     }
 
-    // False when there is no place for the picture.
+    // Returns false if there is no room for the frame.
     bool Convert()
     {
         uint8_t* picture = m_pictures.Blank();
@@ -90,8 +89,8 @@ private:
         return picture != nullptr;
     }
 
-    // Gives the place that is due its picture, and those before it that were missed the one before.
-    // The next place, or -1 when the screen has gone.
+    // Fills the due place with a new frame, and missed places before it with the previous one.
+    // Returns the next place, or -1 if the screen is gone.
     int64_t Fill(const PictureClock& clock, int64_t next)
     {
         const int64_t place = clock.PlaceAt(Clock::now(), next);
@@ -130,7 +129,7 @@ std::optional<int> StartScreenFeeder(const ScreenFeederPlan& plan)
         }
     });
     close(ends[1]);
-    // Something to read tells that it can grab; the end of the pipe that it cannot.
+    // Data in the pipe means the child can grab the screen; end of file means it cannot.
     pollfd answer{ends[0], POLLIN, 0};
     const auto time = std::chrono::milliseconds(patience).count();
     if (!started || poll(&answer, 1, static_cast<int>(time)) != 1 ||

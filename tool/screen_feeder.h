@@ -1,5 +1,5 @@
-// The process that hands ffmpeg its pictures: it grabs the screen, changes the colours, which
-// ffmpeg takes several times as long for, and keeps the rate.
+// The process that supplies ffmpeg with frames. It grabs the screen, converts the pixel format,
+// which takes ffmpeg several times as long, and keeps the frame rate.
 #pragma once
 
 #include "tool/arguments.h"
@@ -16,13 +16,13 @@ struct ScreenFeederPlan
     std::string display;
     Rectangle area; // even width and height
     PictureRate rate;
-    RecordingStart* start = nullptr; // set with the first picture
+    RecordingStart* start = nullptr; // set at the first frame
 };
 
-// Starts it as a child of this process, which is to become ffmpeg. Returns the descriptor ffmpeg
-// shall read from (it survives the exec): `skippedBytes` that mean nothing, then yuv420p pictures.
-// Nothing when the screen cannot be grabbed this way. The child ends when nobody reads any more,
-// and at the latest with this process; when the screen is gone, what can be read ends.
+// Starts it as a child of this process, which then becomes ffmpeg. Returns the descriptor for
+// ffmpeg to read from (it survives the exec): `skippedBytes` meaningless bytes, then yuv420p
+// frames. Returns nothing if the screen cannot be grabbed this way. The child exits when the pipe
+// is closed, and at the latest with this process. When the screen disappears, the pipe ends.
 std::optional<int> StartScreenFeeder(const ScreenFeederPlan& plan);
 
 } // namespace tool

@@ -1,4 +1,4 @@
-// Takes pictures of a part of the X screen, with the mouse cursor in them.
+// Grabs a part of the X screen, with the mouse cursor.
 #pragma once
 
 #include "tool/arguments.h"
@@ -15,8 +15,8 @@ class ScreenGrabber
 public:
     enum class Outcome {
         Taken,
-        Waiting, // the server has not answered in time; the next call waits on
-        Lost,    // it has gone, or refuses
+        Waiting, // the server has not answered yet; the next call goes on waiting
+        Lost,    // the server is gone or refuses
     };
 
     // Nothing where this way does not work: no display, no XFixes, pixels of another kind than four
@@ -27,10 +27,10 @@ public:
     ScreenGrabber& operator=(const ScreenGrabber&) = delete;
     ~ScreenGrabber();
 
-    // Takes one picture, waiting until then at most.
+    // Grabs one image, waiting until then at most.
     Outcome Grab(SteadyTime until);
 
-    // The picture taken last. Smaller than the area when the screen has become smaller.
+    // The last image. Smaller than the area if the screen has shrunk.
     Pixels Picture() const;
 
 private:

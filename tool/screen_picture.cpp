@@ -10,7 +10,7 @@ namespace {
 constexpr int black = 16;
 constexpr int noColour = 128;
 
-// 255 parts of 255: rounded to the nearest.
+// `alpha` is out of 255; rounds to nearest.
 uint8_t Blend(uint32_t above, uint32_t below, uint32_t alpha)
 {
     return static_cast<uint8_t>(

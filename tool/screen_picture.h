@@ -1,4 +1,4 @@
-// A grabbed picture on its way to the encoder: the mouse cursor drawn into it, its colours changed.
+// Turns a grabbed image into a frame: draws the mouse cursor and converts the pixel format.
 #pragma once
 
 #include <cstddef>
@@ -15,8 +15,8 @@ struct Pixels
     int height = 0;
 };
 
-// Premultiplied colours with their alpha in the highest byte, rows without gaps. The place is that
-// of the upper left corner, from the picture's.
+// Premultiplied colours with alpha in the highest byte, without padding between rows. The position
+// is that of the upper left corner, relative to the image.
 struct CursorImage
 {
     int x = 0;
@@ -26,10 +26,10 @@ struct CursorImage
     const uint32_t* pixels = nullptr;
 };
 
-// Draws what lies inside the picture.
+// Draws the part of the cursor that is inside the image.
 void DrawCursor(const CursorImage& cursor, const Pixels& picture);
 
-// Bytes of a yuv420p picture: all luma, then the two colour planes of half the size, rounded up.
+// The size of a yuv420p frame in bytes: luma, then two chroma planes of half the size, rounded up.
 size_t YuvBytes(int width, int height);
 
 // Converts into a yuv420p picture of this size (BT.601 with limited range, as ffmpeg does unasked).

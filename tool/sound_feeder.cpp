@@ -19,9 +19,9 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-// How late sound is handed out: what a source delivers later than this is lost.
+// The delay with which sound is written. Sound that arrives later than this is lost.
 constexpr int delayMs = 60;
-// What lies in the pipe before ffmpeg looks; it becomes the first 23 ms of the sound.
+// Silence in the pipe before ffmpeg opens it, which becomes the first 23 ms of the sound.
 constexpr int64_t preparedFrames = 1024;
 constexpr int pipeBytes = 1 << 20;
 
@@ -46,18 +46,18 @@ public:
         if (!WaitForReader()) {
             return;
         }
-        fcntl(m_nPipe, F_SETPIPE_SZ, pipeBytes); // so that a busy ffmpeg does not stop us
+        fcntl(m_nPipe, F_SETPIPE_SZ, pipeBytes); // so that a busy ffmpeg does not block it
         while (!PicturesEnded() && Emit()) {
             m_reader.Wait(20ms);
         }
     }
 
 private:
-    // ffmpeg would go on with the sound alone.
+    // ffmpeg would continue with sound only.
     bool PicturesEnded() const { return m_pStart != nullptr && m_pStart->GrabberEnded(); }
 
-    // The first picture's moment is the start of the sound. Where ffmpeg grabs it itself, it opens
-    // this pipe right after, and reads: so both begin together.
+    // The sound starts with the first frame. If ffmpeg grabs the screen itself, it opens this pipe
+    // right afterwards and reads, so both start together.
     void Start(SteadyTime moment)
     {
         if (!m_bStarted) {
@@ -67,7 +67,7 @@ private:
         }
     }
 
-    // False when ffmpeg has gone.
+    // Returns false if ffmpeg is gone.
     bool WaitForReader()
     {
         const std::array<int16_t, preparedFrames * 2> silence{};
@@ -99,7 +99,7 @@ private:
         }
     }
 
-    // Writes what is due, as far as the pipe takes it. False when ffmpeg has closed it.
+    // Writes what is due, as far as the pipe takes it. Returns false if ffmpeg has closed the pipe.
     bool Emit()
     {
         const int64_t pieceFrames = m_nRate / 100;
@@ -121,7 +121,7 @@ private:
         return errno == EAGAIN || errno == EINTR;
     }
 
-    // True when nothing is left over, else false with errno.
+    // Returns true if everything is written, else false with errno.
     bool WriteRest()
     {
         const size_t size = m_rest.size() * sizeof(int16_t);
@@ -142,8 +142,8 @@ private:
     bool m_bStarted = false;
     SteadyTime m_start;
     int64_t m_nGiven = 0;        // frames handed out
-    std::vector<int16_t> m_rest; // handed out, not all in the pipe yet
-    size_t m_nWritten = 0;       // bytes of it that are
+    std::vector<int16_t> m_rest; // handed out, but not completely written
+    size_t m_nWritten = 0;       // bytes of m_rest that are written
     std::vector<SoundTrack> m_tracks;
     SoundReader m_reader;
 };

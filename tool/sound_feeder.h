@@ -1,6 +1,6 @@
-// The process that hands ffmpeg its sound. ffmpeg could open the sources itself, but then waits for
-// each of them: seconds for an idle one, for ever for one that is gone. This process never makes it
-// wait; where there is no sound it gives silence.
+// The process that supplies ffmpeg with sound. ffmpeg could open the sources itself but would wait
+// for each of them: seconds for an idle one, forever for one that is gone. This process never
+// blocks it and writes silence where there is no sound.
 #pragma once
 
 #include "tool/recording_start.h"
@@ -12,8 +12,8 @@ namespace tool {
 
 struct FeederPlan
 {
-    std::vector<std::string> sources; // the sound server's names, mixed into one
-    int rate = 48000;                 // sample frames a second
+    std::vector<std::string> sources; // the sound server's names; mixed into one track
+    int rate = 48000;                 // sample frames per second
     RecordingStart* start = nullptr;  // of the pictures, if a process beside ffmpeg takes them
 };
 

@@ -12,7 +12,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto retryDistance = 500ms;
-constexpr uint32_t fragmentsPerSecond = 25; // servers deliver halves of them
+constexpr uint32_t fragmentsPerSecond = 25; // servers deliver half-size pieces
 constexpr uint32_t frameBytes = 2 * sizeof(int16_t);
 
 } // namespace
@@ -70,18 +70,18 @@ void SoundReader::Wait(std::chrono::milliseconds time)
 {
     const PulseLibrary* pulse = m_p->pulse;
     if (pulse == nullptr) {
-        std::this_thread::sleep_for(time); // there is no sound to be had
+        std::this_thread::sleep_for(time); // there is no sound
         return;
     }
     m_p->KeepOpen();
     const int microseconds = static_cast<int>(std::chrono::microseconds(time).count());
     if (pulse->mainloopPrepare(m_p->loop, microseconds) < 0 || pulse->mainloopPoll(m_p->loop) < 0 ||
         pulse->mainloopDispatch(m_p->loop) < 0) {
-        std::this_thread::sleep_for(time); // a broken loop must not become a busy one
+        std::this_thread::sleep_for(time); // a broken loop must not become a busy loop
     }
 }
 
-// Opens what is not open. Whatever failed is dropped here, outside the server's callbacks.
+// Opens what is not open. Failed streams are dropped here, outside the library's callbacks.
 void SoundReader::Private::KeepOpen()
 {
     if (context != nullptr && !PA_CONTEXT_IS_GOOD(pulse->contextGetState(context))) {
@@ -142,7 +142,7 @@ void SoundReader::Private::Open(Source& source)
     pa_buffer_attr buffer{};
     buffer.maxlength = static_cast<uint32_t>(-1);
     buffer.fragsize = rate / fragmentsPerSecond * frameBytes;
-    // Not to be moved: another device than the one chosen must never be recorded.
+    // DONT_MOVE: never record a device the user did not choose.
     const auto flags =
         static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE |
                                        PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_DONT_MOVE);
@@ -170,15 +170,15 @@ void SoundReader::Private::OnRead(pa_stream* stream, size_t /*bytes*/, void* dat
     size_t size = 0;
     const PulseLibrary* pulse = source->owner->pulse;
     while (pulse->streamPeek(stream, &bytes, &size) == 0 && size > 0) {
-        if (bytes != nullptr) { // else a hole, which stays silent
+        if (bytes != nullptr) { // null is a hole, which stays silent
             source->owner->Deliver(*source, bytes, size);
         }
         pulse->streamDrop(stream);
     }
 }
 
-// The latency tells how long ago the piece's first sample was captured, or, for the monitor of an
-// output, was heard: then it may well lie in the future.
+// The latency says how long ago the first sample was captured. For a monitor it says when the
+// sample is heard, which may be in the future.
 void SoundReader::Private::Deliver(const Source& source, const void* bytes, size_t size) const
 {
     pa_usec_t latency = 0;

@@ -1,4 +1,4 @@
-// Reads sources of the sound server as they play, and comes back to them when they went away.
+// Reads sources of the sound server in real time and reconnects to them when they come back.
 #pragma once
 
 #include <chrono>
@@ -13,26 +13,26 @@ namespace tool {
 
 using SteadyTime = std::chrono::steady_clock::time_point;
 
-// Gets what the reader hears. Called from within SoundReader::Wait only.
+// Receives the sound. Called from SoundReader::Wait() only.
 struct SoundListener
 {
-    // Interleaved stereo samples of a source, and when the first of them was captured.
+    // Interleaved stereo samples of a source, and when the first one was captured.
     std::function<void(size_t source, SteadyTime captured, std::span<const int16_t> stereo)> sound;
-    // The source was opened (again): nothing joins what it gave before.
+    // The source was opened or reopened: what follows is not contiguous with what came before.
     std::function<void(size_t source)> opened;
 };
 
 class SoundReader
 {
 public:
-    // `sources`: the server's names of them. `rate`: samples a second of what is delivered.
+    // `sources`: the server's names. `rate`: the sample rate to deliver.
     SoundReader(std::vector<std::string> sources, int rate, SoundListener listener);
     SoundReader(const SoundReader&) = delete;
     SoundReader& operator=(const SoundReader&) = delete;
     ~SoundReader();
 
-    // Works for about this long. Returns sooner when something was heard; never fails: a server or
-    // source that is not there is tried again twice a second.
+    // Runs the event loop for about this long, or less if there is sound. Never fails: a missing
+    // server or source is tried again twice a second.
     void Wait(std::chrono::milliseconds time);
 
 private:

@@ -8,10 +8,10 @@ namespace tool {
 namespace {
 
 constexpr int ringSeconds = 8;
-constexpr int settlingPieces = 25; // stated times are rough while a source starts
+constexpr int settlingPieces = 25; // capture times are inaccurate while a source starts
 constexpr double smoothing = 1.0 / 16;
-// How long a late source must have had time to spare before it is moved back. A server that has
-// just begun to play or record is often late for some seconds, and then never again.
+// How long a late source must have had slack before its shift is reduced. A server that has just
+// started to play or record is often late for some seconds and then never again.
 constexpr int64_t newSeconds = 10;
 constexpr int64_t secondsWhenNew = 1;
 constexpr int64_t secondsLater = 5;
@@ -38,7 +38,7 @@ void SoundTrack::Put(int64_t at, std::span<const int16_t> stereo, int64_t given)
     Write(std::span(piece).subspan(late * 2));
 }
 
-// Decides where the piece goes and gives the frames to add to its length.
+// Decides where the piece goes and returns the frames to add to its length.
 int64_t SoundTrack::Correction(int64_t at, int64_t frames)
 {
     const int64_t wanted = at + m_nShift;
@@ -56,16 +56,16 @@ int64_t SoundTrack::Correction(int64_t at, int64_t frames)
     if (std::abs(m_error) < m_nRate * 0.001) {
         return 0;
     }
-    // A quarter of a percent: nobody hears it, and no clock is as far off.
+    // A quarter of a percent is inaudible and more than any clock drifts.
     const int64_t step = std::max<int64_t>(frames / 400, 1);
     const int64_t correction = m_error > 0 ? step : -step;
     m_error -= static_cast<double>(correction);
     return correction;
 }
 
-// Gives the frames at the piece's start that come too late. One stall of the machine delivers many
-// pieces late at once and is over; only lateness that goes on makes the source play later than
-// captured, and only as long as it needs to.
+// Returns the frames at the start of the piece that are too late. A single stall of the machine
+// delivers many pieces late at once. Only a source that stays late is shifted, and only as long as
+// necessary.
 int64_t SoundTrack::SkipLate(int64_t frames, int64_t given)
 {
     if (m_nOpened < 0) {
@@ -76,7 +76,7 @@ int64_t SoundTrack::SkipLate(int64_t frames, int64_t given)
         m_nLeastSlack = std::min(m_nLeastSlack, slack);
         const bool isNew = given - m_nOpened < newSeconds * m_nRate;
         if (given - m_nShiftChecked > (isNew ? secondsWhenNew : secondsLater) * m_nRate) {
-            // Takes effect with the next piece, which is then too far off its stated time.
+            // Takes effect with the next piece, whose capture time is then too far off.
             m_nShift -= std::clamp<int64_t>(m_nLeastSlack - m_nRate / 25, 0, m_nShift);
             m_nShiftChecked = given;
             m_nLeastSlack = std::numeric_limits<int64_t>::max();

@@ -1,5 +1,5 @@
-// One source's sound on the recording's timeline. Positions count sample frames (one sample of each
-// of the two channels) from the first picture on; the timeline is the wall clock.
+// One source's sound on the timeline of the recording. Positions count sample frames (one sample of
+// each of the two channels) from the first video frame. The timeline is the wall clock.
 #pragma once
 
 #include <cstddef>
@@ -12,20 +12,19 @@ namespace tool {
 class SoundTrack
 {
 public:
-    // `rate`: sample frames a second.
+    // `rate`: sample frames per second.
     explicit SoundTrack(int rate);
 
-    // Takes interleaved stereo samples, the first of them captured at position `at` as well as is
-    // known. Pieces are laid end to end and follow the stated times gently: a small lead or lag is
-    // stretched away, a large one (a gap, a new start) is jumped over. What lies before `given`,
-    // the first position not handed out yet, comes too late; a source that is always late is
-    // shifted.
+    // Adds interleaved stereo samples, the first of them captured at about position `at`. Pieces
+    // are placed end to end and follow their capture times smoothly: a small lead or lag is
+    // corrected by stretching, a large one (a gap or a restart) by a jump. Samples before `given`,
+    // the first position not handed out yet, are too late. A source that is always late is shifted.
     void Put(int64_t at, std::span<const int16_t> stereo, int64_t given);
 
-    // The next piece is not joined to the last: the source went away.
+    // The next piece is not contiguous with the last: the source was gone.
     void Restart();
 
-    // Adds the sound from position `from` on to the sum, two numbers a frame; gaps add nothing.
+    // Adds the sound from position `from` on to the sum, two values per frame. Gaps add nothing.
     void AddTo(int64_t from, std::span<int32_t> sum) const;
 
 private:
@@ -35,26 +34,26 @@ private:
     size_t Slot(int64_t position) const;
 
     int m_nRate;
-    std::vector<int16_t> m_ring; // the last seconds; position p lies at p modulo its length
-    int64_t m_nBegin = 0;        // first position that the ring holds
+    std::vector<int16_t> m_ring; // the last seconds; position p is at p modulo its length
+    int64_t m_nBegin = 0;        // first position in the ring
     int64_t m_nEnd = 0;          // one past the last
-    int64_t m_nNext = 0;         // where the next piece goes
-    int64_t m_nShift = 0;        // added to stated times of a source that is always late
-    double m_error = 0;          // smoothed distance from the stated times, in frames
+    int64_t m_nNext = 0;         // position of the next piece
+    int64_t m_nShift = 0;        // added to the capture times of a source that is always late
+    double m_error = 0;          // smoothed distance from the capture times, in frames
     int m_nPieces = 0;           // since the last start
-    int64_t m_nOpened = -1;      // first position not given at the last start; -1: nothing came yet
-    int64_t m_nLateSince = -1;   // first position not given when lateness began; -1: not late
-    int64_t m_nShiftChecked = 0; // when the shift was last found to be needed
-    int64_t m_nLeastSlack = 0;   // frames to spare since then
+    int64_t m_nOpened = -1;      // value of `given` at the last start; -1: nothing received yet
+    int64_t m_nLateSince = -1;   // value of `given` when lateness began; -1: not late
+    int64_t m_nShiftChecked = 0; // when the shift was last needed
+    int64_t m_nLeastSlack = 0;   // smallest slack since then, in frames
 };
 
-// The sum of several sources as 16-bit samples; what is too loud is cut off at the limits.
+// Converts a sum of several sources to 16 bits, clipping at the limits.
 std::vector<int16_t> Saturated(std::span<const int32_t> sum);
 
-// The piece at another length, straight lines between its samples; frames >= 1.
+// Resamples the piece to `frames` frames (at least 1) by linear interpolation.
 std::vector<int16_t> Stretched(std::span<const int16_t> stereo, int64_t frames);
 
-// Frames that are due after this time, when sound is handed out `delayMs` late; at least 0.
+// The number of frames due after this time if sound is written `delayMs` late; at least 0.
 int64_t FramesDue(int64_t elapsedUs, int rate, int delayMs);
 
 } // namespace tool
