@@ -43,6 +43,14 @@ private Q_SLOTS:
         QCOMPARE(EnabledButtons(), QString("Start End"));
     }
 
+    void theSelectedVideoIsLogged()
+    {
+        MakeVideo("a b.mp4");
+        EnterCutPage();
+        QTest::ignoreMessage(QtDebugMsg, qPrintable('"' + SaveDirectory() + "/a b.mp4\""));
+        ClickRow(kTable, 0);
+    }
+
     void selectingAVideoShowsItsLengthAndResetsTheMarks()
     {
         MakeVideo("a.mp4", "01:02:03");

@@ -229,6 +229,88 @@ private Q_SLOTS:
         QVERIFY(Boxes().texts.first().startsWith("Merge success"));
     }
 
+    void theProgressDialogStandsOverTheWindowWhileTheToolRuns()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        QList<QRect> places;
+        bool modal = false;
+        const auto look = [&] {
+            for (QWidget* widget : QApplication::topLevelWidgets()) {
+                if (auto* dialog = qobject_cast<SCANUI*>(widget)) {
+                    places << dialog->geometry();
+                    modal = modal || dialog->isModal();
+                }
+            }
+        };
+        Hear("m_pChangeTSProcess", look);
+        Hear("m_pMergeProcess", look);
+        SetJob("say frame=1; printf made >\"${!#}\"\n");
+        Press("Merge");
+        const QRect place(Window().x() + 250, Window().y() + 150, 500, 250);
+        QCOMPARE(places, QList<QRect>({place, place, place}));
+        QVERIFY(!modal);
+    }
+
+    // Whoever reads the folder with the last report finds the result and nothing else, or nothing
+    // at all of a merge that failed.
+    void theFolderIsTidyBeforeTheLastReport_data()
+    {
+        QTest::addColumn<QByteArray>("says");
+        QTest::addColumn<int>("files");
+        QTest::newRow("good") << QByteArray("say frame=1;") << 1;
+        QTest::newRow("failed") << QByteArray("say Invalid data;") << 0;
+    }
+
+    void theFolderIsTidyBeforeTheLastReport()
+    {
+        QFETCH(QByteArray, says);
+        MakeList({"a.mp4", "b.mp4"});
+        Listen();
+        HearAll();
+        m_look = true;
+        SetJob(says + "printf made >\"${!#}\"\n");
+        Press("Merge");
+        m_look = false;
+        QTEST(int(m_found.size()), "files");
+        QVERIFY2(m_found.filter(".ts").isEmpty(), qPrintable(m_found.join(' ')));
+    }
+
+    // Destination and current file of the report in which the job ends.
+    void theLastReportNamesTheResultTwice()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        QSignalSpy reports(&Window(), SIGNAL(AddProcessCallBack(int, QString, QString, int)));
+        Press("Merge");
+        QCOMPARE(reports.size(), 1);
+        QCOMPARE(reports.first(), QVariantList({100, Output(), Output(), 0}));
+    }
+
+    // Every conversion names the result as its destination, as the join does.
+    void everyReportNamesTheResultAsDestination()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        QSignalSpy reports(&Window(), SIGNAL(AddProcessCallBack(int, QString, QString, int)));
+        HearAll();
+        SetJob("say frame=1; printf made >\"${!#}\"\n");
+        Press("Merge");
+        QCOMPARE(reports.size(), 4);
+        for (const QVariantList& report : reports) {
+            QCOMPARE(report.at(2).toString(), Output());
+            QCOMPARE(report.at(3).toInt(), 0);
+        }
+    }
+
+    void aCancelIsRepeatedWithEveryChunk()
+    {
+        MakeList({"a.mp4", "b.mp4"});
+        QFile::remove(BesideProgram("keys"));
+        Hear("m_pChangeTSProcess", [] { DRUI::m_bisFinished = true; });
+        SetJob("for n in 1 2 3 4; do say frame=$n; done\n"
+               "read -r -t 5 -N 9 keys; printf '%s' \"$keys\" >\"$here/keys\"\n");
+        Press("Merge");
+        QCOMPARE(ReadFile(BesideProgram("keys")), QByteArray("q\r\nq\r\nq\r\n")); // 2, 3 and 4
+    }
+
     void theSourcesAreNeverChanged()
     {
         MakeList({"a.mp4", "b.mp4"});
@@ -253,6 +335,9 @@ public Q_SLOTS:
         m_percents << percent;
         m_currents << current;
         m_error = error;
+        if (m_look) {
+            m_found = Results();
+        }
     }
     void Cancel() { DRUI::m_bisFinished = true; }
 
@@ -294,6 +379,8 @@ private:
 
     QList<int> m_percents;
     QStringList m_currents;
+    QStringList m_found; // in the destination, with the last report
+    bool m_look = false;
     int m_error = -1;
 };
 

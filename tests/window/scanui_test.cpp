@@ -1,16 +1,9 @@
-#include "tests/window/fake_tool.h"
-#include "tests/window/modal_boxes.h"
-#include "ui/scanui.h"
+#include "tests/window/progress_dialog.h"
 
 #include <QProgressBar>
 #include <QWindow>
 
 namespace {
-const QString kCutGood = "Cut success, file path is /o/Cut_a.mp4 ";
-const QString kCutBad = "Clip failed, not an valid format, it's better to clip created mp4 files";
-const QString kMergeGood = "Merge success, file path is /o/M.mp4 ";
-const QString kMergeBad =
-    "Merge failed, not an valid format, it's better to merge created mp4 files";
 
 // Counts the paint events of the watched objects.
 class PaintCounter : public QObject
@@ -27,26 +20,13 @@ public:
 
 } // namespace
 
-class ScanuiTest : public QObject
+class ScanuiTest : public ProgressDialogTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        SCANUI::m_nError = 0;
-        SCANUI::m_nOprType = 0;
-        DRUI::m_bisFinished = false;
-        m_window = std::make_unique<DRUI>();
-        m_boxes = std::make_unique<ModalBoxes>();
-        Build();
-    }
-    void cleanup()
-    {
-        m_dialog.reset();
-        m_boxes.reset();
-        m_window.reset();
-    }
+    void init() { Prepare(); }
+    void cleanup() { Finish(); }
 
     void itStandsAQuarterInAndIsDrawnBeforeTheJob()
     {
@@ -325,44 +305,6 @@ private Q_SLOTS:
         QCOMPARE(m_window->MakeAddVedio(nullptr, progress), 0);
         QCOMPARE(progress, 3);
     }
-
-private:
-    void Build()
-    {
-        m_dialog = std::make_unique<SCANUI>();
-        m_dialog->InitSlot(m_window.get());
-    }
-
-    void Emit(const QByteArray& signal, int percent, const QString& current,
-              const QString& destination, int error)
-    {
-        QVERIFY(QMetaObject::invokeMethod(m_window.get(), signal.constData(), Q_ARG(int, percent),
-                                          Q_ARG(QString, current), Q_ARG(QString, destination),
-                                          Q_ARG(int, error)));
-    }
-    void Cut(int percent, int error)
-    {
-        Emit("CutProcessCallBack", percent, "/v/a.mp4", "/o/Cut_a.mp4", error);
-    }
-    void Merge(int percent, int error)
-    {
-        Emit("AddProcessCallBack", percent, "/v/a.mp4", "/o/M.mp4", error);
-    }
-
-    void PressButton(const QString& text)
-    {
-        for (auto* button : m_dialog->findChildren<QPushButton*>()) {
-            if (button->text() == text) {
-                QTest::mouseClick(button, Qt::LeftButton);
-                return;
-            }
-        }
-        QFAIL(qPrintable("no button reads " + text));
-    }
-
-    std::unique_ptr<DRUI> m_window;
-    std::unique_ptr<SCANUI> m_dialog;
-    std::unique_ptr<ModalBoxes> m_boxes;
 };
 
 QTEST_MAIN(ScanuiTest)

@@ -1,0 +1,69 @@
+#include "tests/window/progress_dialog.h"
+
+// What the progress dialog does beside telling the outcome of an ordinary job.
+class ProgressDialogBehaviourTest : public ProgressDialogTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_first = QString("operation %1, finished %2, error %3, cancelled %4")
+                      .arg(SCANUI::m_nOprType)
+                      .arg(SCANUI::m_bIsFinished)
+                      .arg(SCANUI::m_nError)
+                      .arg(DRUI::m_bisFinished);
+    }
+    void init() { Prepare(); }
+    void cleanup() { Finish(); }
+
+    void aProgramBeginsWithoutAJob()
+    {
+        QCOMPARE(m_first, QString("operation 0, finished 0, error 0, cancelled 0"));
+    }
+
+    // What is no merge is told as a cut.
+    void beforeAnyReportTheDialogSpeaksOfACut()
+    {
+        QCOMPARE(SCANUI::m_nOprType, 0);
+        m_boxes->button = "NO";
+        m_dialog->show();
+        PressButton("Cancel");
+        SCANUI::m_nError = 1;
+        PressButton("Cancel");
+        QCOMPARE(m_boxes->texts, QStringList({"Are you sure to cancel the video cut?", kCutBad}));
+        QVERIFY(!m_dialog->isVisible());
+    }
+
+    // A stored error comes before the question, and before the success of a finished job.
+    void aCloseByTheUserTellsAStoredErrorAndCancelsNothing()
+    {
+        SCANUI::m_nError = 2;
+        SCANUI::m_nOprType = 1;
+        m_dialog->show();
+        PressButton("Cancel");
+        QCOMPARE(m_boxes->texts, QStringList{kMergeBad});
+        QVERIFY(!m_dialog->isVisible());
+        QVERIFY(!DRUI::m_bisFinished);
+        QCOMPARE(SCANUI::m_nError, 2);
+    }
+
+    // A name of other letters than Latin-1 has, as the log of the progress shows it.
+    void thePathsGoThroughLatin1InTheProgressButNotInTheOutcome()
+    {
+        m_dialog->show();
+        const QString path = QString::fromUtf8("/o/\u00e4\u5f55.mp4");
+        Emit("CutProcessCallBack", 5, path, path, 0);
+        const QString shown = QString::fromUtf8("/o/\u00e4?.mp4");
+        QCOMPARE(m_dialog->findChild<QLabel*>("m_labelInfo")->text(),
+                 "  Process: 5%\n  Current Cut: " + shown + "\n  Destination: " + shown);
+        Emit("CutProcessCallBack", 100, path, path, 0);
+        QCOMPARE(m_boxes->texts, QStringList{"Cut success, file path is " + path + ' '});
+    }
+
+private:
+    QString m_first; // as the program began
+};
+
+QTEST_MAIN(ProgressDialogBehaviourTest)
+#include "scanui_behaviour_test.moc"
