@@ -69,6 +69,8 @@ private slots:
     void smallErrorsInTimeLeaveNoHole();
     void slowAndFastClocksStayInStep_data();
     void slowAndFastClocksStayInStep();
+    void usualDriftIsStretchedAwayWithoutAJump_data();
+    void usualDriftIsStretchedAwayWithoutAJump();
     void whatComesTooLateIsLeftOut();
     void oneStallDoesNotShiftTheSound();
     void sourceThatIsAlwaysLateIsHeardAllTheSame();
@@ -126,6 +128,49 @@ void ToolSoundTrackTest::slowAndFastClocksStayInStep()
     QFETCH(double, drift);
     const int offset = OffsetAfter(600.3, drift);
     QVERIFY2(offset <= 22, qPrintable(QStringLiteral("%1 ms off after 10 minutes").arg(offset)));
+}
+
+void ToolSoundTrackTest::usualDriftIsStretchedAwayWithoutAJump_data()
+{
+    QTest::addColumn<double>("drift");
+    QTest::newRow("200 ppm slow") << 0.0002;
+    QTest::newRow("200 ppm fast") << -0.0002;
+    QTest::newRow("0.1 percent slow") << 0.001;
+    QTest::newRow("0.1 percent fast") << -0.001;
+}
+
+// A source whose samples rise by one a frame: every jump would show as one.
+void ToolSoundTrackTest::usualDriftIsStretchedAwayWithoutAJump()
+{
+    QFETCH(double, drift);
+    constexpr int64_t fineRate = 8000;
+    constexpr int64_t frames = 160; // 20 ms
+    SoundTrack track(fineRate);
+    int last = -1;
+    int64_t looked = 0;
+    for (int64_t i = 0; i < 60 * fineRate / frames; ++i) {
+        Samples samples;
+        for (int64_t k = 0; k < frames; ++k) {
+            samples.insert(samples.end(), 2, static_cast<int16_t>((i * frames + k) % 30000));
+        }
+        const auto at = static_cast<int64_t>(static_cast<double>(i * frames) * (1 + drift));
+        track.Put(at, samples, at - fineRate / 10);
+        const std::vector<int> heard = Heard(track, looked, at - looked);
+        for (const int value : heard) {
+            const int step = (value - last + 30000) % 30000;
+            QVERIFY2(last < 0 || step <= 2,
+                     qPrintable(QString("a jump by %1 frames after %2 s")
+                                    .arg(step)
+                                    .arg(static_cast<double>(looked) / fineRate)));
+            last = value;
+        }
+        looked = at;
+        // Where the frame captured last should be, and is.
+        const double off =
+            static_cast<double>(last) - std::fmod(static_cast<double>(at - 1) / (1 + drift), 30000);
+        const double ms = std::remainder(off, 30000) * 1000 / fineRate;
+        QVERIFY2(i == 0 || std::abs(ms) <= 3, qPrintable(QString("%1 ms off").arg(ms)));
+    }
 }
 
 void ToolSoundTrackTest::whatComesTooLateIsLeftOut()

@@ -1,0 +1,287 @@
+// Reads sources of a real sound server that is ended, that loses a source, that is asked to give
+// another one instead.
+#include "tests/support/signal/beeper.h"
+#include "tests/support/signal/sound_analysis.h"
+#include "tests/support/sound_server.h"
+#include "tool/sound_reader.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <functional>
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+constexpr int kRate = 48000;
+constexpr int kLow = 500; // Hz
+constexpr int kHigh = 1300;
+constexpr double kLoud = 5000; // of 32767; the server's own tones have 16000
+
+const auto kTones = R"(
+load-module module-rescue-streams
+load-module module-sine-source source_name=low frequency=500
+load-module module-sine-source source_name=high frequency=1300
+set-default-source high
+)";
+
+// Everything that a reader hears.
+class Ear
+{
+public:
+    explicit Ear(const std::vector<std::string>& sources)
+        : m_heard(sources.size()),
+          m_reader(sources, kRate,
+                   {[this](size_t source, SteadyTime captured, std::span<const int16_t> stereo) {
+                        Hear(m_heard[source], captured, stereo);
+                    },
+                    [this](size_t source) { ++m_heard[source].opened; }})
+    {
+    }
+
+    bool ListenUntil(const std::function<bool()>& condition, int milliseconds = 15000)
+    {
+        QElapsedTimer time;
+        time.start();
+        while (!condition()) {
+            if (time.hasExpired(milliseconds)) {
+                return false;
+            }
+            m_reader.Wait(10ms);
+        }
+        return true;
+    }
+    void Forget(size_t source)
+    {
+        m_heard[source].samples.clear();
+        m_heard[source].pieces.clear();
+    }
+    // Until this much has been heard from now on.
+    bool Listen(size_t source, double seconds)
+    {
+        Forget(source);
+        return ListenUntil([&] { return Seconds(source) >= seconds; });
+    }
+    void Wait(std::chrono::milliseconds time) { m_reader.Wait(time); }
+
+    double Seconds(size_t source) const
+    {
+        return static_cast<double>(m_heard[source].samples.size()) / kRate;
+    }
+    // How loud a tone is in what was heard since Listen began.
+    double Level(size_t source, int hertz) const
+    {
+        return Amplitude(m_heard[source].samples, kRate, hertz);
+    }
+    int Opened(size_t source) const { return m_heard[source].opened; }
+
+    // When the beeps begin that were heard since Listen began, as the reader dates them.
+    std::vector<SteadyTime> Beeps(size_t source, int hertz) const
+    {
+        const Heard& heard = m_heard[source];
+        std::vector<SteadyTime> times;
+        for (const double seconds : BeepTimes(heard.samples, kRate, hertz)) {
+            const auto sample = static_cast<size_t>(seconds * kRate);
+            const auto after =
+                std::find_if(heard.pieces.begin(), heard.pieces.end(),
+                             [sample](const Piece& one) { return one.first > sample; });
+            const Piece& piece = *(after - 1);
+            times.push_back(piece.captured +
+                            std::chrono::microseconds((sample - piece.first) * 1000000 / kRate));
+        }
+        return times;
+    }
+
+private:
+    struct Piece
+    {
+        size_t first; // sample
+        SteadyTime captured;
+    };
+    struct Heard
+    {
+        std::vector<int16_t> samples; // of the left channel
+        std::vector<Piece> pieces;
+        int opened = 0;
+    };
+
+    static void Hear(Heard& heard, SteadyTime captured, std::span<const int16_t> stereo)
+    {
+        heard.pieces.push_back({heard.samples.size(), captured});
+        for (size_t i = 0; i < stereo.size(); i += 2) {
+            heard.samples.push_back(stereo[i]);
+        }
+    }
+
+    std::vector<Heard> m_heard;
+    tool::SoundReader m_reader;
+};
+
+// The number that the server gives to the only one who listens.
+QString Listener(const SoundServer& server)
+{
+    return server.Ask({"list", "short", "source-outputs"}).section('\t', 0, 0);
+}
+
+bool TakeAway(const SoundServer& server, const QString& source)
+{
+    const QString module = server.Ask({"list", "short", "modules"})
+                               .section("source_name=" + source, 0, 0)
+                               .section('\n', -1)
+                               .section('\t', 0, 0);
+    return server.Command({"unload-module", module});
+}
+
+} // namespace
+
+class SoundReaderTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void eachSourceIsHeardUnderItsOwnNumber();
+    void soundIsDatedByWhenItIsHeard_data();
+    void soundIsDatedByWhenItIsHeard();
+    void restartedServerIsHeardAgain();
+    void sourceThatReturnsIsHeardAgain();
+    void noOtherSourceIsHeardInstead();
+    void sourceCannotBeExchangedForAnother();
+    void waitingWithoutAServerTakesItsTime();
+};
+
+void SoundReaderTest::eachSourceIsHeardUnderItsOwnNumber()
+{
+    SoundServer server(kTones);
+    QVERIFY(server.Start());
+    Ear ear({"low", "missing", "high"});
+    QVERIFY2(ear.Listen(0, 0.5) && ear.Listen(2, 0.5), "nothing is heard");
+    QVERIFY2(ear.Level(0, kLow) > kLoud, qPrintable(QString::number(ear.Level(0, kLow))));
+    QVERIFY2(ear.Level(2, kHigh) > kLoud, qPrintable(QString::number(ear.Level(2, kHigh))));
+    QVERIFY2(ear.Level(0, kHigh) < kLoud / 10 && ear.Level(2, kLow) < kLoud / 10,
+             "a source is heard under the number of another");
+    QCOMPARE(ear.Seconds(1), 0.0);
+    QCOMPARE(ear.Opened(0), 1);
+}
+
+void SoundReaderTest::soundIsDatedByWhenItIsHeard_data()
+{
+    QTest::addColumn<QByteArray>("setUp");
+    QTest::addColumn<QString>("source");
+    const QByteArray usual = "load-module module-null-sink sink_name=speaker\n";
+    QTest::newRow("what an output plays") << usual << "speaker.monitor";
+    QTest::newRow("what an output plays that is fed long before")
+        << QByteArray("load-module module-null-sink sink_name=speaker norewinds=1\n")
+        << "speaker.monitor";
+    QTest::newRow("what a microphone hears")
+        << usual + "load-module module-remap-source source_name=mic master=speaker.monitor\n"
+        << "mic";
+}
+
+void SoundReaderTest::soundIsDatedByWhenItIsHeard()
+{
+    QFETCH(QByteArray, setUp);
+    QFETCH(QString, source);
+    constexpr int hertz = 1000;
+    constexpr double mostOff = 20; // ms
+    SoundServer server(setUp);
+    QVERIFY(server.Start());
+    Beeper beeper({"speaker", hertz}, true);
+    Ear ear({source.toStdString()});
+    QVERIFY2(ear.Listen(0, 1), "nothing is heard");
+    QList<double> off;
+    for (int i = 0; i < 7; ++i) {
+        const SteadyTime heard = beeper.Beep();
+        QVERIFY(ear.Listen(0, 0.4));
+        const auto beeps = ear.Beeps(0, hertz);
+        QVERIFY2(beeps.size() == 1, qPrintable(QString("%1 beeps").arg(beeps.size())));
+        off << std::chrono::duration<double, std::milli>(beeps.front() - heard).count();
+    }
+    std::sort(off.begin(), off.end());
+    const double median = off[off.size() / 2];
+    QVERIFY2(std::abs(median) <= mostOff,
+             qPrintable(QString("dated %1 ms after it is heard").arg(median)));
+}
+
+void SoundReaderTest::restartedServerIsHeardAgain()
+{
+    SoundServer server(kTones);
+    QVERIFY(server.Start());
+    Ear ear({"low", "high"});
+    QVERIFY2(ear.Listen(0, 0.2) && ear.Listen(1, 0.2), "nothing is heard");
+    for (int times = 2; times <= 3; ++times) {
+        server.Kill();
+        ear.Wait(10ms);
+        QVERIFY(server.Start());
+        QVERIFY2(ear.Listen(0, 0.5) && ear.Listen(1, 0.5), "nothing is heard after the restart");
+        QVERIFY(ear.Level(0, kLow) > kLoud && ear.Level(1, kHigh) > kLoud);
+        QCOMPARE(ear.Opened(0), times);
+        QCOMPARE(ear.Opened(1), times);
+    }
+}
+
+void SoundReaderTest::sourceThatReturnsIsHeardAgain()
+{
+    SoundServer server(kTones);
+    QVERIFY(server.Start());
+    Ear ear({"low", "high"});
+    QVERIFY2(ear.Listen(0, 0.2) && ear.Listen(1, 0.2), "nothing is heard");
+    QVERIFY(TakeAway(server, "low"));
+    QVERIFY2(ear.Listen(1, 0.5), "the other source is lost as well");
+    QVERIFY(
+        server.Command({"load-module", "module-sine-source", "source_name=low", "frequency=500"}));
+    QVERIFY2(ear.Listen(0, 0.5), "it is not heard again");
+    QVERIFY(ear.Level(0, kLow) > kLoud);
+    QVERIFY2(ear.Opened(0) >= 2, "what is heard then is joined to what was heard before");
+    QCOMPARE(ear.Opened(1), 1);
+}
+
+// The server gives those who listen to a source that has gone another one, where it may.
+void SoundReaderTest::noOtherSourceIsHeardInstead()
+{
+    SoundServer server(kTones);
+    QVERIFY(server.Start());
+    Ear ear({"low"});
+    QVERIFY2(ear.Listen(0, 0.2), "nothing is heard");
+    QVERIFY(TakeAway(server, "low"));
+    ear.ListenUntil([] { return false; }, 300); // what was on its way
+    ear.Forget(0);
+    constexpr int milliseconds = 1500; // it is asked for twice a second
+    QVERIFY2(!ear.ListenUntil([&] { return ear.Seconds(0) > 0; }, milliseconds),
+             "another source is heard");
+}
+
+void SoundReaderTest::sourceCannotBeExchangedForAnother()
+{
+    SoundServer server(kTones);
+    QVERIFY(server.Start());
+    Ear ear({"low"});
+    QVERIFY2(ear.Listen(0, 0.2), "nothing is heard");
+    QVERIFY2(!Listener(server).isEmpty(), "nobody listens");
+    QVERIFY2(!server.Command({"move-source-output", Listener(server), "high"}),
+             "the server moves it to another source");
+    QVERIFY(ear.Listen(0, 0.5));
+    QVERIFY(ear.Level(0, kLow) > kLoud && ear.Level(0, kHigh) < kLoud / 10);
+}
+
+void SoundReaderTest::waitingWithoutAServerTakesItsTime()
+{
+    qputenv("PULSE_SERVER", "unix:/nonexistent/socket");
+    Ear ear({"low"});
+    QElapsedTimer time;
+    time.start();
+    constexpr qint64 times = 40;
+    for (qint64 i = 0; i < times; ++i) {
+        ear.Wait(20ms);
+    }
+    QVERIFY2(time.elapsed() >= times * 20 / 2 && time.elapsed() < times * 20 * 10,
+             qPrintable(QString("%1 ms").arg(time.elapsed())));
+    QCOMPARE(ear.Seconds(0), 0.0);
+}
+
+QTEST_GUILESS_MAIN(SoundReaderTest)
+#include "sound_reader_test.moc"
