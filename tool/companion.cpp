@@ -8,6 +8,15 @@
 namespace tool {
 namespace {
 
+pid_t g_endAsked = 0; // the process that signals are forwarded to
+
+extern "C" void PassEndOn(int)
+{
+    if (getppid() == g_endAsked) {
+        kill(g_endAsked, SIGHUP);
+    }
+}
+
 // Whoever waits for the end of ffmpeg's output must not wait for us. What is kept moves to the
 // first numbers after the standard ones.
 std::vector<int> CloseAllBut(const std::vector<int>& kept)
@@ -37,6 +46,29 @@ std::vector<int> CloseAllBut(const std::vector<int>& kept)
 
 } // namespace
 
+bool IsIgnored(int signal)
+{
+    struct sigaction action = {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+void PassEndSignalsTo(pid_t parent)
+{
+    g_endAsked = parent;
+    struct sigaction action = {};
+    action.sa_handler = PassEndOn;
+    action.sa_flags = SA_RESTART;
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGTERM, SIGHUP}) {
+        if (!IsIgnored(signal)) {
+            sigaction(signal, &action, nullptr);
+        }
+        sigaddset(&signals, signal);
+    }
+    sigprocmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
 bool StartCompanion(const std::vector<int>& kept,
                     const std::function<void(const std::vector<int>&)>& run)
 {
@@ -48,9 +80,10 @@ bool StartCompanion(const std::vector<int>& kept,
     if (child == 0) {
         // A Ctrl-C in a terminal goes to ffmpeg as well: it finishes the file, and needs us until
         // it has.
-        for (const int signal : {SIGINT, SIGHUP, SIGQUIT, SIGPIPE}) {
+        for (const int signal : {SIGINT, SIGQUIT, SIGPIPE}) {
             std::signal(signal, SIG_IGN);
         }
+        PassEndSignalsTo(parent);
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (getppid() == parent) {
             run(CloseAllBut(kept));

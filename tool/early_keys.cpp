@@ -1,14 +1,18 @@
 #include "tool/early_keys.h"
 
 #include "tool/companion.h"
+#include "tool/end_signal.h"
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <functional>
 #include <poll.h>
 #include <string>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 
@@ -17,7 +21,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int lookMs = 20; // how often the file is looked at
+constexpr int lookMs = 20;    // how often the file is looked at
+constexpr int signalMs = 100; // how often ffmpeg's signals are
+constexpr const char* quit = "q";
+constexpr int mostAttempts = 100; // child processes started, one after another
 
 // The file that ffmpeg writes. It is opened as soon as it is there, for it or its folder may be
 // moved meanwhile.
@@ -51,60 +58,92 @@ private:
 // What is typed next; nothing at the end of the keyboard.
 std::string ReadKeys(int input)
 {
-    pollfd keyboard{input, POLLIN, 0};
-    poll(&keyboard, 1, -1); // read() does not wait everywhere
     std::array<char, 256> keys{};
     const ssize_t count = read(input, keys.data(), keys.size());
     return {keys.data(), static_cast<size_t>(std::max<ssize_t>(count, 0))};
 }
 
-std::string TakeEarlyKeys(int input, Recording recording, std::chrono::milliseconds patience)
+struct Keyboard
+{
+    int input;  // what is typed
+    int output; // what ffmpeg reads
+    pid_t ffmpeg;
+};
+
+// Returns when ffmpeg has gone, or after the "q" for the end of the input.
+void PassKeysOn(Keyboard keyboard, Recording recording, std::chrono::milliseconds patience)
 {
     const auto end = Clock::now() + patience;
+    bool holds = true;
+    bool endIsSeen = false;
     std::string keys;
-    pollfd keyboard{input, POLLIN, 0};
-    while (!recording.HasContent() && Clock::now() < end) {
-        if (poll(&keyboard, 1, lookMs) > 0) {
-            const std::string typed = ReadKeys(input);
-            keys += typed;
-            if (typed.empty()) {
-                keyboard.fd = -1; // nothing more will come: poll() only waits
-            }
-        }
-    }
-    return keys;
-}
-
-void PassKeysOn(int input, int output, std::string keys)
-{
-    while (write(output, keys.data(), keys.size()) >= 0) {
-        keys = ReadKeys(input);
-        if (keys.empty()) {
+    while (holds || keyboard.input >= 0) {
+        std::array<pollfd, 2> ends{{{keyboard.input, POLLIN, 0}, {keyboard.output, 0, 0}}};
+        poll(ends.data(), ends.size(), holds ? lookMs : signalMs);
+        if ((ends[1].revents & POLLERR) != 0) {
             return;
         }
+        if (ends[0].revents != 0) {
+            const std::string typed = ReadKeys(keyboard.input);
+            keys += typed.empty() ? quit : typed;
+            keyboard.input = typed.empty() ? -1 : keyboard.input; // poll() passes over it
+        }
+        if (!endIsSeen && IsEndAsked(keyboard.ffmpeg)) {
+            endIsSeen = true;
+            keys += quit;
+        }
+        holds = holds && !recording.HasContent() && Clock::now() < end;
+        if (!holds && !keys.empty()) {
+            if (write(keyboard.output, keys.data(), keys.size()) < 0) {
+                return;
+            }
+            keys.clear();
+        }
     }
+}
+
+// Runs it in a child process, and starts another one if that is killed. The child also survives
+// this process, so keys are lost only if both are killed at once.
+void RunGuarded(const std::function<void()>& run)
+{
+    std::signal(SIGCHLD, SIG_DFL); // for waitpid()
+    const pid_t guard = getpid();
+    int status = 0;
+    int attempts = 0;
+    do {
+        const pid_t child = fork();
+        if (child <= 0) {
+            if (child == 0) {
+                PassEndSignalsTo(guard);
+            }
+            run();
+            return;
+        }
+        while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+        }
+    } while (WIFSIGNALED(status) && ++attempts < mostAttempts);
 }
 
 } // namespace
 
-void HoldEarlyKeys(int input, const std::string& file, std::chrono::milliseconds patience)
+bool HoldEarlyKeys(int input, const std::string& file, std::chrono::milliseconds patience)
 {
     struct stat status = {};
     std::array<int, 2> ends{};
     if (Recording(file).HasContent() || fstat(input, &status) != 0 || !S_ISFIFO(status.st_mode) ||
         pipe2(ends.data(), O_CLOEXEC) != 0) {
-        return;
+        return false;
     }
+    const pid_t ffmpeg = getpid();
     const bool started = StartCompanion({input, ends[1]}, [&](const auto& kept) {
-        // Whoever ends all processes of a session wants a recording that can be stopped until then.
-        std::signal(SIGTERM, SIG_IGN);
-        PassKeysOn(kept[0], kept[1], TakeEarlyKeys(kept[0], Recording(file), patience));
+        RunGuarded([&] { PassKeysOn({kept[0], kept[1], ffmpeg}, Recording(file), patience); });
     });
     if (started) {
         dup2(ends[0], input);
     }
     close(ends[0]);
     close(ends[1]);
+    return started;
 }
 
 } // namespace tool

@@ -1,6 +1,7 @@
 #include "tool/keeper.h"
 
 #include "tool/companion.h"
+#include "tool/end_signal.h"
 #include "tool/settle.h"
 
 #include <csignal>
@@ -84,31 +85,33 @@ bool Recording::Open()
     return IsOpen();
 }
 
-void Keep(Recording recording, pid_t parent)
+// The loop ends only with ffmpeg: the signal that announces its end can be sent by anybody.
+void Keep(Recording recording, pid_t ffmpeg, bool watchesSignals)
 {
-    // Whoever ends all processes of a session wants the recording nevertheless.
-    for (const int signal : {SIGTERM, SIGXFSZ}) {
-        std::signal(signal, SIG_IGN);
-    }
+    std::signal(SIGXFSZ, SIG_IGN);
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, parentEnded);
     sigprocmask(SIG_BLOCK, &signals, nullptr);
     prctl(PR_SET_PDEATHSIG, parentEnded);
-    while (getppid() == parent &&
-           sigtimedwait(&signals, nullptr, recording.IsOpen() ? &interval : &untilOpened) !=
-               parentEnded) {
+    while (getppid() == ffmpeg) {
         recording.Sync();
+        if (watchesSignals && IsEndAsked(ffmpeg)) {
+            watchesSignals = false; // a second SIGTERM makes it drop what it has not written
+            kill(ffmpeg, SIGTERM);
+        }
+        sigtimedwait(&signals, nullptr, recording.IsOpen() ? &interval : &untilOpened);
     }
     recording.Settle();
 }
 
 } // namespace
 
-void StartKeeper(const std::string& path)
+bool StartKeeper(const std::string& path, bool watchesSignals)
 {
-    const pid_t parent = getpid();
-    StartCompanion({}, [&](const auto&) { Keep(Recording(path, parent), parent); });
+    const pid_t ffmpeg = getpid();
+    return StartCompanion(
+        {}, [&](const auto&) { Keep(Recording(path, ffmpeg), ffmpeg, watchesSignals); });
 }
 
 } // namespace tool

@@ -9,6 +9,7 @@
 #include "tool/conversion.h"
 #include "tool/cut.h"
 #include "tool/early_keys.h"
+#include "tool/end_signal.h"
 #include "tool/environment.h"
 #include "tool/ffmpeg_program.h"
 #include "tool/frugal_file.h"
@@ -167,10 +168,9 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     if (getppid() != recorder) {
         return failed; // it has died already
     }
-    if (tool::RecordsInPieces(arguments)) {
-        tool::StartKeeper(arguments.back());
-    }
-    tool::HoldEarlyKeys(STDIN_FILENO, arguments.back(), untilFirstPicture);
+    const bool passesKeys = tool::HoldEarlyKeys(STDIN_FILENO, arguments.back(), untilFirstPicture);
+    const bool keepsFile =
+        tool::RecordsInPieces(arguments) && tool::StartKeeper(arguments.back(), !passesKeys);
     tool::RecordingStart* start = tool::RecordingStart::Make();
     plan.screenPipe = StartPictures(plan, arguments, start);
     if (!sources->empty()) {
@@ -182,6 +182,11 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
             return Complain(std::string("no sound can be read: ") + std::strerror(errno), failed);
         }
         plan.soundPipe = pipe;
+    }
+    if (passesKeys || keepsFile) {
+        tool::KeepEndSignals();
+    } else {
+        std::signal(SIGHUP, SIG_IGN); // nothing watches for it; PR_SET_PDEATHSIG still ends it
     }
     return Become(ffmpeg, tool::TranslateCapture(arguments, plan));
 }

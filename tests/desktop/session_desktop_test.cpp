@@ -1,9 +1,11 @@
 // Ways to start, stop and quit, with the real `tool` and ffmpeg.
+#include "tests/support/ordinary_movie.h"
 #include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
 
 #include <QTest>
 
+#include <csignal>
 #include <unistd.h>
 
 class SessionDesktopTest : public QObject
@@ -21,6 +23,8 @@ private slots:
     void quitFromTrayWhileRecordingFinishesTheFile();
     void quitFromTrayWhileIdleLeavesAFinishedFile();
     void closingTheWindowWhileRecordingFinishesTheFile();
+    void signalToTheRecorderFinishesTheFile_data();
+    void signalToTheRecorderFinishesTheFile();
     void recordPressedManyTimesAtOnceHarmsNothing();
     void saveDirectoryMayHaveAnyName_data();
     void saveDirectoryMayHaveAnyName();
@@ -179,6 +183,29 @@ void SessionDesktopTest::closingTheWindowWhileRecordingFinishesTheFile()
     QCOMPARE(recorder.WaitForEnd(), 0);
     QVERIFY(!QFile::exists(recorder.ErrorFile()));
     ExpectPlayable(recorder);
+}
+
+void SessionDesktopTest::signalToTheRecorderFinishesTheFile_data()
+{
+    QTest::addColumn<int>("number");
+    QTest::newRow("end of the session") << SIGTERM;
+    QTest::newRow("closed terminal") << SIGHUP;
+    QTest::newRow("killed") << SIGKILL;
+}
+
+// It ends at once; what it has started finishes the file.
+void SessionDesktopTest::signalToTheRecorderFinishesTheFile()
+{
+    QFETCH(int, number);
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(recorder.StartRecording());
+    QVERIFY(recorder.RecordFor(2500));
+    QCOMPARE(kill(static_cast<pid_t>(recorder.Pid()), number), 0);
+    QVERIFY2(WaitUntil([&] { return IsOrdinary(recorder.Recording()); }),
+             "the recording goes on, or its file is not finished");
+    ExpectPlayable(recorder);
+    QVERIFY2(ReadRecording(recorder.Recording()).seconds >= 1, "most of it is missing");
 }
 
 void SessionDesktopTest::recordPressedManyTimesAtOnceHarmsNothing()

@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QList>
 #include <QProcess>
 
 #include <csignal>
@@ -70,18 +71,46 @@ public:
             kill(-static_cast<pid_t>(m_process.processId()), signal);
         }
     }
-    void EndRecorder() { m_process.kill(); }
+    void EndRecorder(int signal = SIGKILL)
+    {
+        kill(static_cast<pid_t>(m_process.processId()), signal);
+    }
     // False when there is none.
     bool EndFfmpeg(int signal) const
     {
-        const QString of = QString("/proc/%1/task/%1/children").arg(m_process.processId());
-        QFile children(of);
-        const pid_t ffmpeg =
-            children.open(QIODevice::ReadOnly) ? children.readAll().trimmed().toInt() : 0;
+        const pid_t ffmpeg = Ffmpeg();
         return ffmpeg > 0 && kill(ffmpeg, signal) == 0;
     }
+    // 0 when there is none.
+    pid_t Ffmpeg() const { return ChildrenOf(static_cast<pid_t>(m_process.processId())).value(0); }
+    // The processes beside ffmpeg; with those that they have started.
+    QList<pid_t> Children() const { return ChildrenOf(Ffmpeg()); }
+    QList<pid_t> Helpers() const
+    {
+        QList<pid_t> helpers = Children();
+        for (qsizetype i = 0; i < helpers.size(); ++i) {
+            helpers += ChildrenOf(helpers[i]);
+        }
+        return helpers;
+    }
+    // As when the recorder has ended.
+    void StopTyping() { m_process.closeWriteChannel(); }
 
 private:
+    static QList<pid_t> ChildrenOf(pid_t parent)
+    {
+        QFile file(QString("/proc/%1/task/%1/children").arg(parent));
+        QList<pid_t> children;
+        if (file.open(QIODevice::ReadOnly)) {
+            for (const QByteArray& child : file.readAll().simplified().split(' ')) {
+                if (!child.isEmpty()) {
+                    children << child.toInt();
+                }
+            }
+        }
+        return children;
+    }
+
     QString m_path;
     QProcess m_process;
 };

@@ -1,4 +1,5 @@
 #include "tool/early_keys.h"
+#include "tool/end_signal.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -6,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <poll.h>
@@ -89,22 +91,44 @@ bool HasChildren()
     return waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
-// Whether a child of this process has the file open.
-bool ChildHasOpen(const QString& path)
+// The only child of a process; 0 when it has none.
+pid_t ChildOf(pid_t parent)
 {
-    QFile children(QString("/proc/self/task/%1/children").arg(getpid()));
-    if (!children.open(QIODevice::ReadOnly)) {
-        return false;
-    }
-    for (const QByteArray& child : children.readAll().simplified().split(' ')) {
-        const QString folder = "/proc/" + QString(child) + "/fd";
-        for (const QString& file : QDir(folder).entryList(QDir::Files | QDir::System)) {
-            if (QFile::symLinkTarget(folder + '/' + file) == path) {
-                return true;
-            }
-        }
-    }
-    return false;
+    QFile children(QString("/proc/%1/task/%1/children").arg(parent));
+    return children.open(QIODevice::ReadOnly) ? children.readAll().trimmed().toInt() : 0;
+}
+
+// The process that passes the keys on; 0 when there is none yet.
+pid_t Passer()
+{
+    const pid_t guard = ChildOf(getpid());
+    return guard > 0 ? ChildOf(guard) : 0;
+}
+
+// Whether SIGHUP is in this set of signals of the process, as /proc names it.
+bool HangUpIn(pid_t process, const QByteArray& set)
+{
+    QFile status(QString("/proc/%1/status").arg(process));
+    const QByteArray text = status.open(QIODevice::ReadOnly) ? status.readAll() : QByteArray();
+    return text.mid(text.indexOf(set) + set.size()).trimmed().left(16).toULongLong(nullptr, 16) & 1;
+}
+
+void BlockHangUp(int how)
+{
+    sigset_t hangUp;
+    sigemptyset(&hangUp);
+    sigaddset(&hangUp, SIGHUP);
+    sigprocmask(how, &hangUp, nullptr);
+}
+
+// Whether the process that passes the keys has the file open.
+bool PasserHasOpen(const QString& path)
+{
+    const QString folder = QString("/proc/%1/fd").arg(Passer());
+    const QStringList files = QDir(folder).entryList(QDir::Files | QDir::System);
+    return std::any_of(files.begin(), files.end(), [&](const QString& file) {
+        return QFile::symLinkTarget(folder + '/' + file) == path;
+    });
 }
 
 // The file ffmpeg is going to write.
@@ -130,7 +154,7 @@ class ToolEarlyKeysTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { std::signal(SIGCHLD, SIG_DFL); } // the state when `tool` starts
+    void init();
     // Must run before the signal is reset, or an ended process would stay a zombie.
     void cleanup() { QTRY_VERIFY2(!HasChildren(), "the holder has not ended"); }
     void keysComeWhenTheFileHasBegun();
@@ -139,12 +163,28 @@ private slots:
     void aMovedFileIsFollowed();
     void keysComeAtLastWithoutAFile();
     void laterKeysComeAtOnce();
-    void theHolderEndsWithTheKeyboard();
+    void endOfTheKeyboardCountsAsQuit();
+    void endOfTheKeyboardBeforeThePictureIsHeldToo();
     void theHolderEndsWhenNobodyReads();
-    void theEndOfTheKeyboardComesToo();
+    void theHolderEndsBeforeThePictureToo();
+    void signalsCountAsQuit_data();
+    void signalsCountAsQuit();
+    void hangUpThatIsIgnoredStaysIgnored();
+    void killedHolderIsReplaced_data();
+    void killedHolderIsReplaced();
     void nothingIsHeldOfAnAnswerAboutAnExistingFile();
     void whatIsNoPipeIsLeftAlone();
 };
+
+// The state when `tool` starts, except that SIGHUP stays blocked: unblocked in this thread alone,
+// it would be delivered to QtTest's watchdog thread.
+void ToolEarlyKeysTest::init()
+{
+    std::signal(SIGCHLD, SIG_DFL);
+    std::signal(SIGHUP, SIG_IGN); // discards a pending one
+    std::signal(SIGHUP, SIG_DFL);
+    BlockHangUp(SIG_BLOCK);
+}
 
 void ToolEarlyKeysTest::keysComeWhenTheFileHasBegun()
 {
@@ -195,7 +235,7 @@ void ToolEarlyKeysTest::aMovedFileIsFollowed()
     QVERIFY(QFile(recording.Name("recording.mp4")).open(QIODevice::WriteOnly));
     tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
     QVERIFY(keyboard.Type("q"));
-    QTRY_VERIFY2(ChildHasOpen(recording.Name("recording.mp4")), "the file is not looked at");
+    QTRY_VERIFY2(PasserHasOpen(recording.Name("recording.mp4")), "the file is not looked at");
     QVERIFY(QFile::rename(recording.Name("recording.mp4"), recording.Name("moved.mp4")));
     recording.Begin("moved.mp4");
     QCOMPARE(keyboard.Read(), QByteArray("q"));
@@ -224,15 +264,34 @@ void ToolEarlyKeysTest::laterKeysComeAtOnce()
     }
 }
 
-void ToolEarlyKeysTest::theHolderEndsWithTheKeyboard()
+// The recorder has died, so nobody can stop the recording any more.
+void ToolEarlyKeysTest::endOfTheKeyboardCountsAsQuit()
 {
     Keyboard keyboard;
     const Recording recording;
     tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
     QVERIFY2(HasChildren(), "nobody holds the keys");
     recording.Begin();
+    QVERIFY(keyboard.Type("1"));
+    QCOMPARE(keyboard.Read(), QByteArray("1"));
     keyboard.StopTyping();
+    QCOMPARE(keyboard.Read(), QByteArray("q"));
+    QCOMPARE(keyboard.Read(), QByteArray());
     QTRY_VERIFY2(!HasChildren(), "it stays, or nobody waits for its end");
+}
+
+void ToolEarlyKeysTest::endOfTheKeyboardBeforeThePictureIsHeldToo()
+{
+    Keyboard keyboard;
+    const Recording recording;
+    tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
+    QVERIFY(keyboard.Type("1"));
+    QTRY_COMPARE(keyboard.Untaken(), 0);
+    QVERIFY2(!keyboard.HasKey(), "the key is not held");
+    keyboard.StopTyping();
+    recording.Begin();
+    QCOMPARE(keyboard.ReadAll(2), QByteArray("1q"));
+    QCOMPARE(keyboard.Read(), QByteArray());
 }
 
 void ToolEarlyKeysTest::theHolderEndsWhenNobodyReads()
@@ -241,21 +300,98 @@ void ToolEarlyKeysTest::theHolderEndsWhenNobodyReads()
     const Recording recording;
     tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
     recording.Begin();
+    QVERIFY(keyboard.Type("1"));
+    QCOMPARE(keyboard.Read(), QByteArray("1"));
     keyboard.StopReading();
-    QVERIFY(keyboard.Type("q"));
     QTRY_VERIFY2(!HasChildren(), "it stays");
 }
 
-void ToolEarlyKeysTest::theEndOfTheKeyboardComesToo()
+void ToolEarlyKeysTest::theHolderEndsBeforeThePictureToo()
 {
     Keyboard keyboard;
     const Recording recording;
     tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
-    QVERIFY(keyboard.Type("q"));
-    keyboard.StopTyping();
+    QVERIFY2(HasChildren(), "nobody holds the keys");
+    keyboard.StopReading();
+    QTRY_VERIFY2(!HasChildren(), "it stays");
+}
+
+void ToolEarlyKeysTest::signalsCountAsQuit_data()
+{
+    QTest::addColumn<QByteArray>("receiver");
+    QTest::addColumn<int>("signal");
+    QTest::newRow("ffmpeg's terminal is closed") << QByteArray("ffmpeg") << SIGHUP;
+    for (const char* receiver : {"guard", "passer"}) {
+        QTest::addRow("%s is terminated", receiver) << QByteArray(receiver) << SIGTERM;
+        QTest::addRow("%s's terminal is closed", receiver) << QByteArray(receiver) << SIGHUP;
+    }
+}
+
+// This process stands for ffmpeg.
+void ToolEarlyKeysTest::signalsCountAsQuit()
+{
+    QFETCH(QByteArray, receiver);
+    QFETCH(int, signal);
+    Keyboard keyboard;
+    const Recording recording;
+    tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
+    tool::KeepEndSignals();
+    QTRY_VERIFY2(Passer() > 0, "nobody passes the keys");
     recording.Begin();
+    QVERIFY(keyboard.Type("1"));
+    QCOMPARE(keyboard.Read(), QByteArray("1"));
+    const pid_t process = receiver == "ffmpeg"  ? getpid()
+                          : receiver == "guard" ? ChildOf(getpid())
+                                                : Passer();
+    QCOMPARE(kill(process, signal), 0);
     QCOMPARE(keyboard.Read(), QByteArray("q"));
-    QCOMPARE(keyboard.Read(), QByteArray());
+    // Once, however many signals come.
+    kill(ChildOf(getpid()), SIGTERM);
+    QVERIFY(keyboard.Type("2"));
+    QCOMPARE(keyboard.Read(), QByteArray("2"));
+}
+
+// The state under nohup.
+void ToolEarlyKeysTest::hangUpThatIsIgnoredStaysIgnored()
+{
+    std::signal(SIGHUP, SIG_IGN);
+    BlockHangUp(SIG_UNBLOCK);
+    Keyboard keyboard;
+    const Recording recording;
+    tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
+    tool::KeepEndSignals();
+    QTRY_VERIFY2(Passer() > 0, "nobody passes the keys");
+    recording.Begin();
+    QVERIFY(keyboard.Type("1")); // once it passes keys, its signals are set up
+    QCOMPARE(keyboard.Read(), QByteArray("1"));
+    for (const pid_t process : {getpid(), ChildOf(getpid()), Passer()}) {
+        QVERIFY2(HangUpIn(process, "SigIgn:"), "it is not ignored any more");
+        QVERIFY2(!HangUpIn(process, "SigBlk:"), "it waits");
+    }
+}
+
+void ToolEarlyKeysTest::killedHolderIsReplaced_data()
+{
+    QTest::addColumn<bool>("guard");
+    QTest::newRow("the one that passes") << false;
+    QTest::newRow("the one that guards it") << true;
+}
+
+void ToolEarlyKeysTest::killedHolderIsReplaced()
+{
+    QFETCH(bool, guard);
+    Keyboard keyboard;
+    const Recording recording;
+    tool::HoldEarlyKeys(keyboard.Input(), recording.Path(), 1min);
+    QTRY_VERIFY2(Passer() > 0, "nobody passes the keys");
+    recording.Begin();
+    const pid_t killed = guard ? ChildOf(getpid()) : Passer();
+    QCOMPARE(kill(killed, SIGKILL), 0);
+    QTRY_VERIFY2(kill(killed, 0) != 0, "it lives on");
+    for (const char* keys : {"1", "q\r\n"}) {
+        QVERIFY(keyboard.Type(keys));
+        QCOMPARE(keyboard.Read(), QByteArray(keys));
+    }
 }
 
 void ToolEarlyKeysTest::nothingIsHeldOfAnAnswerAboutAnExistingFile()
@@ -279,5 +415,11 @@ void ToolEarlyKeysTest::whatIsNoPipeIsLeftAlone()
     QCOMPARE(file.readAll(), QByteArray("q\r\n"));
 }
 
-QTEST_APPLESS_MAIN(ToolEarlyKeysTest)
+int main(int count, char** values)
+{
+    BlockHangUp(SIG_BLOCK); // inherited by every thread that QtTest starts
+    ToolEarlyKeysTest test;
+    return QTest::qExec(&test, count, values);
+}
+
 #include "tool_early_keys_test.moc"
