@@ -1,5 +1,7 @@
 #include "jobs/cut_command.h"
 
+#include "jobs/path_argument.h"
+
 QString CutDestination(const QString& directory, const QString& source)
 {
     return directory + "/Cut_" + source.mid(source.lastIndexOf('/') + 1);
@@ -10,6 +12,6 @@ QString CutDestination(const QString& directory, const QString& source)
 QString CutCommand(const QString& tool, const QString& source, qint64 start, qint64 end,
                    const QString& destination)
 {
-    return tool + " -i \"" + source + "\" " + " -ss " + QString::number(start) + " -t " +
-           QString::number(end - start) + " -codec copy " + " \"" + destination + "\" ";
+    return tool + " -i " + Quoted(source) + "  -ss " + QString::number(start) + " -t " +
+           QString::number(end - start) + " -codec copy  " + Quoted(destination) + ' ';
 }

@@ -1,12 +1,13 @@
 #include "jobs/duration.h"
 
 #include "jobs/job_report.h"
+#include "jobs/path_argument.h"
 
 #include <QStringList>
 
 QString ProbeCommand(const QString& tool, const QString& path)
 {
-    return tool + " -i \"" + path + '"';
+    return tool + " -i " + Quoted(path);
 }
 
 std::string FindDuration(const QString& output)

@@ -1,6 +1,7 @@
 #include "jobs/merge_command.h"
 
 #include "jobs/job_report.h"
+#include "jobs/path_argument.h"
 #include "jobs/record_command.h"
 
 QString MergeDestination(const QString& directory, const QDateTime& time)
@@ -15,19 +16,19 @@ QString IntermediatePath(const QString& directory, int number)
 
 QString ChangeToTSCommand(const QString& tool, const QString& input, const QString& stream)
 {
-    return tool + " -i \"" + input + "\" -vcodec copy -acodec copy -vbsf h264_mp4toannexb \"" +
-           stream + "\" ";
+    return tool + " -i " + Quoted(input) + " -vcodec copy -acodec copy -vbsf h264_mp4toannexb " +
+           Quoted(stream) + ' ';
 }
 
 // A separator follows every stream, the last one included. This is intended.
 QString ConcatCommand(const QString& tool, const QStringList& streams, const QString& output)
 {
-    QString list;
+    QString list = "concat:";
     for (const QString& stream : streams) {
         list += stream + '|';
     }
-    return tool + " -i \"concat:" + list + "\" -acodec copy -vcodec copy -absf aac_adtstoasc \"" +
-           output + '"';
+    return tool + " -i " + Quoted(list) + " -acodec copy -vcodec copy -absf aac_adtstoasc " +
+           Quoted(output);
 }
 
 qint64 MergeTicks(qsizetype files)

@@ -1,6 +1,7 @@
 #include "jobs/record_command.h"
 
 #include "jobs/device_listing.h"
+#include "jobs/path_argument.h"
 #include "util/path.h"
 
 #include <QFileInfo>
@@ -9,11 +10,6 @@
 #include <string>
 
 namespace {
-
-QString Quoted(const QString& text)
-{
-    return '"' + text + '"';
-}
 
 // With both devices the second input names the screen again, together with the computer sounds.
 // This pairing is intended: the tool accepts a sound device only with a screen.
@@ -42,10 +38,12 @@ QString RecordPath(const QString& directory, const QDateTime& time)
 
 QString FreePath(const QString& path)
 {
-    if (!QFileInfo::exists(path)) {
-        return path;
+    const QString wanted = CommandPath(path);
+    const QFileInfo file(wanted);
+    if (!file.exists() && !file.isSymLink()) { // a link that leads nowhere does not "exist"
+        return wanted;
     }
-    std::wstring in = path.toStdWString();
+    std::wstring in = wanted.toStdWString();
     std::array<wchar_t, 520> out{};
     GetRealFileName(in.data(), out.data(), static_cast<int>(out.size()));
     return QString::fromWCharArray(out.data());

@@ -18,8 +18,9 @@ QString FileStamp(const QDateTime& time);
 /// The path of a recording started at `time`, in `directory`.
 QString RecordPath(const QString& directory, const QDateTime& time);
 
-/// A path for a new file: `path` itself, or a numbered one beside it where a file of that name
-/// exists. At most 519 characters; empty when a free name does not fit.
+/// A path for a new file, as a command names it (CommandPath): `path` itself, or a numbered one
+/// beside it where something of that name exists, be it a link that leads nowhere. A numbered one
+/// has at most 519 characters; empty when a free name does not fit.
 QString FreePath(const QString& path);
 
 /// The command line of a recording. `audio` is the item data of the audio choice: -1 for both

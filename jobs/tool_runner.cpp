@@ -1,12 +1,14 @@
 #include "jobs/tool_runner.h"
 
+#include "jobs/path_argument.h"
+
 #include <QCoreApplication>
 #include <QDebug>
 #include <QProcess>
 
 QString ToolPrefix()
 {
-    return '"' + QCoreApplication::applicationDirPath() + "/tool\"";
+    return Quoted(QCoreApplication::applicationDirPath() + "/tool");
 }
 
 bool StartTool(QProcess& process, const QString& command)

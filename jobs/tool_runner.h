@@ -10,7 +10,6 @@ class QProcess;
 constexpr int kToolWaitMs = 30000;
 
 /// The start of every command line: the tool's path in the program's directory, in double quotes.
-/// A double quote in that path breaks the command line.
 QString ToolPrefix();
 
 /// Logs `command`, starts it on `process` and waits until it has started. `command` is split at

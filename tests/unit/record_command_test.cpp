@@ -63,6 +63,23 @@ private Q_SLOTS:
         }
     }
 
+    // ffmpeg would write to where the link leads.
+    void aLinkThatLeadsNowhereIsTaken()
+    {
+        const QTemporaryDir directory;
+        QVERIFY(QFile::link(directory.filePath("nowhere"), directory.filePath("a.mp4")));
+        QCOMPARE(FreePath(directory.filePath("a.mp4")), directory.filePath("a (1).mp4"));
+    }
+
+    void aFreePathIsFreeAsTheCommandNamesIt()
+    {
+        const QTemporaryDir directory;
+        QCOMPARE(FreePath(directory.filePath("a\"b\".mp4")), directory.filePath("ab.mp4"));
+        QFile taken(directory.filePath("ab.mp4"));
+        QVERIFY(taken.open(QIODevice::WriteOnly | QIODevice::NewOnly));
+        QCOMPARE(FreePath(directory.filePath("a\"b\".mp4")), directory.filePath("ab (1).mp4"));
+    }
+
     void aTakenPathThatIsTooLongGivesNoPathAtAll()
     {
         QTemporaryDir directory;

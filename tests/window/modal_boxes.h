@@ -90,7 +90,12 @@ private:
             chooser.reject();
             return;
         }
-        chooser.findChild<QLineEdit*>("fileNameEdit")->setText(directory);
+        // In the field, names in quotes are a list of names.
+        const bool isTyped = !directory.contains('"');
+        chooser.findChild<QLineEdit*>("fileNameEdit")->setText(isTyped ? directory : QString());
+        if (!isTyped) {
+            chooser.setDirectory(directory);
+        }
         QMetaObject::invokeMethod(&chooser, "accept");
     }
 
