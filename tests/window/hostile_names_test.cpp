@@ -65,7 +65,7 @@ private Q_SLOTS:
         WriteFile(SaveDirectory() + "/a", Wav("rm important\n"));
         MakeVideo(kHostile + ".mp4");
         EnterCutPage();
-        QCOMPARE(Names("m_pCutTable"), QStringList{kHostile + ".mp4"});
+        QCOMPARE(Names("m_pCutVideoTable"), QStringList{kHostile + ".mp4"});
         QCOMPARE(AllFiles(m_work->path()), QStringList());
         QCOMPARE(AllFiles(SaveDirectory()), QStringList({"a", kHostile + ".mp4"}));
     }
