@@ -13,8 +13,7 @@ CloseWatcher::CloseWatcher(QWidget& window)
 bool CloseWatcher::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::Close) {
-        // The window accepts every close. Queued, so that the window has seen it when the loop
-        // ends.
+        // The window accepts every close. Queued, so that it gets the event before the loop ends.
         QMetaObject::invokeMethod(
             QCoreApplication::instance(), [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
     }

@@ -4,9 +4,9 @@
 
 class QWidget;
 
-// Ends the program when its window is closed, hidden as it may be, and at no other time: Qt's own
-// rule, the end with the last visible window, would end a recording with the first message box
-// closed while the window is hidden, and would not end the program when a hidden window is closed.
+// Ends the program when its window is closed, even while hidden, and only then. Qt's
+// quitOnLastWindowClosed would end a recording when a message box closes while the window is
+// hidden, and would not end the program when a hidden window is closed.
 class CloseWatcher : public QObject
 {
     Q_OBJECT

@@ -2,6 +2,6 @@
 
 #include <QString>
 
-/// Asks the system for administrator rights and starts the executable `program` with them and the
-/// one argument "start". Refused rights, or a start that fails, have no further effect.
+/// Asks the system for administrator rights and starts `program` with them and the single argument
+/// "start". Does nothing if the rights are refused or the start fails.
 void RelaunchAsAdministrator(const QString& program);

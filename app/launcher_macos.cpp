@@ -6,7 +6,7 @@
 #include <Security/Authorization.h>
 
 // AuthorizationExecuteWithPrivileges is deprecated, but nothing else asks for the password and
-// starts a program in one step without an installed helper.
+// starts a program without an installed helper.
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
 namespace {
@@ -26,7 +26,7 @@ bool AcquireAdministratorRight(AuthorizationRef authorization)
 
 void RelaunchAsAdministrator(const QString& program)
 {
-    // Neither used nor freed, and meant to be: the launcher ends at once.
+    // Neither used nor freed on purpose: the launcher exits at once.
     [[maybe_unused]] const auto* const spare = new QProcess;
 
     char start[] = "start";
@@ -39,7 +39,7 @@ void RelaunchAsAdministrator(const QString& program)
         return;
     }
     if (AcquireAdministratorRight(authorization)) {
-        // Neither checked nor waited for.
+        // The result is not checked, and the program not waited for.
         AuthorizationExecuteWithPrivileges(authorization, path.constData(),
                                            kAuthorizationFlagDefaults, arguments, nullptr);
     }

@@ -3,5 +3,5 @@
 int main(int argc, char** argv)
 {
     RunProgram(argc, argv);
-    return 0; // always: the event loop's status is not passed on
+    return 0; // always: the event loop's exit code is not used
 }

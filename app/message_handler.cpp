@@ -10,7 +10,7 @@ void customMessageHandler(QtMsgType type, const char* msg)
     if (type != QtDebugMsg) {
         return;
     }
-    QFile log("Log.txt"); // opened anew for every message; a file that does not open loses the line
+    QFile log("Log.txt"); // opened for every message; the line is lost if that fails
     if (log.open(QIODevice::WriteOnly | QIODevice::Append)) {
         QTextStream(&log) << QString("Debug: %1").arg(FromEightBit(QByteArray(msg))) << Qt::endl;
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The whole program. Exactly one argument, whatever its text, shows the main window; none, or
-/// more, asks for administrator rights, starts a second copy with the argument "start" and ends.
-/// Options that Qt itself takes ("-platform …") do not count.
+/// Runs the program. With exactly one argument, whatever it is, shows the main window. Otherwise
+/// asks for administrator rights, starts a second instance with the argument "start" and returns.
+/// Options of Qt itself ("-platform …") do not count.
 void RunProgram(int& argc, char** argv);
