@@ -26,12 +26,12 @@ void CMessageBox::InitInfoDialog(QString text) // NOLINT(performance-unnecessary
     close->setGeometry(5, 0, 30, 30);
     close->setIcon(QIcon(":/image/close.png"));
     close->setCursor(Qt::PointingHandCursor);
-    close->setFlat(true); // the title stands over it: a frame would stick out
+    close->setFlat(true); // the title covers it: a frame would stick out
     close->setFocusPolicy(Qt::NoFocus);
-    close->setAutoDefault(false); // Enter is for OK
+    close->setAutoDefault(false); // Enter presses OK
     close->setAccessibleName("Close");
-    // A slot that the dialog does not have, so the button does nothing. This is meant: OK or a
-    // right click closes the dialog.
+    // The dialog has no such slot, so the button does nothing. This is intended: OK or a right
+    // click closes the dialog.
     connect(close, SIGNAL(clicked()), this, SLOT(btnSlotClose()));
     AddTitle(strip, 10, "Info");
 
@@ -72,8 +72,8 @@ void CMessageBox::Close()
     close();
 }
 
-// The dialog's layout with the title strip on top. What an earlier Init laid out goes first, so
-// that a dialog that lives longer can ask again.
+// Creates the dialog's layout with the title strip on top. Deletes that of an earlier Init call, so
+// that a dialog can be used again.
 QLabel* CMessageBox::StartLayout()
 {
     delete layout();
@@ -109,7 +109,7 @@ QLabel* CMessageBox::AddBodyAndBar(const QString& picture, const QString& text)
     pictureLabel->setAlignment(Qt::AlignCenter);
     m_pMessageLabel = new QLabel(text, this);
     m_pMessageLabel->setObjectName("m_pMessageLabel");
-    m_pMessageLabel->setTextFormat(Qt::PlainText); // a file's name is no markup
+    m_pMessageLabel->setTextFormat(Qt::PlainText); // a file name is not markup
     m_pMessageLabel->setMinimumSize(width() - 60, 80);
     m_pMessageLabel->setFont(CalibriFont(12));
     SetTextColor(m_pMessageLabel, Qt::black);
@@ -141,7 +141,7 @@ void CMessageBox::AddButton(QLabel* bar, int left, const QString& text, const ch
 
 void CMessageBox::paintEvent(QPaintEvent* /*event*/)
 {
-    const QPainter painter(this); // draws nothing beyond the widgets
+    const QPainter painter(this); // draws nothing besides the widgets
 }
 
 void CMessageBox::mousePressEvent(QMouseEvent* event)

@@ -7,25 +7,25 @@
 class FocusRing;
 class QLabel;
 
-// The program's own modal message: a frameless information dialog with OK, or a question with NO
-// and OK. The left mouse button drags it, a right click dismisses it. One object serves one
-// message: construct, place, initialise once, exec(), read.
+// The program's modal message box: a frameless information dialog with OK, or a question with NO
+// and OK. Drag it with the left mouse button, dismiss it with a right click. For each message
+// construct it, place it, call one Init function, exec() it and read the answer.
 class CMessageBox : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// Both arguments are ignored, which is meant: the dialog never has a parent.
+    /// Both arguments are ignored on purpose: the dialog never has a parent.
     explicit CMessageBox(QDialog* parent = nullptr, Qt::WindowFlags flags = {});
 
-    /// Lays the dialog out for its width at the time of the call (400 unless changed before).
+    /// Lays out the dialog for its current width (400 by default).
     void InitInfoDialog(QString text);
     void InitQuestionDialog(QString text);
 
     /// 1 after OK, else 0.
     int GetMessageBoxRet() const;
 
-    /// Result 0, and closed.
+    /// Closes the dialog with the result 0.
     void Close();
 
 protected:

@@ -8,10 +8,9 @@
 #include <QFile>
 #include <QFileDialog>
 
-// The cut job: one run of the tool, synchronous, behind the progress dialog.
+// The cut job: one synchronous run of the tool, behind the progress dialog.
 
-// A cancelled chooser leaves the directory empty, so that the next one begins where the chooser
-// does by itself.
+// A cancelled chooser leaves the directory empty, so the next one starts at its default place.
 void DRUI::btnSlotLayout3Cut()
 {
     m_strCutSaveDir = QFileDialog::getExistingDirectory(this, QString(), m_strCutSaveDir,
@@ -45,9 +44,9 @@ int DRUI::StartQProcessCut()
     return m_nCutState;
 }
 
-// Called for the cut's output, this reads the conversion's process and writes the stop request to
-// that, and is meant to. So a cut sees no progress and no invalid data; only a cancel can change
-// its result, and the tool runs to its end before the file is removed.
+// Called for the cut's output, but reads the conversion's process and writes the quit command to
+// it. This is intended. So a cut sees no progress and no invalid data; only a cancel changes its
+// result, and the tool runs to its end before the file is removed.
 void DRUI::ReadCutInfo()
 {
     const OutputMarks marks = MarksIn(ReadToolText(*m_pChangeTSProcess));
@@ -64,7 +63,7 @@ void DRUI::ReadCutInfo()
     }
 }
 
-// The entry for the job thread; no cut is made here.
+// The entry point for the job thread; does not cut.
 void DRUI::_CutProcess(void* param, int& result)
 {
     m_bisFinished = false;

@@ -21,7 +21,7 @@ namespace {
 constexpr FolderRowShape kFolderRow{"m_pLayout3DirEdit", 12, {10, 0, 125, 25}, {135, 0, 420, 25},
                                     {565, 0, 30, 25},    645};
 
-constexpr int kPanelLeft = 280; // the rest of the window's width is the help text's
+constexpr int kPanelLeft = 280; // the rest of the width is for the help text
 constexpr auto kHelpText = "\n\n\n\n\n\t\t1.Select the video in the list on the left"
                            "\n\n\t\t2.Move the slider to set \"Start\" and \"End\""
                            "\n\n\t\t3.Select \"Cut\" to save the cut video.";
@@ -32,7 +32,7 @@ QString TimeText(qint64 seconds)
     return FromEightBit(GetTimeStringA(seconds));
 }
 
-// White, on the page's dark grey.
+// White on the page's dark grey.
 QTableWidgetItem* CutItem(const QString& name)
 {
     auto* item = new QTableWidgetItem(QIcon(":/image/mp4.png"), name);
@@ -87,7 +87,7 @@ QTableWidget* DRUI::CreateCutVideoTable()
     return table;
 }
 
-// Right of the table: what to do, and below it the slider.
+// Right of the table: instructions, and below them the slider.
 QWidget* DRUI::CreateCutPanel()
 {
     auto* panel = new QWidget(m_pLayout3Widget);
@@ -123,7 +123,7 @@ QWidget* DRUI::CreateCutPanel()
     return panel;
 }
 
-// Below table and panel: Back, and under the slider what is done with its position.
+// Below table and panel: Back, and under the slider the buttons that use its position.
 QHBoxLayout* DRUI::CreateCutBar()
 {
     const auto button = [this](const QString& text, const char* slot) {
@@ -148,7 +148,7 @@ QHBoxLayout* DRUI::CreateCutBar()
     m_pTailLabel = mark("m_pTailLabel");
     m_pBtnCut = button("Cut", SLOT(btnSlotLayout3Cut()));
     m_pBtnCut->setIcon(QIcon(":/image/cut.png"));
-    // Cut stays enabled until a video is selected, and is meant to.
+    // Cut is enabled until a video is selected. This is intended.
     for (QPushButton* disabled : {m_pBtnPlay, m_pBtnHead, m_pBtnTail}) {
         disabled->setEnabled(false);
     }
@@ -174,7 +174,7 @@ QHBoxLayout* DRUI::CreateCutBar()
     return bar;
 }
 
-// Every file is asked for its duration, which nothing shows.
+// Probes every file for its duration, which is not shown.
 void DRUI::FillCutTable(const QString& folder)
 {
     m_vecFileInfo = NewestFirst(folder);
@@ -190,13 +190,13 @@ void DRUI::AppendCutRow(const QString& name)
 {
     const int row = m_pCutVideoTable->rowCount();
     m_pCutVideoTable->insertRow(row);
-    if (!name.isEmpty()) { // an empty row, carried over
+    if (!name.isEmpty()) { // an empty row kept across a rebuild
         m_pCutVideoTable->setItem(row, 0, CutItem(name));
     }
 }
 
-// A cancelled chooser empties the field, and the root is listed. Every name goes into the first
-// row, where the oldest file's stays, and the rows below are empty. Both are meant.
+// A cancelled chooser empties the field, and the root directory is listed. Writes every name to the
+// first row, which ends up with the oldest file; the other rows are empty. Both are intended.
 void DRUI::btnSlotLayout3Dir()
 {
     m_pLayout3DirEdit->setText(QFileDialog::getExistingDirectory(this, QString()));
@@ -209,8 +209,8 @@ void DRUI::btnSlotLayout3Dir()
     m_pBtnAdd->setEnabled(false);
 }
 
-// The file is looked for in the folder that the field names, whichever one the table lists. The
-// position moved to last stays that of the video before; both are meant.
+// Looks for the file in the folder the field names, whichever one the table lists. The last
+// position stays that of the previous video. Both are intended.
 void DRUI::CutTableItemClick(QTableWidgetItem* /*pItem*/)
 {
     const auto selected = m_pCutVideoTable->selectedItems();
@@ -256,7 +256,7 @@ void DRUI::current(int pos)
     m_pCutPosLabel->setText(TimeText(pos) + '/' + TimeText(m_nCutDuration));
 }
 
-// Neither mark looks at the other: an end before the start is the tool's to refuse.
+// The marks do not check each other: the tool refuses an end before the start.
 void DRUI::btnSetHead()
 {
     m_nCutStart = m_strCurPos.toLongLong();
@@ -271,7 +271,7 @@ void DRUI::btnSetTail()
     m_pBtnCut->setEnabled(true);
 }
 
-// The hooks of a preview player, which nothing starts; they are meant to stay.
+// The hooks for a preview player, which nothing starts. They stay on purpose.
 void DRUI::mplayerDataRecieve()
 {
     const QString duration = QString::fromStdString(FindDuration(ReadToolText(*m_pPlayerProcess)));

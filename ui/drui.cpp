@@ -25,7 +25,7 @@ constexpr int kCutPage = 2;
 
 constexpr int kHeaderButtons = 3;
 
-// They are made first of all, from right to left; Tab is to go as one reads.
+// They are created first, from right to left, but Tab should follow reading order.
 void OrderHeaderButtons(const QWidget* page)
 {
     const auto buttons = page->findChildren<QPushButton*>().first(kHeaderButtons);
@@ -46,7 +46,7 @@ DRUI::DRUI(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags),
 {
     UseOwnColours();
     ui.setupUi(this);
-    InstallTextCodec("GB2312"); // once more, as at the program's start
+    InstallTextCodec("GB2312"); // again, as at program start
     ui.centralWidget->setStyleSheet(window_style);
     setWindowTitle(kProductName);
     FixSize(kWindowSize);
@@ -84,15 +84,15 @@ void DRUI::Init()
     WatchFolderFields(true);
 }
 
-// A running recording is asked to finish its file and waited for; every other run of the tool ends
-// with the object of its process.
+// Asks a running recording to finish its file and waits for it. All other runs of the tool end with
+// their process objects.
 DRUI::~DRUI()
 {
     m_bIsStart = false;
     if (m_pRecProcess == nullptr) {
-        return; // Init() was never called
+        return; // Init() was not called
     }
-    WatchFolderFields(false); // they lose the focus with the window; nothing is to be read then
+    WatchFolderFields(false); // they lose focus with the window, which must not scan a folder
     AskToolToQuit(*m_pRecProcess);
     m_pRecProcess->waitForFinished(kToolWaitMs);
     m_pRecTimer->stop();
@@ -115,7 +115,7 @@ QProcess* DRUI::CreateToolProcess(const char* name, const char* slot)
     return process;
 }
 
-// The order is that of the stack: home 0, record 1, cut 2, merge 3.
+// In the order of the stack: home 0, record 1, cut 2, merge 3.
 void DRUI::BuildPages()
 {
     InitLayout1Widget();
@@ -138,7 +138,7 @@ void DRUI::FixSize(const QSize& size)
     move((desktop.width() - size.width()) / 2, (desktop.height() - size.height()) / 2);
 }
 
-// A message over the window's upper left part.
+// Shows a message over the upper left part of the window.
 void DRUI::Inform(const QString& text)
 {
     CMessageBox box;
@@ -181,7 +181,7 @@ QPushButton* DRUI::CreateButton(int kind, int x, QWidget* parent)
     return button;
 }
 
-// Does nothing, and is meant to: the system's own title bar serves.
+// Does nothing on purpose: the system's title bar serves.
 void DRUI::CreateFrameTitle(const QString& /*title*/) {}
 
 QVBoxLayout* DRUI::CreateHeader(QWidget* page, const TitleStripShape& shape)
@@ -202,8 +202,8 @@ void DRUI::btnSlot()
     m_pStack->setCurrentWidget(m_pLayout2Widget);
 }
 
-// The table gets the cursor: in the folder field it would have the folder read once more with the
-// first click elsewhere.
+// Focuses the table. With focus in the folder field, the next click elsewhere would scan the folder
+// again.
 void DRUI::btnEditSlot()
 {
     FillSourceTable(m_pLayout4DirEdit->text());
@@ -211,7 +211,7 @@ void DRUI::btnEditSlot()
     m_pStack->setCurrentWidget(m_pLayout4Widget);
 }
 
-// Reads the merge page's folder, not the cut page's own; this is meant.
+// Reads the merge page's folder, not the cut page's. This is intended.
 void DRUI::btnMontageSlot()
 {
     FillCutTable(m_pLayout4DirEdit->text());
@@ -219,7 +219,7 @@ void DRUI::btnMontageSlot()
     m_pStack->setCurrentWidget(m_pLayout3Widget);
 }
 
-// A running recording goes on and the merge list stays: Back resets nothing but the cut preview.
+// A running recording goes on and the merge list stays. Back resets only the cut preview.
 void DRUI::btnSlotBack()
 {
     if (m_pStack->currentIndex() == kCutPage) {
@@ -231,13 +231,13 @@ void DRUI::btnSlotBack()
     m_pStack->setCurrentWidget(m_pLayout1Widget);
 }
 
-// The three frame slots have no control, and are meant to stay: the system title bar serves.
+// The three frame slots have no controls on purpose: the system's title bar serves.
 void DRUI::btnMinSlot()
 {
     showMinimized();
 }
 
-// Pages have no maximise button whose picture would change.
+// The pages have no maximise button whose image would change.
 void DRUI::btnMaxSlot()
 {
     FixSize(m_bIsMaximized ? kWindowSize : DesktopSize());
@@ -250,7 +250,7 @@ void DRUI::btnCloseSlot()
     close();
 }
 
-// No page builds the trees that would raise these two; they are meant to stay.
+// No page has the trees that would call these two. They stay on purpose.
 void DRUI::itemClick(QTreeWidgetItem* /*item*/, int /*column*/) {}
 void DRUI::itemDiskClick(QTreeWidgetItem* /*item*/, int /*column*/) {}
 
@@ -263,6 +263,6 @@ void DRUI::keyPressEvent(QKeyEvent* event)
 
 void DRUI::paintEvent(QPaintEvent* /*event*/) {}
 
-// Closing asks no question, neither while a recording runs nor while a job does: the close is
-// accepted, and the destructor finishes a recording's file.
+// Closing never asks, not even during a recording or a job. The close is accepted, and the
+// destructor finishes a recording's file.
 void DRUI::closeEvent(QCloseEvent* /*event*/) {}

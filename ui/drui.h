@@ -32,13 +32,13 @@ class TrayStandIn;
 struct FolderRowShape;
 struct TitleStripShape;
 
-// Spelled as they stand in a slot's signature.
+// Spelled as in the signature of a slot.
 using WCHAR = wchar_t;
 using HRESULT = int;
 
-// The main window: four pages in a stack, the six processes that run the tool, and the recording.
-// Its code stands in one file a topic: drui (frame and navigation), home_page, record_page,
-// device_list, probe, recording, tray, video_pages, cut_page, cut, merge_page, merge, rebuild.
+// The main window: four pages in a stack, the six processes for the tool, and the recording. Each
+// topic has a source file: drui (frame and navigation), home_page, record_page, device_list, probe,
+// recording, tray, video_pages, cut_page, cut, merge_page, merge, rebuild.
 class DRUI : public QMainWindow
 {
     Q_OBJECT
@@ -48,23 +48,23 @@ public:
     ~DRUI() override;
     Q_DISABLE_COPY_MOVE(DRUI)
 
-    /// Second step of the construction: processes, pages, timer. Lists the capture devices, which
-    /// blocks for as long as the tool takes (60 s at most).
+    /// Second step of construction: processes, pages, timer. Lists the capture devices, which
+    /// blocks until the tool is done (60 s at most).
     void Init();
 
     // --- recording: one at a time in the whole program ---
-    static bool m_bIsStart;         // a recording runs
-    static bool m_bIsPause;         // its status display is paused
-    static int m_nRecorderRet;      // 0, -101 stopped for lack of space, else no file could be made
-    static qint64 m_n64AudioFrames; // 0 at every start and stop; nothing else reads it
+    static bool m_bIsStart;    // a recording is running
+    static bool m_bIsPause;    // the status display is paused
+    static int m_nRecorderRet; // 0, -101 stopped for lack of space, else no file could be created
+    static qint64 m_n64AudioFrames; // set to 0 at every start and stop; otherwise unused
     static QLabel* m_pStereoMix;    // status text on the record page
     static QComboBox* m_pAudioComBox;
-    static unsigned int m_nSelectedDeviceID; // the audio choice's data; nothing reads it
+    static unsigned int m_nSelectedDeviceID; // data of the audio choice; not read
 
     // --- cut and merge ---
     static bool m_bisFinished; // the user asked to cancel the job
 
-    /// The duration of the video at `path` as hh:mm:ss, or nothing. Text, in spite of its name.
+    /// The duration of the video at `path` as hh:mm:ss, or an empty string. Text, despite its name.
     std::string GetVedioTimeSeconds(wchar_t* path);
 
     // --- entries for the job thread, which is never started: jobs run in the slots below ---
@@ -84,7 +84,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private Q_SLOTS:
-    // Their order is part of the contract of the meta-object: new slots go behind the last.
+    // Their order in the meta-object is part of the interface: append new slots at the end.
     void btnMinSlot();
     void btnMaxSlot();
     void btnCloseSlot();
@@ -174,7 +174,7 @@ private:
 
     // --- capture devices and the duration probe: device_list.cpp, probe.cpp ---
     void get_audiodevice_name();
-    QString m_strDevInfo; // all that the last listing or probe printed
+    QString m_strDevInfo; // output of the last listing or probe
     char m_cScreenIndex = '0';
     int m_nMicIndex = -1;
     int m_nSoundIndex = -1;
@@ -185,12 +185,12 @@ private:
     void EnterIdle();
     void ReportStartError();
     QTimer* m_pRecTimer = nullptr;
-    quint32 m_nRecStartTick = 0; // milliseconds, cut to 32 bits
+    quint32 m_nRecStartTick = 0; // milliseconds, truncated to 32 bits
     int m_nBlinkCount = 0;
-    [[maybe_unused]] qint64 m_n64RecSpare = 0; // set with the blink counter, read by nothing
+    [[maybe_unused]] qint64 m_n64RecSpare = 0; // set with the blink counter, otherwise unused
     QString m_strRecFile;
-    QString m_strStartError;  // why the recording that is shown never started
-    bool m_bQuitSent = false; // the running tool has been asked to finish
+    QString m_strStartError;  // why the recording shown never started
+    bool m_bQuitSent = false; // the running tool has been asked to quit
 
     // --- system tray: tray.cpp ---
     void CreateSystemTray();
@@ -208,8 +208,8 @@ private:
     std::string DurationOf(const QString& folder, const _FILE_INFO_& file);
     void WatchFolderFields(bool watch);
     void RebuildPages();
-    QVector<_FILE_INFO_> m_vecFileInfo;              // of the folder read last, newest first
-    QVector<_MERGER_FILE_INFO_> m_vecMergerFileInfo; // the merge list while its page is built anew
+    QVector<_FILE_INFO_> m_vecFileInfo;              // the last folder scan, newest first
+    QVector<_MERGER_FILE_INFO_> m_vecMergerFileInfo; // the merge list while its page is rebuilt
 
     // --- cut page: cut_page.cpp ---
     void InitLayout3Widget();
@@ -219,7 +219,7 @@ private:
     void AppendCutRow(const QString& name);
     void FillCutTable(const QString& folder);
     void SetCutRange();
-    void Layout3Play() {} // these two do nothing, and are meant to: no preview is shown
+    void Layout3Play() {} // these two do nothing on purpose: there is no preview
     void FreeAviHandle() {}
     QWidget* m_pLayout3Widget = nullptr;
     QLineEdit* m_pLayout3DirEdit = nullptr;
@@ -233,9 +233,9 @@ private:
     QLabel* m_pHeadLabel = nullptr;
     QLabel* m_pTailLabel = nullptr;
     QString m_strPreviewFile;
-    QString m_strCurPos;                    // seconds the slider was last moved to; empty at first
-    [[maybe_unused]] float m_fDuration = 0; // of the selected video; read by nothing
-    qint64 m_nCutDuration = 0;              // the same, in whole seconds
+    QString m_strCurPos;                    // seconds, last position of the slider; empty at first
+    [[maybe_unused]] float m_fDuration = 0; // of the selected video; unused
+    qint64 m_nCutDuration = 0;              // of the selected video, in seconds
 
     // --- cut job: cut.cpp ---
     int StartQProcessCut();
@@ -245,7 +245,7 @@ private:
     qint64 m_nCutStart = 0;   // seconds
     qint64 m_nCutEnd = 0;
     int m_nCutState = 0; // 0 no error seen, 1 invalid data, 2 cancelled
-    int m_nCutStep = 0;  // chunks of progress, 0 to 20
+    int m_nCutStep = 0;  // progress chunks, 0 to 20
 
     // --- merge page: merge_page.cpp ---
     void InitLayout4Widget();
@@ -275,8 +275,8 @@ private:
     void JoinStreams(const QStringList& streams, const QString& output);
     int ChangeToTS(wchar_t* tsPath, wchar_t* inputPath, wchar_t* targetPath);
     void CountMergeTick(const QString& current);
-    QString m_strMergeSaveDir;        // chosen last; the streams are written there too
-    QVector<QString> m_vecMergeFiles; // names of the running merge
+    QString m_strMergeSaveDir;        // last chosen; the streams are written there too
+    QVector<QString> m_vecMergeFiles; // file names of the running merge
     QString m_strCurMergeName;        // being converted
     QString m_strTargetName;          // the result
     qint64 m_nMergeProcessPos = 0;    // ticks counted

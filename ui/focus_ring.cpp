@@ -5,12 +5,12 @@
 
 namespace {
 
-constexpr int kWidth = 4; // outer half white, inner half blue: one of them shows on any grey
+constexpr int kWidth = 4; // outer half white, inner half blue, so it is visible on any grey
 
-// Of all windows: a dialog that a key opened shows at once which button Enter presses.
+// For all windows: a dialog opened by a key shows at once which button Enter presses.
 bool lastInputWasKey = false;
 
-// A reason that is neither, as with a window that comes to the front, tells nothing.
+// Other reasons, such as an activated window, say nothing about the device.
 void Judge(Qt::FocusReason reason)
 {
     if (reason == Qt::MouseFocusReason) {
@@ -35,7 +35,7 @@ void FocusRing::Watch()
 {
     for (auto* control : parentWidget()->findChildren<QWidget*>()) {
         if (control->focusPolicy() != Qt::NoFocus && control->window() == window()) {
-            control->installEventFilter(this); // once, however often it is asked for
+            control->installEventFilter(this); // has no effect the second time
         }
     }
 }

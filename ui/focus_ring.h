@@ -3,17 +3,17 @@
 #include <QPointer>
 #include <QWidget>
 
-// A ring around the control that has the keyboard's focus: the style sheets draw none. It is there
-// while the window is operated by keyboard, and lies over everything without being in anyone's way.
+// A ring around the control with keyboard focus, which the style sheets do not show. Visible while
+// the window is used by keyboard, on top of everything and transparent to the mouse.
 class FocusRing : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// A ring for `window`, which owns it. Nothing is ringed before Watch() is called.
+    /// Creates a ring for `window`, which owns it. Rings nothing until Watch() is called.
     explicit FocusRing(QWidget* window);
 
-    /// Rings the controls that `window` has now. To be called again after more are built.
+    /// Watches the current controls of `window`. Call it again after adding controls.
     void Watch();
 
 protected:
@@ -24,5 +24,5 @@ private:
     void ShowAround(QWidget* control);
     void Follow();
 
-    QPointer<QWidget> m_control; // the ringed one
+    QPointer<QWidget> m_control; // the control with the ring
 };

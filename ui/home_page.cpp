@@ -8,7 +8,7 @@
 
 namespace {
 
-// Our web pages are the help pages that lie beside the program.
+// The addresses are those of the help pages beside the program.
 QUrl HelpPage(const QString& name)
 {
     return QUrl::fromLocalFile(QCoreApplication::applicationDirPath() + "/help/" + name);
@@ -22,7 +22,7 @@ void DRUI::InitLayout1Widget()
     m_pLayout1Widget = new Page(this, ui.centralWidget);
     m_pLayout1Widget->setObjectName("m_pLayout1Widget");
     const int stripWidth = width() - 1;
-    // Built first: Tab goes through the controls in the order of their building.
+    // Created first: Tab follows the order of creation.
     QVBoxLayout* header =
         CreateHeader(m_pLayout1Widget, {stripWidth, stripWidth - 100, 101, Qt::IgnoreAspectRatio});
 
@@ -49,7 +49,7 @@ void DRUI::InitLayout1Widget()
     auto* page = BareLayout<QVBoxLayout>();
     page->addLayout(header);
     page->addStretch(1);
-    page->addLayout(rows, 10); // without factors the rows would get no room, and the entries touch
+    page->addLayout(rows, 10); // without factors the rows get no space, and the entries touch
     page->addStretch(1);
     page->addWidget(CreateFooter(m_pLayout1Widget, {stripWidth, true, true}));
     m_pLayout1Widget->setLayout(page);

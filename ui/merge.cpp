@@ -11,8 +11,8 @@
 #include <QLineEdit>
 #include <QTableWidget>
 
-// The merge job: every file of the list into a transport stream, then all streams into one file;
-// synchronous, behind the progress dialog.
+// The merge job: converts every file of the list to a transport stream, then joins the streams.
+// Synchronous, behind the progress dialog.
 
 void DRUI::btnSlotLayout4Merge()
 {
@@ -32,8 +32,8 @@ void DRUI::btnSlotLayout4Merge()
     StartQProcessMerge();
 }
 
-// The last report carries the result of the conversions alone, and is meant to: a merge that fails
-// in its second stage, or is cancelled there, ends like a good one. Its file is gone by then.
+// The last report carries the result of the conversions only. This is intended: a merge that fails
+// or is cancelled in its second stage ends like a successful one. Its file is already deleted.
 int DRUI::StartQProcessMerge()
 {
     m_nMergeRet = kJobGood;
@@ -66,7 +66,7 @@ int DRUI::StartQProcessMerge()
     return result;
 }
 
-// The files are looked for in the folder that the page shows now, wherever they were added from.
+// Looks for the files in the folder the page shows now, wherever they were added from.
 int DRUI::ConvertAll(const QString& output, QStringList& streams)
 {
     for (const QString& name : m_vecMergeFiles) {
@@ -96,7 +96,7 @@ int DRUI::ChangeToTS(wchar_t* tsPath, wchar_t* inputPath, wchar_t* targetPath)
     m_nChangeTSRet = kJobGood;
     m_strCurMergeName = QString::fromWCharArray(inputPath);
     m_strTargetName = QString::fromWCharArray(targetPath);
-    // Still there only when it could not be removed; the join keeps asking for the first name.
+    // Exists only if it could not be removed. The join still asks for the first name.
     const QString stream = FreePath(QString::fromWCharArray(tsPath));
     qDebug() << stream;
     if (stream.isEmpty()) {
@@ -108,7 +108,7 @@ int DRUI::ChangeToTS(wchar_t* tsPath, wchar_t* inputPath, wchar_t* targetPath)
     return m_nChangeTSRet;
 }
 
-// A bad input marks the merge as failed but stops nothing; only a cancel does.
+// A bad input marks the merge as failed but does not stop it; only a cancel does.
 void DRUI::ReadChange2TSInfo()
 {
     const OutputMarks marks = MarksIn(ReadToolText(*m_pChangeTSProcess));
@@ -146,7 +146,7 @@ void DRUI::CountMergeTick(const QString& current)
                               m_strTargetName, kJobGood);
 }
 
-// The entry for the job thread; no merge is made here.
+// The entry point for the job thread; does not merge.
 void DRUI::_AddProcess(void* param, int& result)
 {
     m_bisFinished = false;

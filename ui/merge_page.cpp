@@ -18,7 +18,7 @@ constexpr FolderRowShape kFolderRow{"m_pLayout4DirEdit", 11, {10, 0, 100, 25}, {
 constexpr int kMostFiles = 20;
 constexpr int kNameWidth = 180;
 
-// A row's three texts: file name, size, duration.
+// Sets the texts of a row: file name, size, duration.
 void SetRow(QTableWidget* table, int row, const QStringList& texts)
 {
     table->setItem(row, 0, new QTableWidgetItem(QIcon(":/image/mp4.png"), texts.value(0)));
@@ -26,8 +26,8 @@ void SetRow(QTableWidget* table, int row, const QStringList& texts)
     table->setItem(row, 2, new QTableWidgetItem(texts.value(2)));
 }
 
-// Exchanges the text of a cell, not its icon, with that of the same column in row `other`, and
-// takes the selection there.
+// Exchanges the text of a cell, but not its icon, with the same column in row `other`, and moves
+// the selection there.
 void MoveCell(QTableWidget* table, QTableWidgetItem* cell, int other)
 {
     QTableWidgetItem* neighbour = table->item(other, cell->column());
@@ -87,7 +87,7 @@ QHBoxLayout* DRUI::CreateMergeTables()
     m_pBtnDown->setObjectName("m_pBtnDown");
     m_pBtnDel->setObjectName("m_pBtnDel");
 
-    // The hint of a button knows nothing of the round border that its style draws.
+    // A button's size hint does not include the round border of its style.
     constexpr int roundEnds = 10;
     auto* add = new QVBoxLayout;
     add->addStrut(m_pBtnAdd->sizeHint().width() + roundEnds);
@@ -181,13 +181,13 @@ void DRUI::AppendSourceRow(const QStringList& texts)
 {
     const int row = m_pSourceVideoTable->rowCount();
     m_pSourceVideoTable->insertRow(row);
-    if (!texts.first().isEmpty()) { // an empty row, carried over
+    if (!texts.first().isEmpty()) { // an empty row kept across a rebuild
         SetRow(m_pSourceVideoTable, row, texts);
     }
 }
 
-// Every file goes into the first row, where the oldest one's texts stay, and the rows below are
-// empty; this is meant. The merge list stays, and its names now mean files of the new folder.
+// Writes every file to the first row, which ends up with the oldest one; the other rows are empty.
+// This is intended. The merge list stays, and its names now refer to the new folder.
 void DRUI::btnSlotLayout4Dir()
 {
     const QString folder =
@@ -251,7 +251,8 @@ void DRUI::TargetTableItemClick(QTableWidgetItem* /*pItem*/)
     }
 }
 
-// At the top Up goes off and Down is left as it was, which is meant; the same the other way round.
+// In the first row this disables Up and leaves Down as it was. This is intended, as is the reverse
+// for Down.
 void DRUI::btnUpSlot()
 {
     const int last = m_pTargetVideoTable->rowCount() - 1;
@@ -286,7 +287,7 @@ void DRUI::btnDownSlot()
     }
 }
 
-// One row a press. Up, Down and Delete keep their states, which is meant.
+// Deletes one row. Up, Down and Delete keep their states on purpose.
 void DRUI::btnDelSlot()
 {
     const auto selected = m_pTargetVideoTable->selectedItems();

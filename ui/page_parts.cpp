@@ -63,7 +63,7 @@ QPushButton* CreateBarButton(QWidget* parent, const QRect& place, const QString&
     button->setGeometry(place);
     button->setFont(CalibriFont(12, QFont::Bold));
     button->setCursor(Qt::PointingHandCursor);
-    button->setAutoDefault(true); // Return presses it, as Space does
+    button->setAutoDefault(true); // Return presses it, like Space
     button->setStyleSheet(main_button_style);
     return button;
 }

@@ -31,7 +31,7 @@ void PositionSlider::mouseReleaseEvent(QMouseEvent* event)
     }
 }
 
-// The handle's middle goes as near to `x` as the range allows.
+// Moves the centre of the handle as close to `x` as the range allows.
 void PositionSlider::MoveTo(int x)
 {
     QStyleOptionSlider option;
@@ -42,7 +42,7 @@ void PositionSlider::MoveTo(int x)
         QStyle::sliderValueFromPosition(minimum(), maximum(), x - handle / 2, width() - handle));
 }
 
-// With the handle held the move has been told already.
+// While the handle is held, QSlider has already emitted the signal.
 void PositionSlider::TellMove()
 {
     if (!isSliderDown()) {

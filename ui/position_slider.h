@@ -2,9 +2,8 @@
 
 #include <QSlider>
 
-// A slider whose every move by the user counts as one: sliderMoved() is emitted for the keyboard
-// and the wheel as well as for the mouse, which may begin anywhere on the groove. Setting the value
-// is no move.
+// A slider that emits sliderMoved() for every move by the user, with keyboard, wheel or mouse. A
+// move can start anywhere on the groove. Setting the value does not count.
 class PositionSlider : public QSlider
 {
     Q_OBJECT

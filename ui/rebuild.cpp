@@ -7,7 +7,7 @@
 
 #include <utility>
 
-// The pages built anew for another size of the window; what their tables held is carried over.
+// Rebuilds the pages for another window size and keeps the contents of their tables.
 
 namespace {
 
@@ -38,15 +38,15 @@ QStringList Texts(const _MERGER_FILE_INFO_& row)
 
 } // namespace
 
-// Every page is in its first state then: Merge is disabled whatever the list holds, the settings
-// are read and the capture devices listed again. This is meant.
+// Resets every page: Merge is disabled whatever the list contains, the settings are read and the
+// capture devices listed again. This is intended.
 void DRUI::RebuildPages()
 {
     const int page = m_pStack->currentIndex();
     const Rows cut = RowsOf(m_pCutVideoTable);
     const Rows source = RowsOf(m_pSourceVideoTable);
     m_vecMergerFileInfo = RowsOf(m_pTargetVideoTable);
-    WatchFolderFields(false); // a field that is deleted with the cursor in it is left, too
+    WatchFolderFields(false); // deleting a focused field counts as leaving it
     BuildPages();
     for (const _MERGER_FILE_INFO_& row : cut) {
         AppendCutRow(QString::fromWCharArray(row.szFileName));

@@ -46,7 +46,7 @@ QWidget* DRUI::CreateRecordPanel()
     panel->setStyleSheet(panel_style);
     panel->setMinimumSize(300, 320);
 
-    // A screen reader takes the captions for the names of what they stand before.
+    // Screen readers use the captions as the names of the controls after them.
     QLabel* audio = CreateText(panel, {50, 80, 120, 25}, "Audio: ", font);
     AddAudioChoices(panel);
     audio->setBuddy(m_pAudioComBox);
@@ -71,7 +71,7 @@ void DRUI::AddAudioChoices(QWidget* panel)
     m_pAudioComBox->setGeometry(180, 80, 300, 25);
     m_pAudioComBox->setFont(CalibriFont(12, QFont::Bold));
     m_pAudioComBox->setAccessibleName("Audio");
-    // Drawn as a menu the list would show the chosen entry white on the panel's grey.
+    // Drawn as a menu, the list would show the current entry white on grey.
     m_pAudioComBox->setItemDelegate(new QStyledItemDelegate(m_pAudioComBox));
     connect(m_pAudioComBox, SIGNAL(currentIndexChanged(int)), this, SLOT(ComBoxIndexChange(int)));
 
@@ -95,7 +95,7 @@ void DRUI::AddSaveDirectory(QWidget* panel)
     m_pSaveDirEdit->setText(ReadSavePath(m_strIniPath));
     m_pSaveDirEdit->setEnabled(false);
     QPalette palette = m_pSaveDirEdit->palette();
-    palette.setColor(QPalette::Disabled, QPalette::Text, Qt::black); // else it is grey on grey
+    palette.setColor(QPalette::Disabled, QPalette::Text, Qt::black); // otherwise it is grey on grey
     m_pSaveDirEdit->setPalette(palette);
     m_pSaveDirEdit->setCursorPosition(1);
     m_pSaveDirEdit->setAccessibleName("Save directory");

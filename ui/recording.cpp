@@ -61,7 +61,7 @@ void DRUI::btnSlotRecord()
     ReportStartError();
 }
 
-// The tray's Stop shows no message for m_nRecorderRet, unlike the button's; this is meant.
+// The tray's Stop shows no message for m_nRecorderRet, unlike the button. This is intended.
 void DRUI::btnSlotMenuStop()
 {
     m_bIsStart = !m_bIsStart;
@@ -77,7 +77,7 @@ void DRUI::btnSlotMenuStop()
     ReportStartError();
 }
 
-// What both ways of starting show. Pause stays disabled, here and for ever; this is meant.
+// Updates the display for both ways of starting. Pause is always disabled; this is intended.
 void DRUI::EnterRecording()
 {
     m_pRecTimer->stop();
@@ -87,14 +87,15 @@ void DRUI::EnterRecording()
     m_pTrayStandIn->ShowWithoutTray();
 }
 
-// What both ways of stopping show. The tool ends later: it is asked to at its next output.
+// Updates the display for both ways of stopping. The tool ends later: it is asked to quit at its
+// next output.
 void DRUI::EnterIdle()
 {
     m_pStereoMix->hide();
     m_pRecTimer->stop();
     m_n64AudioFrames = 0;
     m_bIsPause = false;
-    m_pRecordBtn->setText("Start"); // "Record" before the first recording only; this is meant
+    m_pRecordBtn->setText("Start"); // "Record" before the first recording only. Intended.
     if (QAction* pause = TrayEntry(0)) {
         pause->setEnabled(false);
     }
@@ -108,7 +109,7 @@ void DRUI::EnterIdle()
 int DRUI::StartQProcessRecord()
 {
     m_nRecStartTick = TickNow();
-    const int audio = m_pAudioComBox->currentData().toInt(); // "None" reads as -2
+    const int audio = m_pAudioComBox->currentData().toInt(); // "None" is -2
     const QString directory = m_pSaveDirEdit->text();
     QDir().mkdir(directory + '/');
     m_strRecFile = FreePath(RecordPath(directory, QDateTime::currentDateTime()));
@@ -118,8 +119,8 @@ int DRUI::StartQProcessRecord()
         return 0;
     }
 
-    // A run that is still going refuses the start. One that finishes its file makes this a
-    // recording that never begins; one that goes on (after a pause) is this recording.
+    // A tool that is still running refuses the start. If it is finishing its file, this recording
+    // never starts. If it goes on (after a pause), it is this recording.
     const bool finishing = m_bQuitSent && m_pRecProcess->state() != QProcess::NotRunning;
     m_bQuitSent = finishing;
     const RecordDevices devices{m_cScreenIndex, m_nMicIndex, m_nSoundIndex};
@@ -138,7 +139,7 @@ void DRUI::doTimerRec()
     const QFileInfo file(m_strRecFile);
     m_pStereoMix->setText(
         RecordingStatus(ElapsedMs(m_nRecStartTick, TickNow()), file.exists() ? file.size() : 0));
-    // Its place is made for 72 dots to the inch; where letters are larger, it grows downwards.
+    // Its geometry is for 72 dpi. With larger fonts it grows downwards.
     m_pStereoMix->resize(m_pStereoMix->width(),
                          qMax(m_pStereoMix->height(), m_pStereoMix->sizeHint().height()));
     if (IsTooLittleSpace(FreeBytes(m_pSaveDirEdit->text()))) {
@@ -147,8 +148,8 @@ void DRUI::doTimerRec()
     }
 }
 
-// The quit command is sent with the tool's next output after the stop, and again with every further
-// one: stopping relies on the tool printing its progress.
+// Sends the quit command at the tool's next output after the stop, and again at every further one.
+// Stopping relies on the tool printing its progress.
 void DRUI::ReadRecordInfo()
 {
     ReadToolText(*m_pRecProcess);
@@ -158,9 +159,9 @@ void DRUI::ReadRecordInfo()
     }
 }
 
-// Pauses the display only: the tool records on into the same file. Resuming asks for a second
-// start, which the process refuses, so the size shown is that of a file that is never made; this is
-// meant.
+// Pauses the display only: the tool goes on recording to the same file. Resuming requests a second
+// start, which the process refuses, so the size shown is that of a file that is never created. This
+// is intended.
 void DRUI::btnSlotMenuPause()
 {
     if (!m_bIsPause) {

@@ -36,7 +36,7 @@ void SCANUI::InitSlot(DRUI* drui)
             SLOT(CutProcessCallBackSlot(int, QString, QString, int)));
 }
 
-// Input waits meanwhile: nobody can close anything before the job has begun.
+// Input events wait, so the dialog cannot be closed before the job starts.
 void SCANUI::ShowOver(const QWidget& window)
 {
     setGeometry(window.x() + window.width() / 4, window.y() + window.height() / 4, 500, 250);
@@ -103,9 +103,9 @@ QVBoxLayout* SCANUI::CreateBody()
 
     m_labelInfo = new QLabel(this);
     m_labelInfo->setObjectName("m_labelInfo");
-    m_labelInfo->setTextFormat(Qt::PlainText); // a file's name is no markup
+    m_labelInfo->setTextFormat(Qt::PlainText); // a file name is not markup
     m_labelInfo->setFont(CalibriFont(12));
-    m_labelInfo->setWordWrap(true); // of long paths; there is room for two more lines
+    m_labelInfo->setWordWrap(true); // for long paths; there is room for two more lines
     m_labelInfo->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     m_labelInfo->setMinimumHeight(5 * (m_labelInfo->fontMetrics().lineSpacing() + 1));
     SetTextColor(m_labelInfo, Qt::black);
@@ -137,8 +137,8 @@ void SCANUI::CutProcessCallBackSlot(int percent, QString current, QString destin
     Report(kCutOperation, percent, current, destination, error);
 }
 
-// The last report closes the dialog before its error is stored. So a job that ends with an error
-// after a good one tells success first and failure last; this is meant.
+// The last report closes the dialog before its error is stored. So a failed job that follows a
+// successful one shows success first and failure last. This is intended.
 void SCANUI::Report(int operation, int percent, const QString& current, const QString& destination,
                     int error)
 {
@@ -157,8 +157,8 @@ void SCANUI::Report(int operation, int percent, const QString& current, const QS
     }
 }
 
-// Every such close tells an outcome. Qt sends a dialog that is hidden already no event, so that one
-// gets it by hand; while an outcome is being told, another close does nothing.
+// Every such close shows an outcome. Qt sends no close event to a hidden dialog, so it is sent
+// here. While an outcome is shown, another close does nothing.
 void SCANUI::CloseForReport()
 {
     if (isVisible()) {
@@ -179,7 +179,7 @@ void SCANUI::btnSlot()
 void SCANUI::closeEvent(QCloseEvent* event)
 {
     event->accept();
-    if (m_nError != kJobGood) { // that of an earlier job too, until this one reports
+    if (m_nError != kJobGood) { // also the previous job's error, until this one reports
         Tell(FailureText(m_nOprType));
     } else if (m_bIsFinished) {
         Tell(SuccessText(m_nOprType, m_strDestination));
@@ -214,7 +214,7 @@ void SCANUI::Tell(const QString& text)
     box.exec();
 }
 
-// A message dialog's own fixed size of 400 by 150 takes the place of this one.
+// The message dialog uses its own fixed size of 400 by 150 instead.
 QRect SCANUI::BoxPlace() const
 {
     return {x() + width() / 8, y() + height() / 8, 150, 400};

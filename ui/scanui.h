@@ -10,9 +10,9 @@ class QLabel;
 class QProgressBar;
 class QVBoxLayout;
 
-// The progress dialog of a cut or a merge: bar, text and Cancel. It asks before a job is cancelled
-// and tells the outcome when it closes. It follows the main window's two report signals; the job
-// itself runs on the same thread and dispatches no events.
+// The progress dialog of a cut or merge: progress bar, text and Cancel. Asks before it cancels a
+// job and shows the outcome when it closes. It follows the main window's two report signals; the
+// job runs on the same thread and dispatches no events.
 class SCANUI : public QDialog
 {
     Q_OBJECT
@@ -20,18 +20,18 @@ class SCANUI : public QDialog
 public:
     explicit SCANUI(QDialog* parent = nullptr, Qt::WindowFlags flags = {});
 
-    /// Follows the reports of `drui`, which has to outlive the dialog.
+    /// Connects to the reports of `drui`, which has to outlive the dialog.
     void InitSlot(DRUI* drui);
 
-    /// Places the dialog over `window`, shows it, and waits up to a second until it is drawn; the
-    /// job that follows draws nothing but the bar.
+    /// Places the dialog over `window`, shows it and waits up to a second until it is drawn. During
+    /// the job only the progress bar is painted.
     void ShowOver(const QWidget& window);
 
-    // Shared by all dialogs, and carried from one job to the next: only reports change them.
+    // Shared by all dialogs and kept from job to job; only reports change them.
     static int m_nOprType;     // of the last report: 2 cut, 1 merge
     static bool m_bIsFinished; // the job has reported 100 percent; cleared by a new dialog
     static int m_nError;       // of the last report: 0 none, 1 invalid data, 2 cancelled
-    static QPointer<QProgressBar> m_progressBar; // of the dialog built last
+    static QPointer<QProgressBar> m_progressBar; // of the newest dialog
 
 public Q_SLOTS:
     void AddProcessCallBackSlot(int percent, QString current, QString destination, int error);

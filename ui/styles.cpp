@@ -3,8 +3,8 @@
 #include <QApplication>
 #include <QPalette>
 
-// The grey button's text stands in two forms that differ in white space only, the home page's and
-// everybody else's; both are kept to the letter.
+// The grey button's style sheet exists in two forms that differ only in white space, the home
+// page's and the one for all others. Both are kept to the letter.
 #define HOME_GAP "\t\t\t\t\t\t\t  "
 #define SLIDER_GAP "\t\t\t\t\t\t\t\t"
 #define MAIN_GAP "\t\t\t\t\t\t\t\t   "
@@ -35,7 +35,7 @@ const QString action_button_style =
     "QPushButton:pressed{background-color:rgb(30, 144, 255); color: white;border: 2px groove white;"
     "border-style: inset; }";
 
-// The runs of tabs are part of the text, though they do nothing.
+// The tabs are part of the text, although they have no effect.
 const QString slider_style =
     "QSlider::groove:horizontal{border: 1px solid #4A708B;background: #C0C0C0;height: "
     "5px;border-radius: 1px;padding-left:-1px;padding-right:-1px;}" SLIDER_GAP
@@ -60,7 +60,7 @@ namespace {
 
 QPalette OwnPalette()
 {
-    const QColor blue(23, 103, 184); // the window's, dark enough for white text
+    const QColor blue(23, 103, 184); // the window's blue, dark enough for white text
     const QColor disabled(90, 90, 90);
     QPalette palette(Qt::black, QColor(239, 239, 239), Qt::white, QColor(159, 159, 159),
                      QColor(184, 184, 184), Qt::black, Qt::white, Qt::white, QColor(239, 239, 239));
@@ -82,8 +82,7 @@ QPalette OwnPalette()
 
 } // namespace
 
-// For the application, not for the window: below a style sheet no widget takes its parent's
-// colours.
+// Set on the application, not the window: below a style sheet widgets do not inherit palettes.
 void UseOwnColours()
 {
     QApplication::setPalette(OwnPalette());

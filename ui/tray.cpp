@@ -4,8 +4,8 @@
 #include <QAction>
 #include <QMenu>
 
-// Every call makes a new icon, and the one before stays a child of the window, visible if a
-// recording made it so; this is meant.
+// Every call creates a new icon. The previous one stays a child of the window, visible if a
+// recording showed it. This is intended.
 void DRUI::CreateSystemTray()
 {
     m_pTrayIcon = new QSystemTrayIcon(QIcon(":/image/rec1.png"), this);
@@ -29,7 +29,7 @@ void DRUI::CreateSystemTray()
 
 QAction* DRUI::TrayEntry(int position) const
 {
-    // No icon before the record page was first entered.
+    // There is no icon before the record page is first entered.
     return m_pTrayIcon == nullptr ? nullptr : m_pTrayIcon->contextMenu()->actions().value(position);
 }
 
@@ -46,8 +46,8 @@ void DRUI::SetTrayIcon(const QString& image)
     if (m_pTrayIcon == nullptr) {
         return;
     }
-    // One icon for each image: Qt keeps what it scales for the tray of every new one, megabytes in
-    // an hour of blinking.
+    // One icon per image: Qt caches the scaled images of every new icon, which adds up to megabytes
+    // in an hour of blinking.
     auto icon = m_trayIcons.find(image);
     if (icon == m_trayIcons.end()) {
         icon = m_trayIcons.insert(image, QIcon(image));
@@ -55,7 +55,7 @@ void DRUI::SetTrayIcon(const QString& image)
     m_pTrayIcon->setIcon(*icon);
 }
 
-// A click brings the window back; a recording goes on.
+// A click brings the window back. A recording goes on.
 void DRUI::trayiconActivated(QSystemTrayIcon::ActivationReason reason)
 {
     if (reason == QSystemTrayIcon::DoubleClick || reason == QSystemTrayIcon::Trigger) {
@@ -64,7 +64,7 @@ void DRUI::trayiconActivated(QSystemTrayIcon::ActivationReason reason)
     }
 }
 
-// With no recording running the first step starts one before the window closes; this is meant.
+// If no recording is running, the first step starts one before the window closes. This is intended.
 void DRUI::btnSlotMenuQuit()
 {
     btnSlotMenuStop();

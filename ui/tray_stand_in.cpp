@@ -17,8 +17,8 @@ TrayStandIn::TrayStandIn()
 void TrayStandIn::ShowWithoutTray()
 {
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
-        // A window without a size of its own would be sized after it was minimised, and mapped
-        // again: that restores it.
+        // Without an explicit size the window would be resized after it is minimised and mapped
+        // again, which restores it.
         setFixedSize(sizeHint());
         showMinimized();
     }
@@ -28,7 +28,7 @@ void TrayStandIn::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::WindowStateChange && isVisible() && !isMinimized()) {
-        // Later: the window manager is still busy with this change of state.
+        // Queued, because the window manager is still busy with the state change.
         QMetaObject::invokeMethod(this, "Activate", Qt::QueuedConnection);
     }
 }
@@ -36,9 +36,9 @@ void TrayStandIn::changeEvent(QEvent* event)
 void TrayStandIn::closeEvent(QCloseEvent* event)
 {
     if (qGuiApp->isSavingSession()) {
-        return; // must not keep the user from logging out
+        return; // must not prevent the user from logging out
     }
-    event->ignore(); // the handle on a recording stays
+    event->ignore(); // keep a way back to the recording
     Activate();
 }
 

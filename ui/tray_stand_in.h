@@ -3,9 +3,9 @@
 #include <QSystemTrayIcon>
 #include <QWidget>
 
-// A small minimised window in the task list that stands in for the tray icon while a recording
-// hides the main window on a desktop without a system tray: activating it does what a click on the
-// icon does, so Stop is always within reach.
+// A small minimised window in the task list that replaces the tray icon while a recording hides the
+// main window on a desktop without a system tray. Activating it does what a click on the icon does,
+// so Stop is always reachable.
 class TrayStandIn : public QWidget
 {
     Q_OBJECT
@@ -13,10 +13,10 @@ class TrayStandIn : public QWidget
 public:
     TrayStandIn();
 
-    /// Shows the window, minimised, where the desktop has no system tray.
+    /// Shows the window, minimised, if the desktop has no system tray.
     void ShowWithoutTray();
 
-    /// Raised, with the reason of a plain click, when the user activates or closes the window.
+    /// Emitted like a plain click on the icon when the user activates or closes the window.
     Q_SIGNAL void activated(QSystemTrayIcon::ActivationReason reason);
 
 protected:

@@ -8,8 +8,8 @@
 #include <QLineEdit>
 #include <QTableWidget>
 
-// What the cut and the merge page share: the row with the folder, the look of the tables, the bar
-// at the bottom, and the folder fields' reaction to being left.
+// Shared by the cut and merge pages: the row with the folder, the tables, the bar at the bottom,
+// and the folder fields' reaction to focus changes.
 
 QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, const char* slot)
 {
@@ -38,13 +38,13 @@ QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, c
     return row;
 }
 
-// A table of whole rows, one selected at a time, that cannot be edited.
+// A read-only table in which one whole row can be selected at a time.
 QTableWidget* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
 {
     auto* table = new VideoTable(page);
     table->setFont(CalibriFont(11));
     table->horizontalHeader()->setFont(CalibriFont(11));
-    table->setColumnCount(static_cast<int>(labels.size())); // measured in the header's font
+    table->setColumnCount(static_cast<int>(labels.size())); // uses the header's font
     table->setHorizontalHeaderLabels(labels);
     table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft);
     table->horizontalHeader()->setStretchLastSection(true);
@@ -52,7 +52,7 @@ QTableWidget* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setSelectionMode(QAbstractItemView::SingleSelection);
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    table->setWordWrap(false); // a name too long for its column would lose the time behind the date
+    table->setWordWrap(false); // a wrapped name would lose the time after the date
     return table;
 }
 
@@ -73,8 +73,8 @@ void DRUI::WatchFolderFields(bool watch)
     }
 }
 
-// Leaving a folder field reads its folder again, on whatever page, and for whatever reason the
-// field is left. Add is disabled with either field, which is meant.
+// Rescans a folder when its field loses focus, on any page and for any reason. Disables Add for
+// either field, which is intended.
 bool DRUI::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::FocusOut &&

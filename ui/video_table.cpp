@@ -17,7 +17,7 @@ void VideoTable::keyPressEvent(QKeyEvent* event)
         selectRow(currentRow());
         event->accept();
     }
-    // The row that was shown as selected would else not be the one that the page's buttons work on.
+    // Otherwise the buttons would not act on the row shown as selected.
     if (currentItem() != nullptr && (pressed || selectedIndexes() != selected)) {
         Q_EMIT itemClicked(currentItem());
     }

@@ -2,8 +2,8 @@
 
 #include <QTableWidget>
 
-// A table for which a key counts as much as the mouse: choosing a row with the arrow keys, or
-// pressing Space, Return or Enter on it, tells itemClicked(). Tab leaves the table.
+// A table in which the keyboard counts like the mouse: selecting a row with the arrow keys, or
+// pressing Space, Return or Enter on it, emits itemClicked(). Tab leaves the table.
 class VideoTable : public QTableWidget
 {
     Q_OBJECT
