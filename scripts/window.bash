@@ -1,12 +1,10 @@
-# The real program's window, pressed and looked at from outside; to be sourced after common.bash, within
-# scripts/virtual-desktop.
-# shellcheck shell=bash disable=SC2154,SC2317 # project; functions are called through WaitFor
+# Drives the real program's window from outside. Source it after common.bash, within scripts/virtual-desktop.
 
 title='^Lumenfold Screen Recorder$'
 started=()
 trap EndStarted EXIT
 
-# Each by its own number. ffplay may hang when its window and its sound go away at once.
+# By process id. ffplay may hang when its window and sound disappear at once.
 EndStarted() {
     local process
     kill "${started[@]}" 2>/dev/null || true
@@ -19,7 +17,7 @@ EndStarted() {
 Window() { xdotool search --onlyvisible --name "$title"; }
 WindowIsHidden() { ! Window; }
 
-# The window's inside, as x11grab wants it.
+# The window's content, grabbed with x11grab.
 Grab() {
     local x y
     x=$(xwininfo -id "$window" | awk '/Absolute upper-left X/ { print $NF }')
@@ -29,7 +27,7 @@ Grab() {
 }
 Look() { Grab -f md5 -; }
 
-# The window shows something else than before, and is not being drawn any more.
+# The window has changed and is not being painted any more.
 before=
 Changed() {
     local now
@@ -37,10 +35,10 @@ Changed() {
     [[ $now != "$before" && $now == "$(Look)" ]]
 }
 
-# Place WIDGET: one of scripts/ui-positions.
+# Place WIDGET: its position from scripts/ui-positions.
 Place() { awk -v name="$1" '$1 == name { print $2, $3 }' "$project/scripts/ui-positions"; }
 
-# Press X Y: in the window. The pointer leaves, so that nothing is lit by it.
+# Press X Y: clicks there. Then moves the pointer away, so that nothing is highlighted.
 Press() {
     before=$(Look)
     xdotool mousemove --window "$window" "$1" "$2" click 1 mousemove 0 799
@@ -61,7 +59,7 @@ PressBetween() {
     Press $((x + (end - x) * $3 / 100)) "$y"
 }
 
-# StartRecorder BIN_FOLDER: a copy, so that no settings of the user's lie beside it.
+# StartRecorder BIN_FOLDER: starts a copy, to avoid the user's settings.
 StartRecorder() {
     if [[ ! -d $LUMENFOLD_DESKTOP_FOLDER/bin ]]; then
         cp -r "$1" "$LUMENFOLD_DESKTOP_FOLDER/bin"
@@ -70,7 +68,7 @@ StartRecorder() {
     Launch "$LUMENFOLD_DESKTOP_FOLDER/bin/lumenfold-recorder" start
 }
 
-# Launch COMMAND...: what becomes the recorder; waits for its home page.
+# Launch COMMAND...: starts the recorder and waits for its home page.
 Launch() {
     "$@" &
     recorder=$!
@@ -82,8 +80,7 @@ Launch() {
     WaitFor 10 Changed || Fail "the home page does not come"
 }
 
-# What the computer plays becomes the sound of the recording: the second of the sources. On the record
-# page.
+# On the record page, chooses the second source, computer sounds.
 ChooseComputerSound() {
     PressAt record.audio
     WaitFor 10 Changed || Fail "the sound sources do not open"
@@ -92,7 +89,7 @@ ChooseComputerSound() {
     WaitFor 10 Changed || Fail "the sound source is not chosen"
 }
 
-# Something to see and to hear.
+# Shows and plays a test movie.
 PlayTestPicture() {
     ffplay -v quiet -f lavfi -left 40 -top 40 -window_title "Test picture" \
         "testsrc2=size=960x540:rate=30[out0];sine=frequency=440:beep_factor=4[out1]" &
@@ -101,27 +98,27 @@ PlayTestPicture() {
     WaitFor 10 PictureMoves || Say "No test picture: the recording shows an empty screen."
 }
 
-# Stop, in the menu of the tray icon; waits until the file is finished.
+# Chooses Stop in the tray menu and waits until the file is finished.
 StopInTray() {
     OurWindows() { xdotool search --onlyvisible --class '^lumenfold-recorder$'; }
     WaitFor 10 OurWindows || Fail "there is no tray icon"
     local icon menu WIDTH HEIGHT
-    icon=$(OurWindows) # the window itself is hidden
+    icon=$(OurWindows) # the main window is hidden
     xdotool mousemove --window "$icon" 10 10 click 3
     Menu() { OurWindows | grep -vx "$icon"; }
     WaitFor 10 Menu || Fail "the tray icon's menu does not open"
     menu=$(Menu)
     eval "$(xdotool getwindowgeometry --shell "$menu" | grep -E '^(WIDTH|HEIGHT)=[0-9]+$')"
-    xdotool mousemove --window "$menu" $((WIDTH / 2)) $((HEIGHT / 2)) click 1 # the second of three
+    xdotool mousemove --window "$menu" $((WIDTH / 2)) $((HEIGHT / 2)) click 1 # the second of three entries
     WaitFor 10 Window || Fail "the window does not come back"
     ToolHasEnded() { [[ -z $(cat "/proc/$recorder/task/$recorder/children") ]]; }
     WaitFor 20 ToolHasEnded || Fail "the file is not finished"
 }
 
-# Activate: the window manager may be between two active windows, which xdotool takes for a failure.
+# Activate: between two active windows xdotool reports a failure.
 Activate() { WaitFor 10 xdotool windowactivate --sync "$window" || Fail "the window does not become active"; }
 
-# CloseRecorder: as with the window's title bar; waits until the program has ended.
+# CloseRecorder: like the title bar's close button; waits until the program has ended.
 CloseRecorder() {
     Activate
     xdotool key alt+F4
