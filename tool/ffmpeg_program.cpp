@@ -16,21 +16,30 @@ namespace tool {
 
 namespace fs = std::filesystem;
 
+bool IsAbsolute(const std::string& path)
+{
+    return path.starts_with('/');
+}
+
 std::vector<std::string> FfmpegPlaces(const std::string& chosen, const std::string& ownDirectory,
                                       const std::string& path)
 {
-    if (!chosen.empty()) {
-        return {chosen};
-    }
     std::vector<std::string> places;
+    if (!chosen.empty()) {
+        if (IsAbsolute(chosen)) {
+            places.push_back(chosen);
+        }
+        return places;
+    }
     if (!ownDirectory.empty()) {
         places.push_back(ownDirectory + "/ffmpeg");
     }
     for (size_t at = 0; at <= path.size() && !path.empty();) {
         const size_t colon = std::min(path.find(':', at), path.size());
-        // An empty entry is the working directory.
-        const std::string directory = colon > at ? path.substr(at, colon - at) : ".";
-        places.push_back(directory + "/ffmpeg");
+        const std::string directory = path.substr(at, colon - at);
+        if (IsAbsolute(directory)) {
+            places.push_back(directory + "/ffmpeg");
+        }
         at = colon + 1;
     }
     return places;

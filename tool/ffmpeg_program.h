@@ -6,8 +6,12 @@
 
 namespace tool {
 
+// Whether the path does not depend on the working directory.
+bool IsAbsolute(const std::string& path);
+
 // The places to look at, best first: `chosen` alone when it is not empty, else "ffmpeg" in
-// `ownDirectory` and in each directory of `path` (divided by colons).
+// `ownDirectory` and in each directory of `path` (divided by colons). Relative paths and empty
+// entries are left out: the working directory can be anyone's, and so can a program in it.
 std::vector<std::string> FfmpegPlaces(const std::string& chosen, const std::string& ownDirectory,
                                       const std::string& path);
 

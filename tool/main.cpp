@@ -61,6 +61,17 @@ std::string NoScreenReason()
     return reason + ".";
 }
 
+std::string NoFfmpegReason()
+{
+    const std::string chosen = tool::Variable("LUMENFOLD_FFMPEG");
+    if (chosen.empty()) {
+        return "no ffmpeg is installed: neither beside this program nor in PATH";
+    }
+    return "LUMENFOLD_FFMPEG names " + chosen +
+           (tool::IsAbsolute(chosen) ? ", which is no program that can be run"
+                                     : ", which is not a full path");
+}
+
 std::vector<tool::SoundDevice> ReadSoundDevices()
 {
     const auto server = tool::ReadSoundServer(soundPatience);
@@ -269,12 +280,7 @@ int main(int count, char** values)
     }
     const std::string ffmpeg = tool::FindFfmpeg();
     if (ffmpeg.empty()) {
-        const std::string chosen = tool::Variable("LUMENFOLD_FFMPEG");
-        return Complain(chosen.empty() ? "no ffmpeg is installed: neither beside this program nor "
-                                         "in PATH"
-                                       : "LUMENFOLD_FFMPEG names " + chosen +
-                                             ", which is no program that can be run",
-                        noProgram);
+        return Complain(NoFfmpegReason(), noProgram);
     }
     if (request.kind == tool::RequestKind::Capture) {
         return Record(ffmpeg, arguments, request, recorder);

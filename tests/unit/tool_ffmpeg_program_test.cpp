@@ -13,6 +13,7 @@ class ToolFfmpegProgramTest : public QObject
 private slots:
     void chosenProgramIsTheOnlyPlace();
     void ownDirectoryComesBeforePath();
+    void placesInTheWorkingDirectoryAreLeftOut();
     void whatCannotBeRunIsPassedOver();
     void optionIsFoundInTheProgramFile_data();
     void optionIsFoundInTheProgramFile();
@@ -28,7 +29,17 @@ void ToolFfmpegProgramTest::ownDirectoryComesBeforePath()
     QVERIFY(tool::FfmpegPlaces("", "/own", "/a:/b") ==
             Places({"/own/ffmpeg", "/a/ffmpeg", "/b/ffmpeg"}));
     QVERIFY(tool::FfmpegPlaces("", "/own", "") == Places{"/own/ffmpeg"});
-    QVERIFY(tool::FfmpegPlaces("", "", "/a::/b") == Places({"/a/ffmpeg", "./ffmpeg", "/b/ffmpeg"}));
+}
+
+void ToolFfmpegProgramTest::placesInTheWorkingDirectoryAreLeftOut()
+{
+    QVERIFY(tool::FfmpegPlaces("", "/own", "/a::/b:") ==
+            Places({"/own/ffmpeg", "/a/ffmpeg", "/b/ffmpeg"}));
+    QVERIFY(tool::FfmpegPlaces("", "/own", ":bin:.:./bin:/a:..") ==
+            Places({"/own/ffmpeg", "/a/ffmpeg"}));
+    for (const char* chosen : {"ffmpeg", "./ffmpeg", "bin/ffmpeg"}) {
+        QVERIFY(tool::FfmpegPlaces(chosen, "/own", "/a").empty());
+    }
 }
 
 void ToolFfmpegProgramTest::whatCannotBeRunIsPassedOver()

@@ -15,6 +15,8 @@ private slots:
     void exitCodeAndInputAreFfmpegs();
     void withoutFfmpegOneLineAnd127();
     void chosenFfmpegThatIsMissingIsNamed();
+    void ffmpegInTheWorkingDirectoryIsNotRun_data();
+    void ffmpegInTheWorkingDirectoryIsNotRun();
     void listWithoutScreenAndSoundSaysWhy();
     void listNeedsNoPlaceToRememberIt();
     void recordingWithoutDisplayStartsNoFfmpeg();
@@ -28,6 +30,7 @@ private:
 
     std::unique_ptr<QTemporaryDir> m_folder;
     QProcessEnvironment m_environment;
+    QString m_directory; // the working directory; empty: this program's
     QByteArray m_output;
     QByteArray m_error;
 };
@@ -42,6 +45,7 @@ void ToolProgramTest::init()
                  "for a in \"$@\"; do printf '%s\\0' \"$a\"; done\ncat >&2\nexit 42\n");
     script.close();
     QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    m_directory.clear();
     m_environment = QProcessEnvironment::systemEnvironment();
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY"}) {
         m_environment.remove(QString::fromLatin1(name));
@@ -56,6 +60,7 @@ int ToolProgramTest::Run(const QStringList& arguments, const QByteArray& input)
 {
     QProcess process;
     process.setProcessEnvironment(m_environment);
+    process.setWorkingDirectory(m_directory);
     process.start(TOOL_PROGRAM, arguments);
     process.write(input);
     process.closeWriteChannel();
@@ -100,6 +105,37 @@ void ToolProgramTest::chosenFfmpegThatIsMissingIsNamed()
     QCOMPARE(Run({"-i", "a"}), 127);
     QCOMPARE(m_error.count('\n'), 1);
     QVERIFY2(m_error.contains("/no/such/program"), m_error);
+}
+
+void ToolProgramTest::ffmpegInTheWorkingDirectoryIsNotRun_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("chosen");
+    QTest::addColumn<QByteArray>("reason");
+    const QByteArray missing = "no ffmpeg is installed";
+    QTest::newRow("empty entry") << "/nowhere::/nowhere either" << QString() << missing;
+    QTest::newRow("the working directory's name") << "." << QString() << missing;
+    QTest::newRow("a folder in it") << "bin:/nowhere" << QString() << missing;
+    const QByteArray refused = "LUMENFOLD_FFMPEG names bin/ffmpeg, which is not a full path";
+    QTest::newRow("chosen") << "/usr/bin:/bin"
+                            << "bin/ffmpeg" << refused;
+}
+
+// What lies in the folder a recorder happens to be started in is not to be trusted.
+void ToolProgramTest::ffmpegInTheWorkingDirectoryIsNotRun()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, chosen);
+    QFETCH(QByteArray, reason);
+    const QString program = m_environment.value("LUMENFOLD_FFMPEG");
+    QVERIFY(QDir(m_folder->path()).mkdir("bin"));
+    QVERIFY(QFile::copy(program, m_folder->filePath("ffmpeg")));
+    QVERIFY(QFile::copy(program, m_folder->filePath("bin/ffmpeg")));
+    m_environment.insert("PATH", path);
+    m_environment.insert("LUMENFOLD_FFMPEG", chosen);
+    m_directory = m_folder->path();
+    QCOMPARE(Run({"-i", "a"}), 127);
+    QVERIFY2(m_error.contains(reason) && m_error.count('\n') == 1, m_error);
 }
 
 void ToolProgramTest::listWithoutScreenAndSoundSaysWhy()
