@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <optional>
 #include <poll.h>
 #include <sys/ipc.h>
 #include <sys/shm.h>
@@ -43,20 +44,31 @@ bool HasFourBytePixels(const xcb_setup_t* setup, uint8_t depth)
     return false;
 }
 
-bool HasBlueGreenRed(const xcb_screen_t* screen)
+bool HasMasks(const xcb_visualtype_t& visual, uint32_t red, uint32_t green, uint32_t blue)
+{
+    return visual._class == XCB_VISUAL_CLASS_TRUE_COLOR && visual.red_mask == red &&
+           visual.green_mask == green && visual.blue_mask == blue;
+}
+
+// Bits of each colour, 8 or 10, with blue in the lowest ones; nothing for any other pixels.
+std::optional<int> ColourBits(const xcb_screen_t* screen)
 {
     for (auto depth = xcb_screen_allowed_depths_iterator(screen); depth.rem > 0;
          xcb_depth_next(&depth)) {
         for (auto it = xcb_depth_visuals_iterator(depth.data); it.rem > 0;
              xcb_visualtype_next(&it)) {
-            if (it.data->visual_id == screen->root_visual) {
-                return it.data->_class == XCB_VISUAL_CLASS_TRUE_COLOR &&
-                       it.data->red_mask == 0xff0000 && it.data->green_mask == 0xff00 &&
-                       it.data->blue_mask == 0xff;
+            if (it.data->visual_id != screen->root_visual) {
+                continue;
+            }
+            if (HasMasks(*it.data, 0xff0000, 0xff00, 0xff)) {
+                return 8;
+            }
+            if (HasMasks(*it.data, 0x3ff00000, 0xffc00, 0x3ff)) {
+                return 10;
             }
         }
     }
-    return false;
+    return std::nullopt;
 }
 
 int MillisecondsUntil(SteadyTime time)
@@ -90,6 +102,7 @@ struct ScreenGrabber::Private
     xcb_shm_seg_t segment = 0;
     int rootWidth = 0;
     int rootHeight = 0;
+    int colourBits = 8;
     int refusals = 0;
 
     // Of the picture under way, then of the one taken last.
@@ -123,10 +136,14 @@ bool ScreenGrabber::Private::Connect(const std::string& display)
     const xcb_setup_t* setup = xcb_get_setup(connection);
     const xcb_screen_t* screen = FindScreen(setup, number);
     if (screen == nullptr || setup->image_byte_order != XCB_IMAGE_ORDER_LSB_FIRST ||
-        (screen->root_depth != 24 && screen->root_depth != 32) ||
-        !HasFourBytePixels(setup, screen->root_depth) || !HasBlueGreenRed(screen)) {
+        !HasFourBytePixels(setup, screen->root_depth)) {
         return false;
     }
+    const auto bits = ColourBits(screen);
+    if (!bits) {
+        return false;
+    }
+    colourBits = *bits;
     root = screen->root;
     rootWidth = screen->width_in_pixels;
     rootHeight = screen->height_in_pixels;
@@ -297,6 +314,9 @@ ScreenGrabber::Outcome ScreenGrabber::Grab(SteadyTime until)
         return goesOn ? Outcome::Waiting : Outcome::Lost;
     }
     m_p->refusals = 0;
+    if (m_p->colourBits == 10) {
+        NarrowColours(Picture());
+    }
     m_p->DrawMouse();
     return Outcome::Taken;
 }

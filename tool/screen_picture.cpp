@@ -24,6 +24,19 @@ int Half(int size)
 
 } // namespace
 
+void NarrowColours(const Pixels& picture)
+{
+    for (int y = 0; y < picture.height; ++y) {
+        uint8_t* row = picture.first + static_cast<ptrdiff_t>(y) * picture.stride;
+        for (int x = 0; x < picture.width; ++x) {
+            uint32_t pixel = 0;
+            std::memcpy(&pixel, row + static_cast<ptrdiff_t>(x) * 4, 4);
+            pixel = (pixel >> 6 & 0xff0000) | (pixel >> 4 & 0xff00) | (pixel >> 2 & 0xff);
+            std::memcpy(row + static_cast<ptrdiff_t>(x) * 4, &pixel, 4);
+        }
+    }
+}
+
 void DrawCursor(const CursorImage& cursor, const Pixels& picture)
 {
     const int left = std::max(0, -cursor.x);

@@ -26,6 +26,10 @@ struct CursorImage
     const uint32_t* pixels = nullptr;
 };
 
+// Turns pixels of 10 bits a colour (blue in the lowest ones, two bits without meaning on top) into
+// those of Pixels, in place. The lowest two bits of each colour are dropped.
+void NarrowColours(const Pixels& picture);
+
 // Draws the part of the cursor that is inside the image.
 void DrawCursor(const CursorImage& cursor, const Pixels& picture);
 

@@ -165,6 +165,8 @@ private slots:
     void mouseCursorIsInThePicture();
     void oneMonitorOfTwoIsRecordedAlone();
     void screenThatSharesNoMemoryIsRecorded();
+    void screenOfTenBitColoursIsRecorded_data();
+    void screenOfTenBitColoursIsRecorded();
     void screenOfOtherPixelsIsGrabbedByFfmpeg();
     void otherColoursThanTheUsualAreRecorded();
     void screenThatGoesLeavesAFinishedFile_data();
@@ -286,6 +288,52 @@ void ScreenGrabDesktopTest::screenThatSharesNoMemoryIsRecorded()
     const QByteArray picture = LastPicture(Path());
     QVERIFY2(IsColour(picture, 20, 20, kGround), "another colour in the upper left");
     QVERIFY2(IsColour(picture, kWidth - 20, kHeight - 20, kGround), "and in the lower right");
+}
+
+void ScreenGrabDesktopTest::screenOfTenBitColoursIsRecorded_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::newRow("in shared memory") << QStringList();
+    QTest::newRow("in the server's answers") << QStringList{"-extension", "MIT-SHM"};
+}
+
+// ffmpeg's own grab does not know such pixels.
+void ScreenGrabDesktopTest::screenOfTenBitColoursIsRecorded()
+{
+    QFETCH(QStringList, options);
+    OwnScreen screen(QStringList{"-screen", "0", "640x480x30"} + options);
+    QVERIFY2(screen.Good(), "no X server");
+    constexpr int mouseX = 600;
+    constexpr int mouseY = 400;
+    screen.ShowColour(kGround, mouseX, mouseY);
+    const QList<uint32_t> colours = {0xff0000, 0x00ff00, 0x0000ff, 0xffffff, 0, 0x804020, 0x7f7f7f};
+    constexpr int width = 64;
+    for (qsizetype i = 0; i < colours.size(); ++i) {
+        screen.Paint(static_cast<int>(i) * width, 0, width, kHeight, colours[i]);
+    }
+    Recording recording(screen, Path());
+    QVERIFY2(recording.WaitForPictures(30), qPrintable(recording.Text()));
+    QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
+    QCOMPARE(ReadRecording(Path()).fault, QString());
+    const QByteArray picture = LastPicture(Path());
+    QCOMPARE(picture.size(), qsizetype{3} * kWidth * kHeight);
+    for (qsizetype i = 0; i < colours.size(); ++i) {
+        for (const int y : {20, kHeight / 2, kHeight - 20}) {
+            const int x = static_cast<int>(i) * width + width / 2;
+            QVERIFY2(IsColour(picture, x, y, colours[i]),
+                     qPrintable(QString("%1, not %2, at %3, %4")
+                                    .arg(QString(picture.mid((y * kWidth + x) * 3, 3).toHex()),
+                                         QString::number(colours[i], 16))
+                                    .arg(x)
+                                    .arg(y)));
+        }
+    }
+    QVERIFY2(IsColour(picture, kWidth - 20, 20, kGround), "another colour on the right");
+    bool mouse = false;
+    for (int i = 0; i < 16; ++i) {
+        mouse = mouse || !IsColour(picture, mouseX + i / 2, mouseY + i, kGround);
+    }
+    QVERIFY2(mouse, "no cursor");
 }
 
 void ScreenGrabDesktopTest::screenOfOtherPixelsIsGrabbedByFfmpeg()

@@ -8,10 +8,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <vector>
 
 using tool::ConvertToYuv;
 using tool::DrawCursor;
+using tool::NarrowColours;
 using tool::Pixels;
 using tool::YuvBytes;
 
@@ -107,6 +109,7 @@ private slots:
     static void blackAndWhiteAreTheEndsOfTheRange();
     static void screenThatHasBecomeSmallerLeavesBlack();
     static void screenThatIsLargerIsCutOff();
+    static void tenBitsOfAColourBecomeEight();
     static void cursorCoversWhatLiesUnderIt();
     static void clearPartsOfACursorLetThePictureThrough();
     static void cursorAtAnEdgeIsCutOff_data();
@@ -184,6 +187,40 @@ void ToolScreenPictureTest::screenThatIsLargerIsCutOff()
     Canvas canvas(8, 8);
     canvas.Fill(255, 255, 255);
     QCOMPARE(Converted(canvas, 4, 2), QByteArray(8, '\xeb') + QByteArray(4, '\x80'));
+}
+
+void ToolScreenPictureTest::tenBitsOfAColourBecomeEight()
+{
+    struct Row
+    {
+        uint32_t ten;
+        QByteArray eight; // blue, green, red
+    };
+    const QList<Row> rows = {
+        {0, QByteArray(3, '\0')},
+        {0x3fffffff, QByteArray(3, '\xff')},
+        {0xffffffff, QByteArray(3, '\xff')}, // the upper two bits mean nothing
+        {0x3ff00000, QByteArray("\x00\x00\xff", 3)},
+        {0x000ffc00, QByteArray("\x00\xff\x00", 3)},
+        {0x000003ff, QByteArray("\xff\x00\x00", 3)},
+        {1U << 20 | 2U << 10 | 3U, QByteArray(3, '\0')}, // less than an eighth bit
+        {4U << 20 | 8U << 10 | 12U, QByteArray("\x03\x02\x01", 3)},
+        {0x123U << 20 | 0x2abU << 10 | 0x3deU, QByteArray("\xf7\xaa\x48", 3)},
+    };
+    const auto count = static_cast<int>(rows.size());
+    Canvas canvas(count, 2);
+    canvas.Fill(1, 2, 3);
+    for (int x = 0; x < count; ++x) {
+        std::memcpy(canvas.At(x, 1), &rows[x].ten, 4);
+    }
+    const std::vector<uint8_t> padding(canvas.At(count, 1), canvas.At(count, 1) + 20);
+    NarrowColours({canvas.At(0, 1), canvas.stride, count, 1});
+    for (int x = 0; x < count; ++x) {
+        QCOMPARE(canvas.Colour(x, 1).toHex(), rows[x].eight.toHex());
+        QCOMPARE(canvas.Colour(x, 0), QByteArray("\x01\x02\x03", 3));
+    }
+    QVERIFY2(std::equal(padding.begin(), padding.end(), canvas.At(count, 1)),
+             "something beside the picture was changed");
 }
 
 void ToolScreenPictureTest::cursorCoversWhatLiesUnderIt()

@@ -63,6 +63,7 @@ OwnScreen::OwnScreen(const QStringList& options)
     m_root = screen->root;
     m_nWidth = screen->width_in_pixels;
     m_nHeight = screen->height_in_pixels;
+    m_nDepth = screen->root_depth;
 }
 
 OwnScreen::~OwnScreen()
@@ -103,19 +104,31 @@ void OwnScreen::ShowPicture()
             const auto red = static_cast<uint32_t>(128 + 100 * std::sin(x * 0.01 + y * 0.003));
             const auto green = static_cast<uint32_t>(128 + 90 * std::sin(x * 0.004 - y * 0.01));
             const auto blue = static_cast<uint32_t>(128 + 80 * std::cos(y * 0.02));
-            row[static_cast<size_t>(x)] = print ? 0x202020 : red << 16 | green << 8 | blue;
+            row[static_cast<size_t>(x)] =
+                print ? Pixel(0x202020) : Pixel(red << 16 | green << 8 | blue);
         }
         xcb_put_image(m_pConnection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, context,
-                      static_cast<uint16_t>(m_nWidth), 1, 0, static_cast<int16_t>(y), 0, 24,
+                      static_cast<uint16_t>(m_nWidth), 1, 0, static_cast<int16_t>(y), 0, m_nDepth,
                       static_cast<uint32_t>(row.size() * 4),
                       reinterpret_cast<const uint8_t*>(row.data()));
     }
     Sync();
 }
 
+// Each colour's upper two bits stand for the lower two of its ten, so that white is white.
+uint32_t OwnScreen::Pixel(uint32_t colour) const
+{
+    const auto ten = [&](int shift) {
+        const uint32_t eight = colour >> shift & 0xff;
+        return eight << 2 | eight >> 6;
+    };
+    return m_nDepth == 30 ? ten(16) << 20 | ten(8) << 10 | ten(0) : colour;
+}
+
 void OwnScreen::ShowColour(uint32_t colour, int mouseX, int mouseY)
 {
-    xcb_change_window_attributes(m_pConnection, m_root, XCB_CW_BACK_PIXEL, &colour);
+    const uint32_t pixel = Pixel(colour);
+    xcb_change_window_attributes(m_pConnection, m_root, XCB_CW_BACK_PIXEL, &pixel);
     xcb_clear_area(m_pConnection, 0, m_root, 0, 0, 0, 0);
     // The server has no cursor until one is set.
     const xcb_font_t font = xcb_generate_id(m_pConnection);
@@ -133,7 +146,8 @@ void OwnScreen::ShowColour(uint32_t colour, int mouseX, int mouseY)
 void OwnScreen::Paint(int x, int y, int width, int height, uint32_t colour)
 {
     const xcb_gcontext_t context = xcb_generate_id(m_pConnection);
-    xcb_create_gc(m_pConnection, context, m_root, XCB_GC_FOREGROUND, &colour);
+    const uint32_t pixel = Pixel(colour);
+    xcb_create_gc(m_pConnection, context, m_root, XCB_GC_FOREGROUND, &pixel);
     const xcb_rectangle_t part{static_cast<int16_t>(x), static_cast<int16_t>(y),
                                static_cast<uint16_t>(width), static_cast<uint16_t>(height)};
     xcb_poly_fill_rectangle(m_pConnection, m_root, context, 1, &part);

@@ -36,6 +36,7 @@ public:
 
 private:
     void Sync();
+    uint32_t Pixel(uint32_t colour) const;
 
     QByteArray m_name;
     pid_t m_nServer = -1;
@@ -43,4 +44,5 @@ private:
     uint32_t m_root = 0;
     int m_nWidth = 0;
     int m_nHeight = 0;
+    uint8_t m_nDepth = 24;
 };
