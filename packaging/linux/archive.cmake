@@ -42,13 +42,13 @@ install(FILES "${LUMENFOLD_ICON_DRAWING}" DESTINATION share/icons/hicolor/scalab
 get_target_property(qmake Qt6::qmake IMPORTED_LOCATION)
 execute_process(COMMAND "${qmake}" -query QT_INSTALL_PLUGINS OUTPUT_VARIABLE qt_plugins
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-# The library that `tool` loads by name.
+# The library that `tool` loads by name; libyuv is linked into it.
 find_library(LUMENFOLD_PULSE_LIBRARY pulse REQUIRED)
 install(
   CODE "execute_process(
     COMMAND \"${CMAKE_CURRENT_SOURCE_DIR}/linux/collect\" \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\"
       \"${LUMENFOLD_BIN_DIR}\" \"${qt_plugins}\" \"${LUMENFOLD_PACKAGE_FFMPEG}\"
-      \"${LUMENFOLD_PULSE_LIBRARY}\"
+      \"${LUMENFOLD_PULSE_LIBRARY}\" \"${LIBYUV_LIBRARY}\"
     COMMAND_ERROR_IS_FATAL ANY)")
 
 set(CPACK_GENERATOR TGZ)
