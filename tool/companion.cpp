@@ -17,8 +17,8 @@ extern "C" void PassEndOn(int)
     }
 }
 
-// Whoever waits for the end of ffmpeg's output must not wait for us. What is kept moves to the
-// first numbers after the standard ones.
+// Closes everything else, because readers of ffmpeg's output must not wait for a companion. Moves
+// the kept descriptors to the first numbers after the standard ones.
 std::vector<int> CloseAllBut(const std::vector<int>& kept)
 {
     constexpr int first = STDERR_FILENO + 1;
@@ -26,7 +26,7 @@ std::vector<int> CloseAllBut(const std::vector<int>& kept)
     std::vector<int> moved;
     moved.reserve(kept.size());
     for (const int one : kept) {
-        moved.push_back(fcntl(one, F_DUPFD, end)); // out of the others' way first
+        moved.push_back(fcntl(one, F_DUPFD, end)); // move it out of the way first
     }
     for (int i = first; i < end; ++i) {
         int& one = moved[static_cast<size_t>(i - first)];
@@ -72,14 +72,14 @@ void PassEndSignalsTo(pid_t parent)
 bool StartCompanion(const std::vector<int>& kept,
                     const std::function<void(const std::vector<int>&)>& run)
 {
-    // ffmpeg knows nothing of its companions and waits for none: the kernel clears away those that
-    // end before it. This outlives the exec.
+    // ffmpeg does not know its companions and waits for none. This lets the kernel reap those that
+    // exit before it, and survives the exec.
     std::signal(SIGCHLD, SIG_IGN);
     const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0) {
-        // A Ctrl-C in a terminal goes to ffmpeg as well: it finishes the file, and needs us until
-        // it has.
+        // Ctrl-C in a terminal goes to ffmpeg too, which finishes the file and needs its companions
+        // until then.
         for (const int signal : {SIGINT, SIGQUIT, SIGPIPE}) {
             std::signal(signal, SIG_IGN);
         }

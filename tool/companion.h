@@ -6,11 +6,11 @@
 
 namespace tool {
 
-// Starts a child process that lives beside ffmpeg, since this process becomes ffmpeg, and ends with
-// it at the latest. Of all that is open it has `kept` alone, under other numbers that `run` is
-// given in the same order. Signals from a terminal and SIGTERM do not end it, see
-// PassEndSignalsTo. From then on no child of this process leaves an exit code behind. False, with
-// errno, when there can be no child.
+// Starts a child process that runs beside ffmpeg, which this process becomes, and ends with it at
+// the latest. Of the open descriptors it has only `kept`, with other numbers, which `run` gets in
+// the same order. Signals from a terminal and SIGTERM do not end it, see PassEndSignalsTo(). From
+// then on, children of this process leave no exit code. Returns false, with errno, if there can be
+// no child.
 bool StartCompanion(const std::vector<int>& kept,
                     const std::function<void(const std::vector<int>&)>& run);
 

@@ -21,13 +21,12 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int lookMs = 20;    // how often the file is looked at
-constexpr int signalMs = 100; // how often ffmpeg's signals are
+constexpr int lookMs = 20;    // interval for checking the file
+constexpr int signalMs = 100; // interval for checking ffmpeg's signals
 constexpr const char* quit = "q";
-constexpr int mostAttempts = 100; // child processes started, one after another
+constexpr int mostAttempts = 100; // child processes started in turn
 
-// The file that ffmpeg writes. It is opened as soon as it is there, for it or its folder may be
-// moved meanwhile.
+// The file that ffmpeg writes. Opened as soon as it exists, because it or its folder may be moved.
 class Recording
 {
 public:
@@ -55,7 +54,7 @@ private:
     int m_file = -1;
 };
 
-// What is typed next; nothing at the end of the keyboard.
+// Reads the next keys. Returns an empty string at the end of input.
 std::string ReadKeys(int input)
 {
     std::array<char, 256> keys{};
@@ -65,12 +64,12 @@ std::string ReadKeys(int input)
 
 struct Keyboard
 {
-    int input;  // what is typed
-    int output; // what ffmpeg reads
+    int input;  // the recorder's keys
+    int output; // ffmpeg's standard input
     pid_t ffmpeg;
 };
 
-// Returns when ffmpeg has gone, or after the "q" for the end of the input.
+// Returns when ffmpeg is gone, or after the "q" for the end of input.
 void PassKeysOn(Keyboard keyboard, Recording recording, std::chrono::milliseconds patience)
 {
     const auto end = Clock::now() + patience;
@@ -86,7 +85,7 @@ void PassKeysOn(Keyboard keyboard, Recording recording, std::chrono::millisecond
         if (ends[0].revents != 0) {
             const std::string typed = ReadKeys(keyboard.input);
             keys += typed.empty() ? quit : typed;
-            keyboard.input = typed.empty() ? -1 : keyboard.input; // poll() passes over it
+            keyboard.input = typed.empty() ? -1 : keyboard.input; // poll() ignores it
         }
         if (!endIsSeen && IsEndAsked(keyboard.ffmpeg)) {
             endIsSeen = true;
@@ -102,8 +101,8 @@ void PassKeysOn(Keyboard keyboard, Recording recording, std::chrono::millisecond
     }
 }
 
-// Runs it in a child process, and starts another one if that is killed. The child also survives
-// this process, so keys are lost only if both are killed at once.
+// Runs it in a child process, and starts another one if that is killed. The child survives this
+// process too, so keys are lost only if both are killed at once.
 void RunGuarded(const std::function<void()>& run)
 {
     std::signal(SIGCHLD, SIG_DFL); // for waitpid()

@@ -82,7 +82,7 @@ bool KnowsOption(const std::string& program, const std::string& option)
     if (bytes == MAP_FAILED) {
         return false;
     }
-    // As a text of its own: it ends with a zero byte and begins after one.
+    // As a complete string, between two zero bytes.
     const std::string text = std::string(1, '\0') + option + std::string(1, '\0');
     const bool isScript = size >= 2 && std::memcmp(bytes, "#!", 2) == 0;
     const bool found = !isScript && memmem(bytes, size, text.data(), text.size()) != nullptr;

@@ -6,12 +6,12 @@
 
 namespace tool {
 
-// Whether the path does not depend on the working directory.
+// Whether the path is independent of the working directory.
 bool IsAbsolute(const std::string& path);
 
-// The places to look at, best first: `chosen` alone when it is not empty, else "ffmpeg" in
-// `ownDirectory` and in each directory of `path` (divided by colons). Relative paths and empty
-// entries are left out: the working directory can be anyone's, and so can a program in it.
+// The places to look for ffmpeg, best first: `chosen` if it is not empty, else "ffmpeg" in
+// `ownDirectory` and in each directory of `path` (separated by colons). Leaves out relative paths
+// and empty entries, because anybody could put a program into the working directory.
 std::vector<std::string> FfmpegPlaces(const std::string& chosen, const std::string& ownDirectory,
                                       const std::string& path);
 

@@ -18,10 +18,10 @@ namespace {
 
 constexpr int parentEnded = SIGUSR1;
 constexpr timespec untilOpened{0, 20000000};
-constexpr timespec interval{0, 250000000}; // half as long as a piece
+constexpr timespec interval{0, 250000000}; // half the length of a fragment
 
-// The recording, held open from when ffmpeg is seen to have it open: it may be moved meanwhile, and
-// a file of that name which ffmpeg does not write is somebody else's.
+// The recording, held open from the moment ffmpeg has it open: it may be moved, and a file of that
+// name which ffmpeg does not write belongs to somebody else.
 class Recording
 {
 public:
@@ -29,7 +29,7 @@ public:
 
     bool IsOpen() const { return m_file >= 0; }
 
-    // Makes the disk have what was written since the last time; the name of a new file as well.
+    // Flushes what was written since the last call to disk, including the name of a new file.
     void Sync()
     {
         if (!IsOpen() && !Open()) {
@@ -54,7 +54,7 @@ private:
 
     std::string m_path;
     pid_t m_writer;
-    int m_file = -1; // open until this process ends
+    int m_file = -1; // open until this process exits
     off_t m_synced = 0;
 };
 
@@ -85,7 +85,7 @@ bool Recording::Open()
     return IsOpen();
 }
 
-// The loop ends only with ffmpeg: the signal that announces its end can be sent by anybody.
+// The loop ends only with ffmpeg, because anybody can send the signal that announces its end.
 void Keep(Recording recording, pid_t ffmpeg, bool watchesSignals)
 {
     std::signal(SIGXFSZ, SIG_IGN);
@@ -97,7 +97,7 @@ void Keep(Recording recording, pid_t ffmpeg, bool watchesSignals)
     while (getppid() == ffmpeg) {
         recording.Sync();
         if (watchesSignals && IsEndAsked(ffmpeg)) {
-            watchesSignals = false; // a second SIGTERM makes it drop what it has not written
+            watchesSignals = false; // a second SIGTERM makes ffmpeg drop unwritten data
             kill(ffmpeg, SIGTERM);
         }
         sigtimedwait(&signals, nullptr, recording.IsOpen() ? &interval : &untilOpened);

@@ -1,15 +1,15 @@
-// The process that looks after a recording's file while ffmpeg writes it.
+// The process that looks after the file of a recording while ffmpeg writes it.
 #pragma once
 
 #include <string>
 
 namespace tool {
 
-// Starts it as a child of this process, which is to become ffmpeg. It makes the disk have each
-// piece that ffmpeg has written; when ffmpeg has ended, in whatever way, it makes an ordinary movie
-// of the file, and ends itself. Nobody waits for it. A file that ffmpeg does not open for itself is
-// left alone. With `watchesSignals` it also sends ffmpeg a SIGTERM when a signal asks for the end
-// (see end_signal.h). Returns false if it cannot be started.
+// Starts it as a child of this process, which then becomes ffmpeg. It flushes each fragment to
+// disk. When ffmpeg has ended, for whatever reason, it settles the file and exits. Nobody waits for
+// it. It leaves a file alone that ffmpeg has not opened. With `watchesSignals` it also sends ffmpeg
+// a SIGTERM when a signal asks for the end (see end_signal.h). Returns false if it cannot be
+// started.
 bool StartKeeper(const std::string& path, bool watchesSignals);
 
 } // namespace tool

@@ -1,9 +1,9 @@
-// `tool`: the stock ffmpeg behind the capture interface that the recorder speaks. Lists the devices
-// and tells the duration of an undoubtful MP4 itself; for all else it translates the arguments and
-// becomes ffmpeg.
+// `tool`: the stock ffmpeg behind the macOS capture interface that the recorder uses. Lists devices
+// and reads the duration of ordinary MP4s itself. For everything else it translates the arguments
+// and becomes ffmpeg.
 //
-// Exit codes of its own: 1 for a list or a duration (as ffmpeg, which ends either with an error)
-// and for a device that does not exist, 127 when there is no ffmpeg.
+// Its own exit codes: 1 for a list or a duration (like ffmpeg, which ends both with an error) and
+// for a device that does not exist; 127 if there is no ffmpeg.
 #include "tool/arguments.h"
 #include "tool/ask_child.h"
 #include "tool/conversion.h"
@@ -104,18 +104,19 @@ int PrintListing()
     return failed;
 }
 
-// The sound library refuses to work on both sides of a fork, so a process of its own asks.
+// libpulse does not work on both sides of a fork, so a child process asks.
 std::vector<std::string> AskForSources()
 {
     const std::string answer = tool::AskChild([](int output) {
         const std::string text = tool::RememberedText({}, SourcesOf(ReadSoundDevices()));
-        // A pipe holds far more than the names of all sources.
+        // A pipe has room for far more than all names.
         [[maybe_unused]] const ssize_t written = write(output, text.data(), text.size());
     });
     return tool::ParseRemembered(answer, {}).value_or(std::vector<std::string>());
 }
 
-// The sources' names; nothing after a complaint about a number that is not in the list.
+// Returns the names of the sources. Returns nothing, after a message, if a number is not in the
+// list.
 std::optional<std::vector<std::string>> ResolveSources(const std::vector<int>& indices)
 {
     const auto recalled = tool::RecallDevices();
@@ -141,7 +142,7 @@ int Become(const std::string& ffmpeg, const tool::Arguments& arguments)
     return Complain(ffmpeg + " cannot be run: " + std::strerror(errno), noProgram);
 }
 
-// The pipe of the pictures; nothing where ffmpeg had better grab them itself.
+// Returns the frame pipe, or nothing if ffmpeg should grab the screen itself.
 std::optional<int> StartPictures(const tool::CapturePlan& plan, const tool::Arguments& arguments,
                                  tool::RecordingStart* start)
 {
@@ -173,8 +174,8 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
         return failed;
     }
     plan.knowsStatsPeriod = tool::KnowsOption(ffmpeg, "stats_period");
-    // Should the recorder die, nobody would stop ffmpeg: this signal makes it finish the file. It
-    // survives the exec.
+    // If the recorder dies, nothing else would stop ffmpeg. This signal makes it finish the file,
+    // and survives the exec.
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (getppid() != recorder) {
         return failed; // it has died already
@@ -185,8 +186,7 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     tool::RecordingStart* start = tool::RecordingStart::Make();
     plan.screenPipe = StartPictures(plan, arguments, start);
     if (!sources->empty()) {
-        // A picture feeder that is given up ends before the recording does: it must not end the
-        // sound.
+        // A screen feeder that was given up exits early. It must not end the sound.
         const int pipe = tool::StartSoundFeeder(
             {*sources, tool::SampleRate(arguments), plan.screenPipe ? start : nullptr});
         if (pipe < 0) {
@@ -197,7 +197,7 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     if (passesKeys || keepsFile) {
         tool::KeepEndSignals();
     } else {
-        std::signal(SIGHUP, SIG_IGN); // nothing watches for it; PR_SET_PDEATHSIG still ends it
+        std::signal(SIGHUP, SIG_IGN); // nothing handles it; PR_SET_PDEATHSIG still works
     }
     return Become(ffmpeg, tool::TranslateCapture(arguments, plan));
 }
@@ -208,7 +208,7 @@ std::optional<tool::Movie> Look(const std::string& path)
     return tool::ReadMovie(file);
 }
 
-// A cut from behind the end is left as it is: sought, it would give the last pictures.
+// A cut that starts after the end is passed on unchanged: seeking would give the last frames.
 bool BeginsInside(const tool::Cut& cut)
 {
     constexpr int64_t second = 1000000;
@@ -217,8 +217,8 @@ bool BeginsInside(const tool::Cut& cut)
            cut.start < (*movie->duration + second - 1) / second;
 }
 
-// What fits together is copied. All else is encoded anew, by an ffmpeg that opens every part before
-// it begins: it goes on to the end when they are deleted meanwhile.
+// Copies parts that fit together and re-encodes others. The encoding ffmpeg opens all parts before
+// it starts, so it finishes even if they are deleted meanwhile.
 int JoinParts(const std::string& ffmpeg, const tool::Arguments& arguments, const tool::Join& join)
 {
     if (join.parts.empty() || tool::CanBeCopied(join)) {
@@ -232,7 +232,7 @@ int JoinParts(const std::string& ffmpeg, const tool::Arguments& arguments, const
     const std::string answer = tool::Ask(ffmpeg, question);
     const auto parts = tool::ParseDescriptions(answer);
     if (parts.size() != join.parts.size()) {
-        // It says itself which part it cannot read.
+        // ffmpeg's output says which part it cannot read.
         std::fwrite(answer.data(), 1, answer.size(), stderr);
         return failed;
     }

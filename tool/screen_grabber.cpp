@@ -50,7 +50,8 @@ bool HasMasks(const xcb_visualtype_t& visual, uint32_t red, uint32_t green, uint
            visual.green_mask == green && visual.blue_mask == blue;
 }
 
-// Bits of each colour, 8 or 10, with blue in the lowest ones; nothing for any other pixels.
+// The bits per colour, 8 or 10, with blue in the lowest bits. Returns nothing for other pixel
+// formats.
 std::optional<int> ColourBits(const xcb_screen_t* screen)
 {
     for (auto depth = xcb_screen_allowed_depths_iterator(screen); depth.rem > 0;
@@ -98,20 +99,20 @@ struct ScreenGrabber::Private
     xcb_connection_t* connection = nullptr;
     xcb_window_t root = 0;
     Rectangle area;
-    uint8_t* memory = nullptr; // shared with the server; none: pictures come in its answers
+    uint8_t* memory = nullptr; // shared with the server; null: images come in replies
     xcb_shm_seg_t segment = 0;
     int rootWidth = 0;
     int rootHeight = 0;
     int colourBits = 8;
     int refusals = 0;
 
-    // Of the picture under way, then of the one taken last.
+    // For the image being grabbed, then for the last one.
     bool asked = false;
     int width = 0;
     int height = 0;
     unsigned int imageRequest = 0; // 0: answered
     unsigned int cursorRequest = 0;
-    Owned<xcb_get_image_reply_t> image; // where memory is not shared
+    Owned<xcb_get_image_reply_t> image; // if memory is not shared
     Owned<xcb_xfixes_get_cursor_image_reply_t> cursor;
     bool refused = false;
 
@@ -154,7 +155,7 @@ bool ScreenGrabber::Private::Connect(const std::string& display)
     return version != nullptr;
 }
 
-// A server on another machine, or one shut off from our memory, refuses or does not know how.
+// A server on another machine or without access to our memory refuses or lacks the extension.
 void ScreenGrabber::Private::ShareMemory()
 {
     if (!HasExtension(connection, &xcb_shm_id)) {
@@ -170,7 +171,7 @@ void ScreenGrabber::Private::ShareMemory()
     segment = xcb_generate_id(connection);
     const Owned<xcb_generic_error_t> error(xcb_request_check(
         connection, xcb_shm_attach_checked(connection, segment, static_cast<uint32_t>(id), 0)));
-    shmctl(id, IPC_RMID, nullptr); // it goes with its last user
+    shmctl(id, IPC_RMID, nullptr); // deleted with its last user
     if (reinterpret_cast<intptr_t>(address) == -1) {
         return;
     }
@@ -213,7 +214,7 @@ void ScreenGrabber::Private::Ask()
     asked = true;
 }
 
-// True when both answers are there.
+// Returns true when both replies have arrived.
 bool ScreenGrabber::Private::PollAnswers()
 {
     void* reply = nullptr;
@@ -308,7 +309,7 @@ ScreenGrabber::Outcome ScreenGrabber::Grab(SteadyTime until)
         return Outcome::Lost;
     }
     if (m_p->refused) {
-        // A screen that has just become smaller: what remains of it is asked for next.
+        // The screen has just shrunk: the next request asks for what remains.
         constexpr int patience = 10;
         const bool goesOn = m_p->ReadSize() && ++m_p->refusals < patience;
         return goesOn ? Outcome::Waiting : Outcome::Lost;

@@ -19,8 +19,8 @@ public:
         Lost,    // the server is gone or refuses
     };
 
-    // Nothing where this way does not work: no display, no XFixes, or pixels
-    // other than four bytes with 8 or 10 bits a colour and blue in the lowest ones.
+    // Returns nothing if this does not work: no display, no XFixes, or pixels other than four bytes
+    // with 8 or 10 bits per colour and blue in the lowest bits.
     static std::unique_ptr<ScreenGrabber> Open(const std::string& display, Rectangle area);
 
     ScreenGrabber(const ScreenGrabber&) = delete;

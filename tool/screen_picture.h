@@ -26,8 +26,8 @@ struct CursorImage
     const uint32_t* pixels = nullptr;
 };
 
-// Turns pixels of 10 bits a colour (blue in the lowest ones, two bits without meaning on top) into
-// those of Pixels, in place. The lowest two bits of each colour are dropped.
+// Converts pixels with 10 bits per colour (blue in the lowest bits, two unused bits on top) to
+// those of Pixels, in place, dropping the lowest two bits of each colour.
 void NarrowColours(const Pixels& picture);
 
 // Draws the part of the cursor that is inside the image.
