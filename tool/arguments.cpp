@@ -291,7 +291,7 @@ Request ReadRequest(const Arguments& arguments)
         if (!name) {
             request.kind = RequestKind::Malformed;
             request.error = "\"" + *section.input +
-                            "\" is no capture device: SCREEN or SCREEN:AUDIO, both numbers, "
+                            "\" is not a capture device: SCREEN or SCREEN:AUDIO, both numbers, "
                             "is expected";
             return request;
         }
