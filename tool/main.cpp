@@ -68,7 +68,7 @@ std::string NoFfmpegReason()
         return "no ffmpeg is installed: neither beside this program nor in PATH";
     }
     return "LUMENFOLD_FFMPEG names " + chosen +
-           (tool::IsAbsolute(chosen) ? ", which is no program that can be run"
+           (tool::IsAbsolute(chosen) ? ", which is not an executable file"
                                      : ", which is not a full path");
 }
 
