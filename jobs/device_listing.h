@@ -17,7 +17,7 @@ struct AudioChoice
 
 struct DeviceListing
 {
-    char screen = 0; // first digit of the screen's index; 0 when no screen is listed
+    char screen = 0; // first digit of the screen's index; 0 if no screen is listed
     int microphone = -1;
     int sound = -1;               // computer sounds; both are -1 if there is no such device
     QVector<AudioChoice> choices; // in display order

@@ -21,7 +21,7 @@ std::string FindDuration(const QString& output)
 long long DurationSeconds(const QString& text)
 {
     const QStringList fields = text.split(':');
-    // What an int does not hold is no number of hours, and its seconds might not fit.
+    // A number of hours that does not fit into an int is invalid, and its seconds might overflow.
     return fields.value(0).toInt() * 3600LL + fields.value(1).toInt() * 60LL +
            fields.value(2).toInt();
 }

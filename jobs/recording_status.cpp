@@ -37,7 +37,7 @@ QString RecordingFailure(int result)
 QString StartFailure(bool started, const QString& processError, bool finishing)
 {
     if (!started) {
-        // "execvp: No such file or directory" tells the user less than which file.
+        // "execvp: No such file or directory" does not say which file.
         return "tool: " + processError.section(": ", -1);
     }
     return finishing ? "the recording before it was still being finished" : QString();

@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 constexpr const char* firstWords = "server ";
 constexpr const char* anyone = "devices";
 
-// A directory that no one else can write to; empty when there is none.
+// A directory that nobody else can write to, or empty if there is none.
 fs::path OwnDirectory()
 {
     fs::path directory;

@@ -17,10 +17,9 @@ struct FeederPlan
     RecordingStart* start = nullptr;  // of the pictures, if a process beside ffmpeg takes them
 };
 
-// Starts it as a child of this process, which is to become ffmpeg. Returns the descriptor ffmpeg
-// shall read s16le stereo from (it survives the exec), or -1 with errno. The child ends when the
-// other side of that pipe is closed or the pictures have ended, and at the latest with this
-// process.
+// Starts it as a child of this process, which then becomes ffmpeg. Returns the descriptor for
+// ffmpeg to read s16le stereo from (it survives the exec), or -1 with errno. The child exits when
+// the pipe is closed or the frames end, and at the latest with this process.
 int StartSoundFeeder(const FeederPlan& plan);
 
 } // namespace tool

@@ -11,10 +11,10 @@
 #include <utility>
 
 namespace {
-// A listing has some kilobytes; what a tool run wild prints beyond this is dropped.
+// A listing has a few kilobytes. Output of a broken tool beyond this is dropped.
 constexpr qsizetype kMostDeviceText = 1 << 24;
 
-// The fonts of the pages; whoever asks for a measure of a font first waits until it is read.
+// Loads the fonts of the pages. Measuring text waits until its font is loaded.
 void LoadFonts()
 {
     const auto [normal, bold] = std::pair{QFont::Normal, QFont::Bold};
@@ -30,7 +30,7 @@ void DRUI::get_audiodevice_name()
 {
     m_strDevInfo.clear();
     StartTool(*m_pDevProcess, DeviceListCommand(ToolPrefix()));
-    LoadFonts(); // the tool takes as long, and needs another processor
+    LoadFonts(); // the tool takes as long, on another processor
     m_pDevProcess->waitForFinished(kToolWaitMs);
 
     const DeviceListing listing = ParseDeviceListing(m_strDevInfo);

@@ -208,7 +208,7 @@ private slots:
     void picturesEndWithTheirReader();
     void noPicturesWithoutAScreen();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     // Never freed: other processes have it too.
     RecordingStart* m_pStart = nullptr;
 };

@@ -1,5 +1,5 @@
-// Sound against picture in the file: a flash and a beep that are seen and heard at the same moment
-// are looked for in recordings by `tool`.
+// Audio and video sync: finds flashes and beeps, which are shown and played at the same moment, in
+// recordings by `tool`.
 #include "tests/support/recording_file.h"
 #include "tests/support/test_pattern_process.h"
 #include "tests/support/tool_take.h"
@@ -15,14 +15,14 @@ namespace {
 
 constexpr double kMostOffset = 50; // ms
 constexpr int kFewestPairs = 5;
-constexpr auto kFlashDistance = "0.6"; // seconds: tells up to 300 ms early from late
+constexpr auto kFlashDistance = "0.6"; // seconds; distinguishes up to 300 ms early from late
 
 struct Source
 {
-    QString name;   // the server's
-    QString output; // where a beep is played that it hears
+    QString name;   // the server's name of a source
+    QString output; // an output whose sound it hears
     int hertz;
-    int y; // of the pattern that flashes with it
+    int y; // of the pattern that flashes at the same time
 };
 
 const Source kSpeaker{"speaker.monitor", "speaker", 1000, 0};
@@ -35,7 +35,7 @@ QStringList PatternOptions(const Source& source)
             "--beep",     QString("%1@%2").arg(source.hertz).arg(source.output)};
 }
 
-// Somebody else who listens: the server takes seconds to begin with a source that nobody heard.
+// Another listener: the server takes seconds to start a source nobody has used yet.
 class Listener
 {
 public:
@@ -52,7 +52,7 @@ public:
         m_process.waitForFinished();
     }
 
-    // Whether it has heard a second.
+    // Whether it has received a second of sound.
     bool IsAwake()
     {
         m_nHeard += m_process.readAll().size();
@@ -103,7 +103,7 @@ private slots:
     void soundOfTheSecondMonitorLiesWhereItsPictureSays();
     void soundIsAsLongAsThePictureWhereFfmpegGrabsTheScreen();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     QString Record(const QString& devices, const QStringList& environment = {});
 
     TestPatternProcess m_first{PatternOptions(kSpeaker)};
@@ -130,7 +130,7 @@ void SoundInStepTest::init()
              list.error);
 }
 
-// Some seconds of these devices; the path of the file, empty after a failure.
+// Records these devices for a few seconds. Returns the path of the file, or empty on failure.
 QString SoundInStepTest::Record(const QString& devices, const QStringList& environment)
 {
     QString path = m_folder->filePath("recording.mp4");
@@ -157,7 +157,7 @@ void SoundInStepTest::eachOfBothSoundsLiesWhereItsPictureSays()
     ExpectInStep(Report(path, kMicrophone), "microphone");
 }
 
-// Its picture begins where the second pattern does.
+// Its picture starts at the second pattern.
 void SoundInStepTest::soundOfTheSecondMonitorLiesWhereItsPictureSays()
 {
     const QStringList monitor{"--setmonitor", "second",
@@ -174,8 +174,8 @@ void SoundInStepTest::soundOfTheSecondMonitorLiesWhereItsPictureSays()
     ExpectInStep(report, "microphone");
 }
 
-// As on a machine that is so busy that nobody waits for the first picture any longer. The process
-// that was to grab the screen comes later, finds nobody to read, and ends.
+// As on a machine so busy that `tool` no longer waits for the first frame. The screen grabber comes
+// later, finds no reader and exits.
 void SoundInStepTest::soundIsAsLongAsThePictureWhereFfmpegGrabsTheScreen()
 {
     QVERIFY2(QFile::exists(LATE_GRABBER_PRELOAD), "the library that keeps the grabber is missing");

@@ -80,7 +80,7 @@ private slots:
     void fullDiskLeavesWhatHadRoom();
     void volumeFilledByAnotherProgramLeavesWhatHadRoom();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     QString Path(const QString& name) const { return m_folder.filePath(name); }
     int ShownNow() const { return static_cast<int>(m_time.elapsed() * kRate / 1000); }
     Moment Now(const Take& take) const { return {ShownNow(), take.Taken()}; }

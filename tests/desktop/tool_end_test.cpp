@@ -58,7 +58,7 @@ private slots:
     void stopWorksWhateverHelperIsKilled();
     void keeperSettlesNothingBeforeTheEnd();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     struct Case
     {
         QByteArray name;

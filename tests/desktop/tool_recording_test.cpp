@@ -31,7 +31,7 @@ private slots:
     void quitBeforeTheFirstPictureStillGivesAPicture();
     void quitAsSoonAsFfmpegAsksForKeysStillGivesAPicture();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 

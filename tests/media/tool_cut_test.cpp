@@ -30,7 +30,7 @@ private slots:
     void cutOfNoLengthIsLeftToFfmpeg();
     void nothingIsEncodedAgain();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     QString Path(const QString& name) const { return m_folder.filePath(name); }
     void Make(const QString& name, const QStringList& inputs, const QStringList& more);
     // Cuts with the recorder's command line and returns the path of the result.

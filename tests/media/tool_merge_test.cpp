@@ -31,7 +31,7 @@ private slots:
     void emptyListFails();
     void quitStopsTheJoin();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     QString Path(const QString& name) const { return m_folder.filePath(name); }
     void Make(const QString& name, const QStringList& inputs, const QStringList& more);
     // The recorder's first stage. Returns the name of the intermediate.

@@ -29,7 +29,7 @@ private slots:
     void noDamageReadsMuchOrCrashes();
     void pipesAreNotWaitedFor();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     QString Path(const QString& name) const { return m_folder.filePath(name); }
     // Makes a movie and reports a failure. `more`: options before the name.
     void Make(const QString& name, const QStringList& inputs, const QStringList& more);

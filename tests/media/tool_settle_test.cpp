@@ -33,7 +33,7 @@ private slots:
     void fullDiskLeavesTheMovieAsItWas();
     void fullDiskLeavesATornMovieWithoutItsEnd();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     QString Path(const QString& name) const { return m_folder.filePath(name); }
     QString InPieces(const QString& name) const { return Path("pieces of " + name); }
     void Make(const QString& name, const QStringList& arguments);

@@ -19,7 +19,7 @@ private slots:
     void everythingElseIsReadAsItIs_data();
     void everythingElseIsReadAsItIs();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     QString Path(const QString& name) const { return m_folder.filePath(name); }
 
     QTemporaryDir m_folder;

@@ -121,7 +121,7 @@ void ToolProgramTest::ffmpegInTheWorkingDirectoryIsNotRun_data()
                             << "bin/ffmpeg" << refused;
 }
 
-// What lies in the folder a recorder happens to be started in is not to be trusted.
+// The directory a recorder happens to be started in is not trusted.
 void ToolProgramTest::ffmpegInTheWorkingDirectoryIsNotRun()
 {
     QFETCH(QString, path);
