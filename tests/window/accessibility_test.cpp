@@ -146,6 +146,19 @@ private Q_SLOTS:
         QVERIFY2(!ring->isVisible(), "the ring stays though the mouse is used");
     }
 
+    // The program moves the focus itself, as when a page is entered.
+    void aFocusThatTheProgramMovesIsSeenOnlyAfterAKey()
+    {
+        Enter("btnMontageSlot");
+        auto* ring = Child<QWidget>("m_pFocusRing");
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        Child<QWidget>("m_pCutVideoTable")->setFocus();
+        QVERIFY2(ring->isVisible(), "no ring after a key");
+        QTest::mouseClick(Child<QTableWidget>("m_pCutVideoTable"), Qt::LeftButton);
+        Control("Position")->setFocus();
+        QVERIFY2(!ring->isVisible(), "a ring though the mouse was used last");
+    }
+
     // Its accessible name is the current choice; the caption says what is being chosen.
     void theChoiceOfSoundIsNamedByItsCaption()
     {

@@ -95,23 +95,6 @@ private Q_SLOTS:
         QCOMPARE(Names(kTable).size(), QDir("/").entryList({"*.mp4"}, QDir::Files).size());
     }
 
-    void theChooserOffersDirectoriesFromTheWorkingDirectoryOn()
-    {
-        EnterCutPage();
-        Boxes().directory = Target();
-        Call("btnSlotLayout3Dir");
-        QCOMPARE(Boxes().chooserKind, UsualChooser());
-    }
-
-    void theChosenVideoIsLogged()
-    {
-        MakeVideo("a.mp4");
-        EnterCutPage();
-        const QString path = SaveDirectory() + "/a.mp4";
-        QTest::ignoreMessage(QtDebugMsg, qPrintable('"' + path + '"'));
-        ClickRow(kTable, 0);
-    }
-
     void leavingTheFieldReadsItsOwnFolderOnTheSamePage_data()
     {
         QTest::addColumn<QByteArray>("entry");

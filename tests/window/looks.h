@@ -43,8 +43,8 @@ QString Differences(const QString& page, const QList<Look>& looks);
 
 /// The layout of a page as text, one item a line, two blanks deeper in each layout inside another.
 /// A layout reads "column" or "row", with its margins unless they are 0 and its spacing where it is
-/// not the one that it would have by itself; a widget goes by its row in `looks`. Differences are
-/// told as above.
+/// not the one that it would have by itself; a widget goes by its row in `looks`. The first
+/// difference is told as above.
 QString LayoutDifferences(const QString& page, const QLayout* layout, const QList<Look>& looks,
                           const QStringList& expected);
 

@@ -73,14 +73,6 @@ private Q_SLOTS:
         QCOMPARE(QApplication::focusWidget(), Child<QTableWidget>(kSource));
     }
 
-    void theChooserOffersDirectoriesFromTheWorkingDirectoryOn()
-    {
-        EnterMergePage();
-        Boxes().directory = QString();
-        Call("btnSlotLayout4Dir");
-        QCOMPARE(Boxes().chooserKind, UsualChooser());
-    }
-
     void aCancelledChooserChangesNothing()
     {
         MakeVideo("a.mp4");

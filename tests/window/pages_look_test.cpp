@@ -1,5 +1,6 @@
 #include "tests/window/job_tool.h"
 #include "tests/window/page_looks.h"
+#include "ui/styles.h"
 
 #include <QComboBox>
 
@@ -46,6 +47,19 @@ private Q_SLOTS:
                                   "    stretch 0",     "    row",           "      space 100",
                                   "      trim entry",  "      space 100",   "    stretch 0",
                                   "  stretch 1",       "  footer"}));
+    }
+
+    // What no table shows: the blue button's style is used by no page.
+    void theSharedStyles()
+    {
+        QCOMPARE(action_button_style,
+                 QString("QPushButton{background-color:rgb(30, 144, 255);color: white; "
+                         "border-radius: 10px; border: 2px groove white; border-style: outset;}"
+                         "QPushButton:hover{background-color:rgb(220, 220, 220); color: white;}"
+                         "QPushButton:pressed{background-color:rgb(30, 144, 255); color: "
+                         "white;border: 2px groove white;border-style: inset; }"));
+        QCOMPARE(backGroud_style, QString("background-color: rgb(28, 28, 28);"));
+        QCOMPARE(main_button_style, GreyButtonStyle("\t\t\t\t\t\t\t\t   "));
     }
 
     void theRecordPage()

@@ -164,26 +164,6 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(BesideProgram("ScreenRecord.ini")), before);
     }
 
-    void aChosenDirectoryShowsTheFreeSpaceOfItsVolume()
-    {
-        const QTemporaryDir chosen;
-        EnterRecordPage();
-        auto* label = Child<QLabel>("m_pFreeSpaceLabel");
-        label->setText("that of the directory before");
-        ChooseDirectory(chosen.path());
-        const QRegularExpression size("^[0-9]+\\.[0-9]{2} [KMGT]B$");
-        QVERIFY2(label->text().contains(size), qPrintable(label->text()));
-    }
-
-    void aChosenDirectoryLeavesTheFoldersOfTheOtherPages()
-    {
-        const QTemporaryDir chosen;
-        EnterRecordPage();
-        ChooseDirectory(chosen.path());
-        QCOMPARE(Child<QLineEdit>("m_pLayout3DirEdit")->text(), SaveDirectory());
-        QCOMPARE(Child<QLineEdit>("m_pLayout4DirEdit")->text(), SaveDirectory());
-    }
-
     void aChosenDirectoryIsShownAndKeptForTheNextStart()
     {
         const QTemporaryDir chosen;
@@ -213,7 +193,6 @@ private:
         boxes.directory = path;
         Call("btnSlotLayout2Dir");
         QCOMPARE(boxes.choosers, 1);
-        QCOMPARE(boxes.chooserKind, UsualChooser());
     }
 };
 

@@ -146,7 +146,7 @@ private:
                       .minimum = {200, 100},
                       .font = "Calibri 11",
                       .table = "columns , first 180 wide, last stretched, labels left, no row "
-                               "numbers, whole rows, one, fixed",
+                               "numbers, whole rows, one, fixed, header Calibri 11",
                       .calls = {"itemClicked(QTableWidgetItem*) > "
                                 "CutTableItemClick(QTableWidgetItem*)",
                                 "itemDoubleClicked(QTableWidgetItem*) > "
@@ -238,7 +238,7 @@ private:
     QList<Look> MergeTables(QWidget* page)
     {
         const QString table = "columns FileName/Size/Time, first %1 wide, last stretched, labels "
-                              "left, no row numbers, whole rows, one, fixed";
+                              "left, no row numbers, whole rows, one, fixed, header Calibri 11";
         QList<Look> looks;
         looks << Look{.what = "source table",
                       .widget = Child<QTableWidget>("m_pSourceVideoTable"),
