@@ -74,10 +74,10 @@ Launch() {
     recorder=$!
     started+=("$recorder")
     WindowOrEnd() { Window || ! kill -0 "$recorder"; }
-    WaitFor 30 WindowOrEnd || Fail "the window does not come"
+    WaitFor 30 WindowOrEnd || Fail "the window does not appear"
     window=$(Window) || Fail "the program ended without a window"
     xdotool mousemove 0 799
-    WaitFor 10 Changed || Fail "the home page does not come"
+    WaitFor 10 Changed || Fail "the home page does not appear"
 }
 
 # On the record page, chooses the second source, computer sounds.

@@ -104,7 +104,7 @@ void FaultsDesktopTest::toolThatStartsAndFailsHarmsNothing()
     if (QTest::currentTestFailed()) {
         return;
     }
-    QVERIFY2(!recorder.Message(), "a tool that did start is told");
+    QVERIFY2(!recorder.Message(), "a tool that started is reported as failed");
     QVERIFY(recorder.IsRunning());
     m_desktop.Close(m_desktop.Shown(Recorder::kTitle)->id);
     // A tool that does not exit gets 30 seconds.
@@ -230,7 +230,7 @@ void FaultsDesktopTest::oddSettingsFileGivesTheDefaultDirectory()
 void FaultsDesktopTest::recordingStopsBelowTenMebibytesAndNotBefore()
 {
     if (!QFile::exists(STATVFS_PRELOAD)) {
-        QFAIL("the library that feigns a full disk is not built");
+        QFAIL("the library that simulates a full disk is not built");
     }
     Recorder recorder(m_desktop);
     const QString freeBytes = recorder.Beside("free");

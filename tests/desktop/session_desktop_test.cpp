@@ -251,7 +251,7 @@ void SessionDesktopTest::withoutArgumentASecondCopyShowsTheWindow()
         QSKIP("only root needs no password for this");
     }
     Recorder recorder(m_desktop);
-    QVERIFY2(recorder.StartAsLauncher(), "no window comes");
+    QVERIFY2(recorder.StartAsLauncher(), "no window appears");
     QCOMPARE(recorder.WaitForEnd(), 0); // of the first instance
     QVERIFY2(recorder.IsShown(), "the window goes with the first copy");
     m_desktop.Close(m_desktop.Shown(Recorder::kTitle)->id);

@@ -279,7 +279,7 @@ private:
     {
         Hear("m_pCutProcess", [look] {
             SCANUI* dialog = FindDialog();
-            QVERIFY2(dialog != nullptr, "no dialog stands over the running job");
+            QVERIFY2(dialog != nullptr, "there is no dialog during the job");
             look(*dialog);
         });
     }
