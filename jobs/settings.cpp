@@ -1,6 +1,9 @@
 #include "jobs/settings.h"
 
+#include "util/ownership.h"
+
 #include <QDir>
+#include <QFile>
 #include <QSettings>
 
 namespace {
@@ -17,4 +20,6 @@ void WriteSavePath(const QString& iniPath, const QString& directory)
 {
     QSettings settings(iniPath, QSettings::IniFormat);
     settings.setValue(kSavePathKey, directory);
+    settings.sync();
+    GiveToFolderOwner(QFile::encodeName(iniPath).constData());
 }

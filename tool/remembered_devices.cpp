@@ -20,11 +20,19 @@ namespace fs = std::filesystem;
 constexpr const char* firstWords = "server ";
 constexpr const char* anyone = "devices";
 
-// A directory that nobody else can write to, or empty if there is none.
+bool IsOwnedByUs(const std::string& directory)
+{
+    struct stat info = {};
+    return stat(directory.c_str(), &info) == 0 && info.st_uid == geteuid();
+}
+
+// A directory that nobody else can write to, or empty if there is none. Root that records for a user
+// leaves the user's runtime directory alone: the user could not write to what root makes there.
 fs::path OwnDirectory()
 {
     fs::path directory;
-    if (const std::string runtime = Variable("XDG_RUNTIME_DIR"); !runtime.empty()) {
+    if (const std::string runtime = Variable("XDG_RUNTIME_DIR");
+        !runtime.empty() && IsOwnedByUs(runtime)) {
         directory = fs::path(runtime) / "lumenfold-recorder";
     } else {
         std::error_code error;
@@ -32,7 +40,7 @@ fs::path OwnDirectory()
         if (error) {
             return {};
         }
-        directory /= "lumenfold-recorder-" + std::to_string(getuid());
+        directory /= "lumenfold-recorder-" + std::to_string(geteuid());
     }
     if (mkdir(directory.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
         return {};

@@ -4,6 +4,7 @@
 #include "jobs/tool_runner.h"
 #include "ui/drui.h"
 #include "ui/scanui.h"
+#include "util/ownership.h"
 
 #include <QFile>
 #include <QFileDialog>
@@ -37,6 +38,7 @@ int DRUI::StartQProcessCut()
     }
     RunTool(*m_pCutProcess,
             CutCommand(ToolPrefix(), m_strCutFile, m_nCutStart, m_nCutEnd, m_strCutDestFile));
+    GiveToFolderOwner(QFile::encodeName(m_strCutDestFile).constData());
     if (m_nCutState != kJobGood) {
         QFile::remove(m_strCutDestFile);
     }

@@ -4,6 +4,7 @@
 #include "jobs/tool_runner.h"
 #include "ui/drui.h"
 #include "ui/scanui.h"
+#include "util/ownership.h"
 
 #include <QDebug>
 #include <QFile>
@@ -55,6 +56,7 @@ int DRUI::StartQProcessMerge()
     for (const QString& stream : streams) {
         QFile::remove(stream);
     }
+    GiveToFolderOwner(QFile::encodeName(output).constData());
     if (m_nMergeRet != kJobGood) {
         QFile::remove(output);
     }

@@ -6,6 +6,7 @@
 #include "jobs/tool_runner.h"
 #include "ui/drui.h"
 #include "ui/tray_stand_in.h"
+#include "util/ownership.h"
 #include "util/tick.h"
 
 #include <QAction>
@@ -111,7 +112,9 @@ int DRUI::StartQProcessRecord()
     m_nRecStartTick = TickNow();
     const int audio = m_pAudioComBox->currentData().toInt(); // "None" is -2
     const QString directory = m_pSaveDirEdit->text();
-    QDir().mkdir(directory + '/');
+    if (QDir().mkdir(directory + '/')) {
+        GiveToFolderOwner(QFile::encodeName(directory).constData());
+    }
     m_strRecFile = FreePath(RecordPath(directory, QDateTime::currentDateTime()));
 
     if (m_strRecFile.isEmpty()) { // an empty argument would be dropped from the command line
@@ -153,6 +156,7 @@ void DRUI::doTimerRec()
 void DRUI::ReadRecordInfo()
 {
     ReadToolText(*m_pRecProcess);
+    GiveToFolderOwner(QFile::encodeName(m_strRecFile).constData()); // it is there by now
     if (!m_bIsStart) {
         AskToolToQuit(*m_pRecProcess);
         m_bQuitSent = true;

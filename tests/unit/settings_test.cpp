@@ -5,6 +5,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <unistd.h>
+
 class SettingsTest : public QObject
 {
     Q_OBJECT
@@ -46,6 +48,18 @@ private Q_SLOTS:
         QFile file(m_path);
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), QByteArray("[screen_record]\nsave_path=/home/me/Videos\n"));
+    }
+
+    // Root's settings would be settings that the user's own program cannot change.
+    void asRootTheFileIsGivenToTheOwnerOfItsFolder()
+    {
+        if (geteuid() != 0) {
+            QSKIP("needs root");
+        }
+        QCOMPARE(chown(qPrintable(m_directory->path()), 65534, 65534), 0);
+        WriteSavePath(m_path, "/home/me/Videos");
+        QCOMPARE(QFileInfo(m_path).ownerId(), 65534U);
+        QCOMPARE(ReadSavePath(m_path), QString("/home/me/Videos"));
     }
 
     void aFileOfTheQt4ProgramIsReadRight()

@@ -5,6 +5,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <unistd.h>
+
 class ToolProgramTest : public QObject
 {
     Q_OBJECT
@@ -19,6 +21,7 @@ private slots:
     void ffmpegInTheWorkingDirectoryIsNotRun();
     void listWithoutScreenAndSoundSaysWhy();
     void listNeedsNoPlaceToRememberIt();
+    void listLeavesTheRuntimeDirectoryOfAnotherUserAlone();
     void recordingWithoutDisplayStartsNoFfmpeg();
     void malformedDeviceStartsNoFfmpeg();
     void editingLoadsNoSoundLibrary();
@@ -157,6 +160,27 @@ void ToolProgramTest::listNeedsNoPlaceToRememberIt()
     m_environment.insert("TMPDIR", m_folder->filePath("missing"));
     QCOMPARE(Run({"-f", "avfoundation", "-list_devices", "true", "-i", " "}), 1);
     QVERIFY2(m_error.startsWith("[AVFoundation indev @ 0x"), m_error);
+}
+
+// Root for a user: what it made there, the user's own `tool` could not change.
+void ToolProgramTest::listLeavesTheRuntimeDirectoryOfAnotherUserAlone()
+{
+    if (geteuid() != 0) {
+        QSKIP("needs root");
+    }
+    const QString runtime = m_folder->filePath("run");
+    QVERIFY(QDir().mkdir(runtime));
+    m_environment.insert("XDG_RUNTIME_DIR", runtime);
+    m_environment.insert("TMPDIR", m_folder->path());
+    QCOMPARE(Run({"-f", "avfoundation", "-list_devices", "true", "-i", " "}), 1);
+    QCOMPARE(QDir(runtime).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
+             QStringList{"lumenfold-recorder"});
+    QVERIFY(QDir(runtime + "/lumenfold-recorder").removeRecursively());
+    QCOMPARE(chown(qPrintable(runtime), 65534, 65534), 0);
+    QCOMPARE(Run({"-f", "avfoundation", "-list_devices", "true", "-i", " "}), 1);
+    QVERIFY2(QDir(runtime).isEmpty(), "root left something in the user's directory");
+    QVERIFY2(QFile::exists(m_folder->filePath("lumenfold-recorder-0/devices")),
+             "the devices are not remembered");
 }
 
 void ToolProgramTest::recordingWithoutDisplayStartsNoFfmpeg()

@@ -1,4 +1,4 @@
-foreach(topic disk format path search_key system_info tick wide_text)
+foreach(topic disk format ownership path search_key system_info tick wide_text)
   lumenfold_test(${topic}_test unit SOURCES ${topic}_test.cpp LIBRARIES lumenfold_util)
 endforeach()
 if(NOT APPLE)
