@@ -1,27 +1,65 @@
 #include "app/launcher.h"
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QStringList>
 
+#include <cstdio>
+#include <pwd.h>
 #include <unistd.h>
 
 namespace {
 
-// What a window and the sound need, which pkexec does not pass on by itself.
-QStringList DesktopEnvironment()
+// The user's sound server, where libpulse does not find it by itself: it refuses to look into a
+// runtime directory of another user.
+QString SoundServer()
+{
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    return runtime.isEmpty() ? QString() : "unix:" + runtime + "/pulse/native";
+}
+
+// The file that lets its reader connect to the user's sound server; empty where there is none.
+QString SoundCookie()
+{
+    const QString home = QDir::homePath();
+    for (const QString& path :
+         {qEnvironmentVariable("XDG_CONFIG_HOME", home + "/.config") + "/pulse/cookie",
+          home + "/.pulse-cookie"}) {
+        if (QFile::exists(path)) {
+            return path;
+        }
+    }
+    return {};
+}
+
+// What pkexec does not pass on: the user's screen, sound server and home, in which recordings are
+// saved. Settings and caches of Qt and its libraries stay root's: left in the user's home, they
+// could not be written by the user's own programs.
+QStringList UserEnvironment()
 {
     QStringList assignments;
-    for (const char* name :
-         {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR", "PULSE_SERVER"}) {
-        if (qEnvironmentVariableIsSet(name)) {
-            assignments << QString(name) + '=' + qEnvironmentVariable(name);
+    const auto assign = [&assignments](const QString& name, const QString& value) {
+        if (!value.isEmpty()) {
+            assignments << name + '=' + value;
         }
+    };
+    for (const char* name : {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR"}) {
+        assign(name, qEnvironmentVariable(name));
+    }
+    assign("PULSE_SERVER", qEnvironmentVariable("PULSE_SERVER", SoundServer()));
+    assign("PULSE_COOKIE", qEnvironmentVariable("PULSE_COOKIE", SoundCookie()));
+    assign("HOME", QDir::homePath());
+    if (const passwd* root = getpwuid(0)) {
+        const QString home = QFile::decodeName(root->pw_dir);
+        assign("XDG_CONFIG_HOME", home + "/.config");
+        assign("XDG_CACHE_HOME", home + "/.cache");
+        assign("XDG_DATA_HOME", home + "/.local/share");
     }
     return assignments;
 }
 
-// Whether the process still is pkexec itself, that is, still asks for the password.
+// Whether the process is still pkexec, that is, waits for the user's answer.
 bool StillAsks(qint64 pid)
 {
     QFile name(QString("/proc/%1/comm").arg(pid));
@@ -36,12 +74,17 @@ void RelaunchAsAdministrator(const QString& program)
         QProcess::startDetached(program, {"start"});
         return;
     }
-    // Never freed, and meant to be: freeing it would end the second copy. pkexec refuses to work
-    // for a parent that is gone, so the launcher stays until the question is answered.
+    if (program.contains('=')) {
+        // env would take the path for a variable and run a program called "start" as root.
+        std::fprintf(stderr, "A program whose path has a \"=\" is not started as administrator.\n");
+        return;
+    }
+    // Never freed, on purpose: freeing it would end the second copy. pkexec refuses to work for a
+    // parent that is gone, so the launcher stays until the question is answered.
     auto* pkexec = new QProcess;
     pkexec->setProcessChannelMode(QProcess::ForwardedChannels);
     pkexec->start("pkexec",
-                  QStringList("env") + DesktopEnvironment() + QStringList{program, "start"});
+                  QStringList("/usr/bin/env") + UserEnvironment() + QStringList{program, "start"});
     if (!pkexec->waitForStarted()) {
         return;
     }

@@ -1,6 +1,7 @@
 #include "app/program.h"
 
 #include "app/close_watcher.h"
+#include "app/debug_output.h"
 #include "app/launcher.h"
 #include "jobs/text_codec.h"
 #include "ui/drui.h"
@@ -21,10 +22,11 @@ namespace {
 constexpr auto kErrorFile = "Out.txt"; // in the working directory
 
 // Standard error goes into the file from its first byte on; an older, longer file keeps its tail.
+// A link is not followed: in a folder that others write to it may lead to any file of the user's.
 // Neither call is checked: without the file, standard error stays where it was.
 int RedirectErrors()
 {
-    const int file = open(kErrorFile, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    const int file = open(kErrorFile, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0644);
     dup2(file, STDERR_FILENO);
     return file;
 }
@@ -54,6 +56,7 @@ void RunProgram(int& argc, char** argv)
 {
     // Whoever reads our messages may go: the window, and a recording, must not go with it.
     std::signal(SIGPIPE, SIG_IGN);
+    SendDebugOutputToStandardError();
     const QApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C"); // sizes read "1.50 KB" in every language
     InstallTextCodec("GB2312");

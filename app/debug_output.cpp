@@ -1,0 +1,26 @@
+#include "app/debug_output.h"
+
+#include <QLoggingCategory>
+#include <QtGlobal>
+
+namespace {
+
+QLoggingCategory::CategoryFilter g_pRules = nullptr; // Qt's own filter, which applies the rules
+
+// The program's messages belong to the default category.
+void ApplyRules(QLoggingCategory* category)
+{
+    g_pRules(category);
+    if (qstrcmp(category->categoryName(), "default") == 0) {
+        category->setEnabled(QtDebugMsg, true);
+    }
+}
+
+} // namespace
+
+void SendDebugOutputToStandardError()
+{
+    qputenv("QT_FORCE_STDERR_LOGGING", "1"); // a Qt built for journald or syslog logs there instead
+    qunsetenv("QT_MESSAGE_PATTERN");         // may leave the text out
+    g_pRules = QLoggingCategory::installFilter(ApplyRules);
+}
