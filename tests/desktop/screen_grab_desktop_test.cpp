@@ -3,7 +3,9 @@
 #include "tests/support/desktop.h"
 #include "tests/support/own_screen.h"
 #include "tests/support/recording_file.h"
+#include "tests/support/screen_recording.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -23,91 +25,6 @@ constexpr auto kSize = "640x480x24";
 constexpr int kWidth = 640;
 constexpr int kHeight = 480;
 constexpr uint32_t kGround = 0x4080c0;
-
-// A running recording.
-class Recording
-{
-public:
-    Recording(const OwnScreen& screen, const QString& file, const QString& colours = "yuv420p",
-              const QString& devices = "0")
-        : m_file(file)
-    {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("DISPLAY", screen.Name());
-        m_process.setProcessEnvironment(environment);
-        m_process.setProcessChannelMode(QProcess::MergedChannels);
-        m_process.start(TOOL_PROGRAM,
-                        {"-f", "avfoundation", "-framerate", "30", "-i", devices, "-r", "29.97",
-                         "-preset", "ultrafast", "-pix_fmt", colours, file});
-    }
-    Recording(const Recording&) = delete;
-    Recording& operator=(const Recording&) = delete;
-    ~Recording()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-
-    // Waits until ffmpeg has reported this many frames.
-    bool WaitForPictures(int count)
-    {
-        return WaitUntil([&] {
-                   Listen();
-                   auto found = QRegularExpression("frame= *(\\d+)").globalMatch(m_text);
-                   int seen = 0;
-                   while (found.hasNext()) {
-                       seen = found.next().captured(1).toInt();
-                   }
-                   return seen >= count || !IsRunning();
-               }) &&
-               IsRunning();
-    }
-    // The frames still to come since ffmpeg's last report.
-    bool WaitForMore(int count)
-    {
-        Listen();
-        const auto last = m_text.lastIndexOf("frame=");
-        return WaitForPictures(count +
-                               m_text.mid(last + 6, 6).trimmed().section(' ', 0, 0).toInt());
-    }
-    bool WaitForEnd()
-    {
-        return WaitUntil([&] { return !IsRunning(); });
-    }
-    bool Quit()
-    {
-        m_process.write("q\r\n");
-        return WaitForEnd() && m_process.exitCode() == 0;
-    }
-    void Signal(int number) { kill(static_cast<pid_t>(m_process.processId()), number); }
-    bool IsRunning()
-    {
-        m_process.waitForFinished(0);
-        return m_process.state() != QProcess::NotRunning;
-    }
-
-    // The processes beside ffmpeg.
-    QStringList Companions() const
-    {
-        QFile file(QString("/proc/%1/task/%1/children").arg(m_process.processId()));
-        return file.open(QIODevice::ReadOnly)
-                   ? QString::fromUtf8(file.readAll()).split(' ', Qt::SkipEmptyParts)
-                   : QStringList();
-    }
-    QString Text()
-    {
-        Listen();
-        return m_text;
-    }
-    QString File() const { return m_file; }
-
-private:
-    void Listen() { m_text += QString::fromUtf8(m_process.readAll()); }
-
-    QProcess m_process;
-    QString m_file;
-    QString m_text;
-};
 
 // All frames, three bytes per pixel.
 QByteArray Decoded(const QString& file)
@@ -164,6 +81,8 @@ private slots:
     void mouseCursorIsInThePicture_data();
     void mouseCursorIsInThePicture();
     void oneMonitorOfTwoIsRecordedAlone();
+    void everyMonitorIsRecordedByItsNumber();
+    void stalledGrabberLeavesNoGap();
     void screenThatSharesNoMemoryIsRecorded();
     void screenOfTenBitColoursIsRecorded_data();
     void screenOfTenBitColoursIsRecorded();
@@ -192,7 +111,7 @@ void ScreenGrabDesktopTest::pictureIsAsGoodAsThatOfTheUsualGrab()
     OwnScreen screen({"-screen", "0", kSize});
     QVERIFY2(screen.Good(), "no X server");
     screen.ShowPicture();
-    Recording recording(screen, Path());
+    ScreenRecording recording(screen, Path());
     QVERIFY2(recording.WaitForPictures(30), qPrintable(recording.Text()));
     QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
     QVERIFY2(recording.Text().contains("Input #0, rawvideo"), qPrintable(recording.Text()));
@@ -233,7 +152,7 @@ void ScreenGrabDesktopTest::mouseCursorIsInThePicture()
     OwnScreen screen({"-screen", "0", kSize});
     QVERIFY2(screen.Good(), "no X server");
     screen.ShowColour(kGround, x, y);
-    Recording recording(screen, Path());
+    ScreenRecording recording(screen, Path());
     QVERIFY2(recording.WaitForPictures(5), qPrintable(recording.Text()));
     QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
     const QByteArray picture = LastPicture(Path());
@@ -262,7 +181,7 @@ void ScreenGrabDesktopTest::oneMonitorOfTwoIsRecordedAlone()
     constexpr int height = 203;
     QVERIFY2(screen.AddMonitor(250, 150, width, height), "no second monitor");
     screen.Paint(250, 150, width, height, kGround);
-    Recording recording(screen, Path()); // the server lists added monitors first
+    ScreenRecording recording(screen, Path()); // the server lists added monitors first
     QVERIFY2(recording.WaitForPictures(10), qPrintable(recording.Text()));
     QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
     const RecordingFile file = ReadRecording(Path());
@@ -275,13 +194,58 @@ void ScreenGrabDesktopTest::oneMonitorOfTwoIsRecordedAlone()
     }
 }
 
+void ScreenGrabDesktopTest::everyMonitorIsRecordedByItsNumber()
+{
+    OwnScreen screen({"-screen", "0", kSize});
+    QVERIFY2(screen.Good(), "no X server");
+    QVERIFY2(screen.AddMonitor(250, 150, 300, 200), "no second monitor");
+    const QStringList sizes = {"h264 yuv420p 300x200", "h264 yuv420p 640x480"};
+    for (int number = 0; number < 2; ++number) {
+        ScreenRecording recording(screen, Path(QString("%1.mp4").arg(number)), "yuv420p",
+                                  QString::number(number));
+        QVERIFY2(recording.WaitForPictures(3), qPrintable(recording.Text()));
+        QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
+        QCOMPARE(ReadRecording(recording.File()).pictureTracks, QStringList{sizes[number]});
+    }
+    ScreenRecording none(screen, Path("none.mp4"), "yuv420p", "2");
+    QVERIFY2(none.WaitForEnd(), "a screen is recorded that is not there");
+    QVERIFY2(none.Text().contains("there is no screen 2, the display has 2"),
+             qPrintable(none.Text()));
+}
+
+// As on a machine that has too much to do: what could not be grabbed is the picture before, for as
+// long as it took.
+void ScreenGrabDesktopTest::stalledGrabberLeavesNoGap()
+{
+    OwnScreen screen({"-screen", "0", kSize});
+    QVERIFY2(screen.Good(), "no X server");
+    ScreenRecording recording(screen, Path());
+    QVERIFY2(recording.WaitForPictures(15), qPrintable(recording.Text()));
+    const auto signalAll = [&](int number) {
+        for (const QString& companion : recording.Companions()) {
+            kill(companion.toInt(), number);
+        }
+    };
+    signalAll(SIGSTOP);
+    constexpr int stalledMs = 2000;
+    const QDeadlineTimer stalled(stalledMs);
+    QTRY_VERIFY(stalled.hasExpired());
+    signalAll(SIGCONT);
+    QVERIFY2(recording.WaitForMore(15), qPrintable(recording.Text()));
+    QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
+    const RecordingFile file = ReadRecording(Path());
+    QCOMPARE(file.fault, QString());
+    constexpr double least = stalledMs / 1000.0 + 30 / 29.97 - 0.2;
+    QVERIFY2(file.seconds >= least, qPrintable(QString("%1 s of %2").arg(file.seconds).arg(least)));
+}
+
 // As over a network.
 void ScreenGrabDesktopTest::screenThatSharesNoMemoryIsRecorded()
 {
     OwnScreen screen({"-screen", "0", kSize, "-extension", "MIT-SHM"});
     QVERIFY2(screen.Good(), "no X server");
     screen.ShowColour(kGround, 300, 200);
-    Recording recording(screen, Path());
+    ScreenRecording recording(screen, Path());
     QVERIFY2(recording.WaitForPictures(30), qPrintable(recording.Text()));
     QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
     QCOMPARE(ReadRecording(Path()).fault, QString());
@@ -311,7 +275,7 @@ void ScreenGrabDesktopTest::screenOfTenBitColoursIsRecorded()
     for (qsizetype i = 0; i < colours.size(); ++i) {
         screen.Paint(static_cast<int>(i) * width, 0, width, kHeight, colours[i]);
     }
-    Recording recording(screen, Path());
+    ScreenRecording recording(screen, Path());
     QVERIFY2(recording.WaitForPictures(30), qPrintable(recording.Text()));
     QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
     QCOMPARE(ReadRecording(Path()).fault, QString());
@@ -340,7 +304,7 @@ void ScreenGrabDesktopTest::screenOfOtherPixelsIsGrabbedByFfmpeg()
 {
     OwnScreen screen({"-screen", "0", "640x480x16"});
     QVERIFY2(screen.Good(), "no X server");
-    Recording recording(screen, Path());
+    ScreenRecording recording(screen, Path());
     QVERIFY2(recording.WaitForPictures(5), qPrintable(recording.Text()));
     QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
     QVERIFY2(recording.Text().contains("Input #0, x11grab"), qPrintable(recording.Text()));
@@ -351,7 +315,7 @@ void ScreenGrabDesktopTest::otherColoursThanTheUsualAreRecorded()
 {
     OwnScreen screen({"-screen", "0", kSize});
     QVERIFY2(screen.Good(), "no X server");
-    Recording recording(screen, Path(), "yuv444p");
+    ScreenRecording recording(screen, Path(), "yuv444p");
     QVERIFY2(recording.WaitForPictures(5), qPrintable(recording.Text()));
     QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
     QCOMPARE(ReadRecording(Path()).pictureTracks, QStringList{"h264 yuv444p 640x480"});
@@ -370,7 +334,7 @@ void ScreenGrabDesktopTest::screenThatGoesLeavesAFinishedFile()
     OwnScreen screen({"-screen", "0", kSize});
     QVERIFY2(screen.Good(), "no X server");
     screen.ShowPicture();
-    Recording recording(screen, Path(), "yuv420p", devices);
+    ScreenRecording recording(screen, Path(), "yuv420p", devices);
     QVERIFY2(recording.WaitForPictures(30), qPrintable(recording.Text()));
     screen.Kill();
     QVERIFY2(recording.WaitForEnd(), "the recording goes on without a screen");
@@ -384,7 +348,7 @@ void ScreenGrabDesktopTest::terminatedRecordingIsFinishedAtOnce()
 {
     OwnScreen screen({"-screen", "0", kSize});
     QVERIFY2(screen.Good(), "no X server");
-    Recording recording(screen, Path());
+    ScreenRecording recording(screen, Path());
     QVERIFY2(recording.WaitForPictures(30), qPrintable(recording.Text()));
     QElapsedTimer time;
     time.start();
@@ -398,7 +362,7 @@ void ScreenGrabDesktopTest::nothingStaysBehindAKilledRecording()
 {
     OwnScreen screen({"-screen", "0", kSize});
     QVERIFY2(screen.Good(), "no X server");
-    Recording recording(screen, Path());
+    ScreenRecording recording(screen, Path());
     QVERIFY2(recording.WaitForPictures(5), qPrintable(recording.Text()));
     const QStringList companions = recording.Companions();
     QVERIFY(!companions.isEmpty());
@@ -414,7 +378,7 @@ void ScreenGrabDesktopTest::screenThatBecomesSmallerIsRecordedOn()
     OwnScreen screen({"-screen", "0", kSize});
     QVERIFY2(screen.Good(), "no X server");
     screen.ShowColour(kGround, 10, 10);
-    Recording recording(screen, Path());
+    ScreenRecording recording(screen, Path());
     QVERIFY2(recording.WaitForPictures(10), qPrintable(recording.Text()));
     constexpr int width = 320;
     constexpr int height = 240;

@@ -27,6 +27,8 @@ private slots:
     void soundAndPictureAreInStep();
     void cutOfACutIsExact();
     void cutFromBehindTheEndHoldsNothing();
+    void cutFromTheVeryEndIsLeftToFfmpeg_data();
+    void cutFromTheVeryEndIsLeftToFfmpeg();
     void cutOfNoLengthIsLeftToFfmpeg();
     void nothingIsEncodedAgain();
 
@@ -188,6 +190,34 @@ void ToolCutTest::cutFromBehindTheEndHoldsNothing()
     QVERIFY(PictureDigests(Cut("plain.mp4", 12, 5)).isEmpty());
     QVERIFY(PictureDigests(Cut("plain.mp4", 500, 5)).isEmpty());
     QVERIFY(!PictureDigests(Cut("plain.mp4", 11, 5)).isEmpty());
+}
+
+void ToolCutTest::cutFromTheVeryEndIsLeftToFfmpeg_data()
+{
+    QTest::addColumn<double>("seconds");
+    QTest::addColumn<QString>("start");
+    QTest::addColumn<bool>("left");
+    QTest::newRow("a second before the end") << 4.0 << "3" << false;
+    QTest::newRow("at the end") << 4.0 << "4" << true;
+    QTest::newRow("in the last picture") << 4.04 << "4" << false;
+    QTest::newRow("in the second that it does not reach") << 4.04 << "5" << true;
+}
+
+// Sought there, it would give the last pictures. A stand-in for ffmpeg tells what it was given.
+void ToolCutTest::cutFromTheVeryEndIsLeftToFfmpeg()
+{
+    QFETCH(double, seconds);
+    QFETCH(QString, start);
+    QFETCH(bool, left);
+    Make("exact.mp4", PictureInput(seconds), PlainCodecs());
+    QVERIFY(WriteProgram(Path("stand-in"), "#!/bin/sh\nprintf '%s\\n' \"$@\"\n"));
+    const QStringList arguments = {"-i", Path("exact.mp4"), "-ss",  start,          "-t",
+                                   "2",  "-codec",          "copy", Path("out.mp4")};
+    qputenv("LUMENFOLD_FFMPEG", QFile::encodeName(Path("stand-in")));
+    const Outcome outcome = RunProgram(TOOL_PROGRAM, arguments);
+    qunsetenv("LUMENFOLD_FFMPEG");
+    QCOMPARE(outcome.code, 0);
+    QVERIFY2((outcome.output == arguments.join('\n').toUtf8() + '\n') == left, outcome.output);
 }
 
 void ToolCutTest::cutOfNoLengthIsLeftToFfmpeg()

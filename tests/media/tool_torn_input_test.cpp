@@ -16,6 +16,7 @@ private slots:
     void initTestCase();
     void recordingCutShortIsCutAndMerged_data();
     void recordingCutShortIsCutAndMerged();
+    void everyTornInputIsReadUpToItsLastWholePiece();
     void everythingElseIsReadAsItIs_data();
     void everythingElseIsReadAsItIs();
 
@@ -103,6 +104,23 @@ void ToolTornInputTest::recordingCutShortIsCutAndMerged()
     QCOMPARE(PictureDigests(joined).size(), 300);
     QCOMPARE(DecodingErrors(joined), QByteArray());
     QVERIFY2(Content(source) == content, "the source was changed");
+}
+
+void ToolTornInputTest::everyTornInputIsReadUpToItsLastWholePiece()
+{
+    const std::string torn = Path("torn.mp4").toStdString();
+    const std::string other = Path("torn elsewhere.mp4").toStdString();
+    const std::string whole = Path("whole.mp4").toStdString();
+    QVERIFY(Write(Path("torn.mp4"), m_recording.left(m_pieces[2] + 60)));
+    QVERIFY(Write(Path("torn elsewhere.mp4"), m_recording.left(m_pieces[4] - 1)));
+    const auto part = [&](int piece, const std::string& path) {
+        return "subfile,,start,0,end," + std::to_string(m_pieces[piece]) + ",,:" + path;
+    };
+    const tool::Arguments given = {"-i", torn,  "-i", whole, "-ss", torn,
+                                   "-i", other, "-t", "3",   torn,  "-i"};
+    const tool::Arguments read = {"-i", part(2, torn),  "-i", whole, "-ss", torn,
+                                  "-i", part(3, other), "-t", "3",   torn,  "-i"};
+    QVERIFY(tool::WithoutTornEnds(given) == read);
 }
 
 void ToolTornInputTest::everythingElseIsReadAsItIs_data()
