@@ -1,10 +1,37 @@
 // Records a known picture and known sounds with each audio choice and inspects the file.
+#include "tests/support/measure.h"
 #include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
 #include "tests/support/test_pattern_process.h"
 
 #include <QElapsedTimer>
 #include <QTest>
+
+#include <algorithm>
+#include <unistd.h>
+
+namespace {
+
+constexpr double kLeastDistinct = 95; // percent, where nobody has to wait for a processor
+
+// How long each process of the virtual desktop has been kept waiting: the X server, the pattern,
+// and all that records.
+QMap<qint64, double> Waits()
+{
+    return WaitSeconds(Descendants(getppid()));
+}
+
+// The longest that any of them was kept waiting meanwhile.
+double LongestWait(const QMap<qint64, double>& before, const QMap<qint64, double>& after)
+{
+    double longest = 0;
+    for (auto process = before.begin(); process != before.end(); ++process) {
+        longest = std::max(longest, after.value(process.key()) - process.value());
+    }
+    return longest;
+}
+
+} // namespace
 
 class RecordingDesktopTest : public QObject
 {
@@ -53,7 +80,9 @@ void RecordingDesktopTest::recordingHasThePictureAndTheChosenSound()
     // A busy machine may need a while to start recording and to open a menu.
     QElapsedTimer sinceBegin;
     sinceBegin.start();
+    const QMap<qint64, double> waits = Waits();
     QVERIFY(QTest::qWaitFor([&] { return sinceBegin.hasExpired(4500); }, 10000));
+    const double longestWait = LongestWait(waits, Waits());
     const double least = static_cast<double>(sinceBegin.elapsed()) / 1000 - 0.5;
     QVERIFY2(recorder.ChooseInTray(1), "the tray's menu does not open");
     const double most = static_cast<double>(recorder.RecordedMs()) / 1000 + 0.5;
@@ -73,8 +102,12 @@ void RecordingDesktopTest::recordingHasThePictureAndTheChosenSound()
             QString("%1 s long, recorded for %2 to %3 s").arg(file.seconds).arg(least).arg(most)));
 
     const QMap<QString, QString> report = PatternReport(path);
-    QVERIFY2(report["distinct_share"].toDouble() >= 90,
-             qPrintable("distinct frames: " + report["distinct_share"] + " %"));
+    // A process without a processor shows, takes or encodes nothing, and that is not our fault.
+    const double excused = 100 * longestWait / (least + 0.5);
+    QVERIFY2(report["distinct_share"].toDouble() >= kLeastDistinct - excused,
+             qPrintable(QString("distinct frames: %1 %, and a process waited %2 s for a processor")
+                            .arg(report["distinct_share"])
+                            .arg(longestWait)));
     const QStringList tones = report["tones"].split(' ');
     const QByteArray heard = "heard: " + report["tones"].toUtf8();
     QVERIFY2(tones.contains(QString::number(TestPatternProcess::kSpeakerTone)) == speaker, heard);

@@ -118,6 +118,15 @@ double CpuSeconds(const QList<qint64>& pids)
     return ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
+QMap<qint64, double> WaitSeconds(const QList<qint64>& pids)
+{
+    QMap<qint64, double> seconds;
+    for (const qint64 pid : pids) {
+        seconds[pid] = ReadProc(pid, "schedstat").split(' ').value(1).toDouble() / 1e9;
+    }
+    return seconds;
+}
+
 QList<qint64> Descendants(qint64 pid)
 {
     QList<qint64> all;

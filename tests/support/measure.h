@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QList>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -20,6 +21,9 @@ Memory MemoryOf(qint64 pid);
 
 // Processor seconds these processes have used, including children that have ended.
 double CpuSeconds(const QList<qint64>& pids);
+
+// Seconds each of these processes has been ready to run and waiting for a processor.
+QMap<qint64, double> WaitSeconds(const QList<qint64>& pids);
 
 // All descendants of this process.
 QList<qint64> Descendants(qint64 pid);
