@@ -2,6 +2,7 @@
 #include "tests/window/page_looks.h"
 #include "tests/window/pictures.h"
 #include "ui/cmessagebox.h"
+#include "ui/tray_stand_in.h"
 
 #include <QAction>
 #include <QMenu>
@@ -155,7 +156,12 @@ private Q_SLOTS:
         QPushButton* cancel = ButtonReading(&dialog, "Cancel");
         const QList<Look> looks = {
             {.what = "dialog", .widget = &dialog, .fixed = {500, 250}, .shown = false},
-            {.what = "strip", .widget = strip, .parent = &dialog, .text = "", .style = kBlack},
+            {.what = "strip",
+             .widget = strip,
+             .parent = &dialog,
+             .minimum = {0, 40},
+             .text = "",
+             .style = kBlack},
             {.what = "logo",
              .widget = PictureIn(&dialog),
              .parent = strip,
@@ -177,7 +183,9 @@ private Q_SLOTS:
              .parent = &dialog,
              .font = "Calibri 12",
              .text = "",
-             .colour = "#000000"},
+             .colour = "#000000",
+             .alignment = Qt::AlignLeft | Qt::AlignTop,
+             .wraps = true},
             {.what = "holder of Cancel", .widget = HolderOf(cancel), .parent = &dialog},
             {.what = "Cancel",
              .widget = cancel,
@@ -248,6 +256,16 @@ private Q_SLOTS:
             QVERIFY2(disconnect(entries.at(i), SIGNAL(triggered()), &Window(), entry.slot),
                      qPrintable(entry.text + " does not call " + entry.slot));
         }
+    }
+
+    // It stands in the task list where there is no tray.
+    void theStandInForTheTrayIcon()
+    {
+        const TrayStandIn standIn;
+        QCOMPARE(standIn.windowTitle(), QString("Recording"));
+        Expect(PictureDifference("stand-in", standIn.windowIcon(), {22, 22}, "rec1.png"));
+        QVERIFY2(LabelReading(&standIn, "Lumenfold Screen Recorder is recording."),
+                 "the window does not say what it is");
     }
 
 private:

@@ -207,8 +207,13 @@ void AddItemLine(const QBoxLayout& box, int position, const QList<Look>& looks,
                  const QString& indent, QStringList& lines)
 {
     QLayoutItem* item = box.itemAt(position);
-    const QString factor =
-        box.stretch(position) == 0 ? QString() : QString(" [%1]").arg(box.stretch(position));
+    QString factor;
+    if (box.stretch(position) != 0) {
+        factor = QString(" [%1]").arg(box.stretch(position));
+    }
+    if (item->alignment() != Qt::Alignment()) {
+        factor += " aligned";
+    }
     if (const QWidget* widget = item->widget()) {
         const auto row = std::find_if(looks.begin(), looks.end(),
                                       [widget](const Look& look) { return look.widget == widget; });

@@ -1,6 +1,8 @@
 #include "tests/window/job_tool.h"
 #include "tests/window/pictures.h"
 
+#include <QHeaderView>
+
 namespace {
 constexpr auto kSource = "m_pSourceVideoTable";
 constexpr auto kTarget = "m_pTargetVideoTable";
@@ -62,6 +64,26 @@ private Q_SLOTS:
         QCOMPARE(Row(kSource, 0), QString("old.mp4, 9 Bytes, 00:00:03"));
         QCOMPARE(Calls().size(), 3); // all are probed anyway
         QVERIFY(!Enabled("Add"));
+    }
+
+    void theColumnsAreAsWideAsWhatTheyHold_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("short") << "a.mp4";
+        QTest::newRow("long") << QString(60, 'n') + ".mp4";
+    }
+
+    void theColumnsAreAsWideAsWhatTheyHold()
+    {
+        QFETCH(QString, name);
+        MakeVideo(name);
+        EnterMergePage();
+        const auto* table = Child<QTableWidget>(kSource);
+        const int text = table->fontMetrics().horizontalAdvance(name);
+        const int header = table->horizontalHeader()->sectionSizeHint(0);
+        constexpr int icon = 40; // and the gaps at its sides
+        QVERIFY2(table->columnWidth(0) > text, "the name is cut off");
+        QVERIFY2(table->columnWidth(0) <= qMax(text + icon, header), "wider than the name");
     }
 
     void enteringThePagePutsTheCursorNotIntoTheField()

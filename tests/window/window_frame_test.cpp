@@ -111,18 +111,31 @@ private Q_SLOTS:
                  QString("background-color: rgb(51, 52, 55);"));
     }
 
-    void sixProcessesMergeTheirOutput()
+    void sixProcessesMergeTheirOutputForTheirSlots()
     {
         OpenWindow();
-        for (const char* name : {"m_pPlayerProcess", "m_pDevProcess", "m_pRecProcess",
-                                 "m_pChangeTSProcess", "m_pMergeProcess", "m_pCutProcess"}) {
+        for (const auto& [name, slot] : {std::pair("m_pPlayerProcess", SLOT(mplayerDataRecieve())),
+                                         {"m_pDevProcess", SLOT(ReadDeviceInfo())},
+                                         {"m_pRecProcess", SLOT(ReadRecordInfo())},
+                                         {"m_pChangeTSProcess", SLOT(ReadChange2TSInfo())},
+                                         {"m_pMergeProcess", SLOT(ReadMergeInfo())},
+                                         {"m_pCutProcess", SLOT(ReadCutInfo())}}) {
             auto* process = Child<QProcess>(name);
             QVERIFY2(process != nullptr, name);
             QCOMPARE(process->processChannelMode(), QProcess::MergedChannels);
             QCOMPARE(process->parent(), &Window());
+            QVERIFY2(disconnect(process, SIGNAL(readyRead()), &Window(), slot), name);
         }
         QCOMPARE(Window().findChildren<QProcess*>().size(), 6);
-        QVERIFY(!Child<QTimer>("m_pRecTimer")->isActive());
+    }
+
+    void theTimerOfTheRecordingWaits()
+    {
+        OpenWindow();
+        auto* timer = Child<QTimer>("m_pRecTimer");
+        QVERIFY2(timer != nullptr, "the timer is no child of the window");
+        QVERIFY(!timer->isActive());
+        QVERIFY(disconnect(timer, SIGNAL(timeout()), &Window(), SLOT(doTimerRec())));
     }
 
     void thePagesStandInOrderAndHomeIsFirst()
