@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QLocalSocket>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -25,6 +26,7 @@ private slots:
     void init();
     void numbersAreUnderstoodWherever_data();
     void numbersAreUnderstoodWherever();
+    void screensAreNumberedAsTheServerNamesThem();
     void recorderThatDiesBeforeTheStartLeavesNoRecording_data();
     void recorderThatDiesBeforeTheStartLeavesNoRecording();
     void quitBeforeTheFirstPictureStillGivesAPicture_data();
@@ -83,6 +85,27 @@ void ToolRecordingTest::numbersAreUnderstoodWherever()
     QCOMPARE(outcome.error, QByteArray("tool: there is no audio device 2, the list has 2.\n"));
     QCOMPARE(QDir(own).entryList(QDir::Files).isEmpty(),
              directory != "run" || permissions & QFile::WriteOther);
+}
+
+// The server names a monitor that was added before the one it began with.
+void ToolRecordingTest::screensAreNumberedAsTheServerNamesThem()
+{
+    const Outcome added =
+        RunProgram("xrandr", {"--setmonitor", "added", "300/100x200/100+100+50", "none"});
+    QVERIFY2(added.code == 0, added.error);
+    const auto remove = qScopeGuard([] { RunProgram("xrandr", {"--delmonitor", "added"}); });
+    const auto record = [](const QString& screen) {
+        return RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-i", screen, "o.mp4"});
+    };
+    const QByteArray first = record("0").output;
+    QVERIFY2(first.contains("-video_size 300x200 ") && first.contains("-grab_x 100 -grab_y 50 "),
+             first);
+    const QByteArray second = record("1").output;
+    QVERIFY2(second.contains("-video_size 1280x800 ") && second.contains("-grab_x 0 -grab_y 0 "),
+             second);
+    const Outcome third = record("2");
+    QCOMPARE(third.code, 1);
+    QCOMPARE(third.error, QByteArray("tool: there is no screen 2, the display has 2.\n"));
 }
 
 void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording_data()
