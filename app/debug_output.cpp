@@ -5,9 +5,10 @@
 
 namespace {
 
-QLoggingCategory::CategoryFilter g_pRules = nullptr; // Qt's own filter, which applies the rules
+QLoggingCategory::CategoryFilter g_pRules =
+    nullptr; // Qt's own filter, which applies the logging rules
 
-// The program's messages belong to the default category.
+// The program's messages are in the default category.
 void ApplyRules(QLoggingCategory* category)
 {
     g_pRules(category);
@@ -20,7 +21,8 @@ void ApplyRules(QLoggingCategory* category)
 
 void SendDebugOutputToStandardError()
 {
-    qputenv("QT_FORCE_STDERR_LOGGING", "1"); // a Qt built for journald or syslog logs there instead
-    qunsetenv("QT_MESSAGE_PATTERN");         // may leave the text out
+    qputenv("QT_FORCE_STDERR_LOGGING",
+            "1");                    // a Qt built for journald or syslog logs there otherwise
+    qunsetenv("QT_MESSAGE_PATTERN"); // may omit the text
     g_pRules = QLoggingCategory::installFilter(ApplyRules);
 }

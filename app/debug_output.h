@@ -1,5 +1,5 @@
 #pragma once
 
-/// Makes qDebug() write to standard error, whatever the environment, the logging rules of the
-/// system and the user, and the Qt build say. To be called before the application object is made.
+/// Makes qDebug() write to standard error, regardless of the environment, logging rules and the Qt
+/// build. Call it before creating the application object.
 void SendDebugOutputToStandardError();

@@ -11,15 +11,15 @@
 
 namespace {
 
-// The user's sound server, where libpulse does not find it by itself: it refuses to look into a
-// runtime directory of another user.
+// The user's sound server. libpulse does not find it by itself, because it refuses to use another
+// user's runtime directory.
 QString SoundServer()
 {
     const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
     return runtime.isEmpty() ? QString() : "unix:" + runtime + "/pulse/native";
 }
 
-// The file that lets its reader connect to the user's sound server; empty where there is none.
+// The cookie file that gives access to the user's sound server, or empty if there is none.
 QString SoundCookie()
 {
     const QString home = QDir::homePath();
@@ -33,9 +33,9 @@ QString SoundCookie()
     return {};
 }
 
-// What pkexec does not pass on: the user's screen, sound server and home, in which recordings are
-// saved. Settings and caches of Qt and its libraries stay root's: left in the user's home, they
-// could not be written by the user's own programs.
+// What pkexec does not pass on: the user's screen, sound server, and home directory for recordings.
+// Settings and caches of Qt and its libraries stay root's: in the user's home, the user's own
+// programs could not write to them.
 QStringList UserEnvironment()
 {
     QStringList assignments;
@@ -59,7 +59,7 @@ QStringList UserEnvironment()
     return assignments;
 }
 
-// Whether the process is still pkexec, that is, waits for the user's answer.
+// Whether the process is still pkexec, waiting for the user's answer.
 bool StillAsks(qint64 pid)
 {
     QFile name(QString("/proc/%1/comm").arg(pid));
@@ -75,12 +75,13 @@ void RelaunchAsAdministrator(const QString& program)
         return;
     }
     if (program.contains('=')) {
-        // env would take the path for a variable and run a program called "start" as root.
+        // env would take the path for a variable assignment and run a program called "start" as
+        // root.
         std::fprintf(stderr, "A program whose path has a \"=\" is not started as administrator.\n");
         return;
     }
-    // Never freed, on purpose: freeing it would end the second copy. pkexec refuses to work for a
-    // parent that is gone, so the launcher stays until the question is answered.
+    // Never freed on purpose: that would end the second instance. pkexec refuses to work if its
+    // parent is gone, so the launcher waits until the question is answered.
     auto* pkexec = new QProcess;
     pkexec->setProcessChannelMode(QProcess::ForwardedChannels);
     pkexec->start("pkexec",

@@ -21,9 +21,9 @@ namespace {
 
 constexpr auto kErrorFile = "Out.txt"; // in the working directory
 
-// Standard error goes into the file from its first byte on; an older, longer file keeps its tail.
-// A link is not followed: in a folder that others write to it may lead to any file of the user's.
-// Neither call is checked: without the file, standard error stays where it was.
+// Redirects standard error to the file from its start; an older, longer file keeps its tail. Does
+// not follow a link, which in a folder others can write to may point to any file of the user.
+// Neither call is checked: without the file, standard error stays as it was.
 int RedirectErrors()
 {
     const int file = open(kErrorFile, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0644);
@@ -41,12 +41,12 @@ void RunApplication()
     window->Init();
     CloseWatcher watcher(*window);
     window->show();
-    // Its many sizes are read while the window manager is busy with the window.
+    // Loads its many sizes while the window manager is busy with the window.
     QTimer::singleShot(0, [] { QApplication::setWindowIcon(QIcon(":/image/logo.ico")); });
     QApplication::exec();
 
     close(errors);
-    unlink(kErrorFile); // a file left behind tells of an abnormal end
+    unlink(kErrorFile); // if it stays, the program ended abnormally
     window.reset();     // finishes a running recording
 }
 
@@ -54,11 +54,11 @@ void RunApplication()
 
 void RunProgram(int& argc, char** argv)
 {
-    // Whoever reads our messages may go: the window, and a recording, must not go with it.
+    // If the reader of our messages goes away, the window and a recording must go on.
     std::signal(SIGPIPE, SIG_IGN);
     SendDebugOutputToStandardError();
     const QApplication application(argc, argv);
-    std::setlocale(LC_NUMERIC, "C"); // sizes read "1.50 KB" in every language
+    std::setlocale(LC_NUMERIC, "C"); // sizes are "1.50 KB" in every locale
     InstallTextCodec("GB2312");
     if (argc == 2) {
         RunApplication();

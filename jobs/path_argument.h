@@ -2,13 +2,12 @@
 
 #include <QString>
 
-// How a path stands in a command line for the tool.
+// Formats paths for a command line of the tool.
 
-/// `path` without double quotes and zero characters: the first would end its argument in the
-/// command line, the second in the list of arguments that the tool gets. A path that has one is not
-/// found.
+/// `path` without double quotes and zero characters. The former would end its argument in the
+/// command line, the latter in the tool's argument list. A path that contains one is not found.
 QString CommandPath(const QString& path);
 
-/// CommandPath in double quotes: one argument, whatever the path is. Of an empty text, which the
-/// splitting of a command line drops, the quotes alone.
+/// CommandPath() in double quotes: always one argument, whatever the path. An empty path gives just
+/// the quotes, which splitting a command line drops.
 QString Quoted(const QString& path);

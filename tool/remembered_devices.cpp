@@ -26,8 +26,9 @@ bool IsOwnedByUs(const std::string& directory)
     return stat(directory.c_str(), &info) == 0 && info.st_uid == geteuid();
 }
 
-// A directory that nobody else can write to, or empty if there is none. Root that records for a user
-// leaves the user's runtime directory alone: the user could not write to what root makes there.
+// A directory that nobody else can write to, or empty if there is none. Root recording for a user
+// does not use the user's runtime directory, because the user could not write to what root creates
+// there.
 fs::path OwnDirectory()
 {
     fs::path directory;

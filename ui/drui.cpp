@@ -97,8 +97,8 @@ DRUI::~DRUI()
     m_pRecProcess->waitForFinished(kToolWaitMs);
     m_pRecTimer->stop();
     delete m_pRecTimer;
-    // A process that is deleted while it runs hands out its last output, and the cut's slot reads
-    // the process of the conversions, which is gone by then.
+    // A process deleted while it runs emits its last output, and the cut's slot reads the
+    // conversion's process, which is already deleted then.
     for (QProcess* process : {m_pPlayerProcess, m_pDevProcess, m_pRecProcess, m_pChangeTSProcess,
                               m_pMergeProcess, m_pCutProcess}) {
         process->disconnect(this);

@@ -156,7 +156,7 @@ void DRUI::doTimerRec()
 void DRUI::ReadRecordInfo()
 {
     ReadToolText(*m_pRecProcess);
-    GiveToFolderOwner(QFile::encodeName(m_strRecFile).constData()); // it is there by now
+    GiveToFolderOwner(QFile::encodeName(m_strRecFile).constData()); // it exists by now
     if (!m_bIsStart) {
         AskToolToQuit(*m_pRecProcess);
         m_bQuitSent = true;

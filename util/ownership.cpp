@@ -29,8 +29,8 @@ private:
 
 } // namespace
 
-// Folder and file are opened once and asked through their descriptors: whoever owns the folder may
-// exchange names in it at any time, but cannot make root change a file of another folder.
+// Opens folder and file once and uses their descriptors: the folder's owner may exchange names in
+// it at any time, but must not make root change a file elsewhere.
 void GiveToFolderOwner(const char* path)
 {
     if (geteuid() != 0) {
@@ -52,7 +52,7 @@ void GiveToFolderOwner(const char* path)
     }
     const bool isPlain = S_ISDIR(made.st_mode) || (S_ISREG(made.st_mode) && made.st_nlink == 1);
     if (isPlain && made.st_uid == 0 && owner.st_uid != 0) {
-        // Without effect on a file system without owners.
+        // Has no effect on a file system without owners.
         [[maybe_unused]] const int result = fchown(file.Number(), owner.st_uid, owner.st_gid);
     }
 }

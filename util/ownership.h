@@ -1,6 +1,6 @@
 #pragma once
 
-/// For a program that runs as root: gives a file or folder that root owns to the owner and group of
-/// the folder that it lies in, so that what is made in a user's folder is the user's. Neither a
-/// symbolic link nor a file with a second name is changed. Any other user changes nothing.
+/// If the program runs as root, gives a file or folder owned by root to the owner and group of its
+/// parent folder, so that what is created in a user's folder belongs to the user. Does not change
+/// symbolic links or files with several links. Does nothing for other users.
 void GiveToFolderOwner(const char* path);

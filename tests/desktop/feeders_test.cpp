@@ -1,5 +1,5 @@
-// The two processes beside ffmpeg, read as ffmpeg reads them: pictures and sound keep to the clock
-// whatever happens to them.
+// The two feeders, read like ffmpeg reads them: frames and sound keep to the clock whatever
+// happens.
 #include "tests/support/signal/sound_analysis.h"
 #include "tests/support/sound_server.h"
 #include "tool/arguments.h"
@@ -48,12 +48,12 @@ QList<QByteArray> Children()
                                           : QList<QByteArray>();
 }
 
-// What a feeder hands out, and the feeder.
+// A feeder and its output.
 class Outlet
 {
 public:
-    // `start` gives the pipe to read, negative on failure. It changes what becomes of this
-    // process's children: undone here, for they are asked how they ended.
+    // `start` returns the pipe to read, or a negative number on failure. It ignores SIGCHLD, which
+    // is undone here because the exit codes of the children are needed.
     explicit Outlet(const std::function<int()>& start)
     {
         struct sigaction before = {};
@@ -91,7 +91,7 @@ public:
         close(m_nPipe);
         m_nPipe = -1;
     }
-    // Reads what is there, and waits for it up to 10 ms.
+    // Reads what is there, waiting up to 10 ms.
     void Read()
     {
         pollfd pipe{m_nPipe, POLLIN, 0};
@@ -134,7 +134,7 @@ double SecondsOfSound(const Outlet& outlet)
     return static_cast<double>(outlet.Bytes().size()) / 4 / kRate;
 }
 
-// That the sound is as long as the time since that moment, or soon is again.
+// Checks that the sound is as long as the time since that moment, or soon is again.
 void ExpectInTime(Outlet& outlet, Clock::time_point moment)
 {
     double late = 0;
@@ -145,7 +145,7 @@ void ExpectInTime(Outlet& outlet, Clock::time_point moment)
     QVERIFY2(outlet.ReadUntil(inTime, 5000), qPrintable(QString("%1 s behind").arg(late)));
 }
 
-// How loud a tone is in the last half a second.
+// The loudness of a tone in the last half second.
 double Level(const Outlet& outlet, int hertz)
 {
     std::vector<int16_t> samples;
@@ -172,7 +172,7 @@ qsizetype CountOfPictures(const Outlet& outlet, const tool::Rectangle& area = kS
            static_cast<qsizetype>(tool::YuvBytes(area.width, area.height));
 }
 
-// That there are as many pictures as the time since the start asks for, or soon are again.
+// Checks that there are as many frames as the time since the start needs, or soon are again.
 void ExpectInTime(Outlet& outlet, const RecordingStart& start, const tool::Rectangle& area = kSmall)
 {
     double due = 0;
@@ -209,7 +209,7 @@ private slots:
     void noPicturesWithoutAScreen();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
-    // Never freed: other processes have it too.
+    // Never freed: other processes use it too.
     RecordingStart* m_pStart = nullptr;
 };
 
@@ -320,7 +320,7 @@ void FeedersTest::startIsToldWhenThePicturesAreRead()
     const Clock::time_point before = Clock::now();
     QVERIFY(outlet->ReadUntil([&] { return m_pStart->Get().has_value(); }));
     QVERIFY(*m_pStart->Get() >= before && *m_pStart->Get() <= Clock::now());
-    // The first picture belongs to that moment, the others follow in step.
+    // The first frame is taken at that moment, and the others follow at the frame rate.
     QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Get()) >= 1; }));
     ExpectInTime(*outlet, *m_pStart);
 }
@@ -339,7 +339,8 @@ void FeedersTest::picturesThatWereMissedAreFilledIn()
 
 void FeedersTest::picturesAreAllThereForASlowReader()
 {
-    const tool::Rectangle area{0, 0, 320, 200}; // the pipe and the queue hold half a second of it
+    const tool::Rectangle area{0, 0, 320,
+                               200}; // half a second of frames fits into the pipe and the queue
     const auto outlet = Pictures(m_pStart, area);
     QVERIFY2(outlet->IsGood(), "no pictures");
     QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet, area) >= 5; }));

@@ -213,8 +213,7 @@ void ScreenGrabDesktopTest::everyMonitorIsRecordedByItsNumber()
              qPrintable(none.Text()));
 }
 
-// As on a machine that has too much to do: what could not be grabbed is the picture before, for as
-// long as it took.
+// As on a busy machine: frames that could not be grabbed repeat the previous one for that time.
 void ScreenGrabDesktopTest::stalledGrabberLeavesNoGap()
 {
     OwnScreen screen({"-screen", "0", kSize});
@@ -261,7 +260,7 @@ void ScreenGrabDesktopTest::screenOfTenBitColoursIsRecorded_data()
     QTest::newRow("in the server's answers") << QStringList{"-extension", "MIT-SHM"};
 }
 
-// ffmpeg's own grab does not know such pixels.
+// ffmpeg's own grabber does not support such pixels.
 void ScreenGrabDesktopTest::screenOfTenBitColoursIsRecorded()
 {
     QFETCH(QStringList, options);

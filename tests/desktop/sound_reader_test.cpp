@@ -1,5 +1,5 @@
-// Reads sources of a real sound server that is ended, that loses a source, that is asked to give
-// another one instead.
+// Reads sources of a real sound server that is killed, loses a source, or is asked to move a
+// stream.
 #include "tests/support/signal/beeper.h"
 #include "tests/support/signal/sound_analysis.h"
 #include "tests/support/sound_server.h"
@@ -34,7 +34,7 @@ load-module module-sine-source source_name=high frequency=1300
 set-default-source high
 )";
 
-// Everything that a reader hears.
+// Everything a reader receives.
 class Ear
 {
 public:
@@ -65,7 +65,7 @@ public:
         m_heard[source].samples.clear();
         m_heard[source].pieces.clear();
     }
-    // Until this much has been heard from now on.
+    // Waits until this much more has been received.
     bool Listen(size_t source, double seconds)
     {
         Forget(source);
@@ -77,14 +77,14 @@ public:
     {
         return static_cast<double>(m_heard[source].samples.size()) / kRate;
     }
-    // How loud a tone is in what was heard since Listen began.
+    // The loudness of a tone in what was received since Listen().
     double Level(size_t source, int hertz) const
     {
         return Amplitude(m_heard[source].samples, kRate, hertz);
     }
     int Opened(size_t source) const { return m_heard[source].opened; }
 
-    // When the beeps begin that were heard since Listen began, as the reader dates them.
+    // The start times of the beeps received since Listen(), according to the reader.
     std::vector<SteadyTime> Beeps(size_t source, int hertz) const
     {
         const Heard& heard = m_heard[source];
@@ -109,7 +109,7 @@ private:
     };
     struct Heard
     {
-        std::vector<int16_t> samples; // of the left channel
+        std::vector<int16_t> samples; // left channel
         std::vector<Piece> pieces;
         int opened = 0;
     };
@@ -126,7 +126,7 @@ private:
     tool::SoundReader m_reader;
 };
 
-// The number that the server gives to the only one who listens.
+// The server's index of the only listening stream.
 QString Listener(const SoundServer& server)
 {
     return server.Ask({"list", "short", "source-outputs"}).section('\t', 0, 0);
@@ -196,9 +196,9 @@ void SoundReaderTest::soundIsDatedByWhenItIsHeard()
     QList<double> off;
     for (int i = 0; i < kBeeps; ++i) {
         const SteadyTime heard = beeper.Beep();
-        std::this_thread::sleep_until(heard + 250ms); // as in a process that is kept waiting
+        std::this_thread::sleep_until(heard + 250ms); // like a process that is not scheduled
         QVERIFY(ear.Listen(0, 0.4));
-        // A busy machine plays some late, cuts them in two or leaves them out.
+        // A busy machine plays some late, splits or drops them.
         const auto beeps = ear.Beeps(0, hertz);
         if (!beeps.empty()) {
             off << std::chrono::duration<double, std::milli>(beeps.front() - heard).count();
@@ -245,7 +245,7 @@ void SoundReaderTest::sourceThatReturnsIsHeardAgain()
     QCOMPARE(ear.Opened(1), 1);
 }
 
-// The server gives those who listen to a source that has gone another one, where it may.
+// The server moves streams from a source that is gone to another one, if they allow it.
 void SoundReaderTest::noOtherSourceIsHeardInstead()
 {
     SoundServer server(kTones);
@@ -253,9 +253,9 @@ void SoundReaderTest::noOtherSourceIsHeardInstead()
     Ear ear({"low"});
     QVERIFY2(ear.Listen(0, 0.2), "nothing is heard");
     QVERIFY(TakeAway(server, "low"));
-    ear.ListenUntil([] { return false; }, 300); // what was on its way
+    ear.ListenUntil([] { return false; }, 300); // what was still in transit
     ear.Forget(0);
-    constexpr int milliseconds = 1500; // it is asked for twice a second
+    constexpr int milliseconds = 1500; // the reader retries twice a second
     QVERIFY2(!ear.ListenUntil([&] { return ear.Seconds(0) > 0; }, milliseconds),
              "another source is heard");
 }

@@ -1,5 +1,5 @@
-// Recordings that are asked to end in another way than by a key, or that lose one of the processes
-// beside ffmpeg. All of a test run at once, on a small screen.
+// Recordings that are stopped by something other than a key, or that lose one of the processes
+// beside ffmpeg. All recordings of a test run at once, on a small screen.
 #include "tests/support/ordinary_movie.h"
 #include "tests/support/test_pattern_process.h"
 #include "tests/support/tool_movies.h"
@@ -17,10 +17,10 @@
 
 namespace {
 
-constexpr int kHelpers = 5;     // keeper, guard of the keys, passer of the keys, pictures, sound
+constexpr int kHelpers = 5;     // keeper, key feeder and its guard, screen feeder, sound feeder
 constexpr double kBefore = 1.5; // seconds recorded before something happens
 
-// The process that makes the disk have the file: a child of ffmpeg that has it open. 0: none.
+// The keeper: a child of ffmpeg that has the file open, or 0.
 pid_t Keeper(const Take& take)
 {
     for (const pid_t helper : take.Children()) {
@@ -39,7 +39,7 @@ double SecondsIn(const QString& path)
     return static_cast<double>(PictureDigests(path).size()) / 29.97;
 }
 
-// What ffmpeg tells last when it has written all.
+// The last line ffmpeg prints when it has written everything.
 bool IsFinished(const Take& take)
 {
     return take.Text().contains("muxing overhead");
@@ -64,7 +64,7 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is not
         QByteArray name;
         std::function<void(Take&)> act;
         std::unique_ptr<Take> take = {};
-        double before = 0; // seconds that ffmpeg had
+        double before = 0; // seconds ffmpeg had read
     };
     void RunAll(std::vector<Case>& cases, const QString& name);
 
@@ -79,7 +79,7 @@ void ToolEndTest::initTestCase()
     RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-list_devices", "true", "-i", ""});
 }
 
-// Starts them all, does to each what is to be done, and waits for their ends.
+// Starts them all, performs the action on each, and waits for their ends.
 void ToolEndTest::RunAll(std::vector<Case>& cases, const QString& name)
 {
     for (size_t i = 0; i < cases.size(); ++i) {
@@ -121,7 +121,7 @@ void ToolEndTest::signalEndsTheRecordingAsAKeyDoes()
         const QString path = one.take->Path();
         QTRY_VERIFY2(IsOrdinary(path), one.name + ": it is still in pieces");
         QCOMPARE(DecodingErrors(path), QByteArray());
-        // All that ffmpeg had when it was told is in the file.
+        // Everything ffmpeg had at that time is in the file.
         const double seconds = SecondsIn(path);
         QVERIFY2(seconds >= one.before - 0.1, one.name + ": " + QByteArray::number(seconds) +
                                                   " s of " + QByteArray::number(one.before));
@@ -129,7 +129,7 @@ void ToolEndTest::signalEndsTheRecordingAsAKeyDoes()
     }
 }
 
-// The recorder has died without anybody's seeing it: its end of the pipe is closed.
+// The recorder has died unnoticed: its end of the pipe is closed.
 void ToolEndTest::endOfTheKeyboardEndsTheRecording()
 {
     std::vector<Case> cases;
@@ -170,7 +170,7 @@ void ToolEndTest::stopWorksWhateverHelperIsKilled()
     for (const Case& one : cases) {
         QVERIFY2(one.take->WaitForEnd(), one.name + ": it records on");
         const QString path = one.take->Path();
-        if (one.take.get() != withoutKeeper) { // else it stays in pieces, which play as well
+        if (one.take.get() != withoutKeeper) { // otherwise it stays fragmented, which plays as well
             QTRY_VERIFY2(IsOrdinary(path), one.name + ": it is still in pieces");
         }
         QCOMPARE(DecodingErrors(path), QByteArray());
@@ -178,7 +178,7 @@ void ToolEndTest::stopWorksWhateverHelperIsKilled()
     }
 }
 
-// The signal by which the keeper is told that ffmpeg has ended can be sent by anybody.
+// Anybody can send the signal that tells the keeper that ffmpeg has ended.
 void ToolEndTest::keeperSettlesNothingBeforeTheEnd()
 {
     Take take(m_folder.filePath("told wrongly.mp4"), "0:1");

@@ -1,5 +1,5 @@
-// The process that keeps a recording's file, and in which order the disk is given what it writes. A
-// process forked by the test stands for ffmpeg.
+// The keeper, and the order in which it flushes data to disk. A process forked by the test acts as
+// ffmpeg.
 #include "tests/support/ordinary_movie.h"
 #include "tests/support/tool_movies.h"
 #include "tool/end_signal.h"
@@ -29,15 +29,15 @@ namespace {
 // Shared by all processes of a test.
 struct Shared
 {
-    std::atomic<ino_t> folder = 0; // the last one that the disk was made to have
-    std::atomic<off_t> size = 0;   // of the file that it was made to have last
+    std::atomic<ino_t> folder = 0; // the last folder flushed to disk
+    std::atomic<off_t> size = 0;   // size of the last file flushed to disk
     std::atomic<int> terminated = 0;
     std::atomic<bool> isReady = false;
 };
 
 Shared* g_shared = nullptr;
 
-// What lay in the file of this name each time the disk was made to have it.
+// The content of this file at each flush.
 QString g_watched;
 QList<QByteArray> g_contents;
 bool g_diskFails = false;
@@ -58,7 +58,7 @@ void Note(int file)
 
 } // namespace
 
-// In the place of the system's own.
+// Replaces the system's function.
 extern "C" int fsync(int file)
 {
     Note(file);
@@ -101,7 +101,7 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is no 
 
 namespace {
 
-// Whether all children of this process, orphans included, end by themselves.
+// Whether all children of this process, orphans included, exit by themselves.
 bool AllEnd()
 {
     const QDeadlineTimer patience(10000);
@@ -155,7 +155,7 @@ void ToolKeeperTest::cleanup()
     g_diskFails = false;
 }
 
-// "ffmpeg" opens the file `written` and goes on; the keeper has been told the name `named`.
+// "ffmpeg" opens the file `written` and goes on. The keeper gets the name `named`.
 void ToolKeeperTest::StartFfmpeg(const QString& named, const QString& written, bool watchesSignals)
 {
     QVERIFY(Write(written, m_pieces));
@@ -166,7 +166,7 @@ void ToolKeeperTest::StartFfmpeg(const QString& named, const QString& written, b
         std::signal(SIGHUP, SIG_DFL);
         tool::StartKeeper(QFile::encodeName(named).toStdString(), watchesSignals);
         tool::KeepEndSignals();
-        // ffmpeg has other files open as well, before it and after it.
+        // ffmpeg has other files open too, before and after this one.
         const int other = open("/proc/self/exe", O_RDONLY);
         const int file = open(QFile::encodeName(written), O_RDWR);
         g_shared->isReady = other >= 0 && file >= 0;
@@ -185,7 +185,7 @@ void ToolKeeperTest::EndFfmpeg()
     QVERIFY2(AllEnd(), "the keeper goes on");
 }
 
-// How often the keeper has gone to sleep, which it does between two looks.
+// How often the keeper has gone to sleep, which it does between two checks.
 int ToolKeeperTest::Sleeps() const
 {
     const QByteArray keeper = Content(QString("/proc/%1/task/%1/children").arg(m_ffmpeg)).trimmed();
@@ -211,7 +211,7 @@ void ToolKeeperTest::movedFileIsSettledWhereItLies()
     StartFfmpeg(Path("r.mp4"), Path("r.mp4"));
     QTRY_COMPARE(g_shared->size.load(), static_cast<off_t>(m_pieces.size()));
     QVERIFY(QFile::rename(Path("r.mp4"), Path("moved.mp4")));
-    QVERIFY(Write(Path("r.mp4"), m_pieces)); // somebody else's
+    QVERIFY(Write(Path("r.mp4"), m_pieces)); // a file of somebody else
     EndFfmpeg();
     QVERIFY2(IsOrdinary(Path("moved.mp4")), "it is still in pieces");
     QVERIFY2(Content(Path("r.mp4")) == m_pieces, "another file was changed");
@@ -231,7 +231,7 @@ void ToolKeeperTest::diskHasTheFileAndItsName()
     QTRY_COMPARE(g_shared->size.load(), static_cast<off_t>(m_pieces.size() + 5000));
 }
 
-// A recording of that name was there before, and ffmpeg has been told not to write over it.
+// A recording of that name existed before, and ffmpeg was told not to overwrite it.
 void ToolKeeperTest::fileThatFfmpegDoesNotWriteIsLeftAlone()
 {
     QVERIFY(Write(Path("there.mp4"), m_pieces));
@@ -264,7 +264,7 @@ void ToolKeeperTest::hangUpTerminatesFfmpegOnce()
     if (times > 0) {
         QTRY_COMPARE(g_shared->terminated.load(), times);
     }
-    // Two more looks at the file, and so at the signal.
+    // Two more checks of the file, and so of the signal.
     for (const int added : {1, 2}) {
         QFile more(path);
         QVERIFY(more.open(QIODevice::Append) && more.write("x") == 1);
@@ -274,7 +274,7 @@ void ToolKeeperTest::hangUpTerminatesFfmpegOnce()
     QCOMPARE(g_shared->terminated.load(), times);
 }
 
-// In between the file is the one movie or the other, whenever the power fails.
+// In between the file is either one movie or the other, whenever the power fails.
 void ToolKeeperTest::diskHasTheIndexBeforeItIsUsed()
 {
     const QString path = Path("r.mp4");

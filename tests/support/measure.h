@@ -22,7 +22,7 @@ Memory MemoryOf(qint64 pid);
 // Processor seconds these processes have used, including children that have ended.
 double CpuSeconds(const QList<qint64>& pids);
 
-// Seconds each of these processes has been ready to run and waiting for a processor.
+// The seconds each of these processes was runnable but had no processor.
 QMap<qint64, double> WaitSeconds(const QList<qint64>& pids);
 
 // All descendants of this process.

@@ -1,5 +1,5 @@
-// A sound server of a test's own, to be set up as the test wants it and to be ended while it is in
-// use.
+// A sound server of a test's own, with its own configuration, which the test can kill while it is
+// in use.
 #pragma once
 
 #include <QProcess>
@@ -8,21 +8,21 @@
 class SoundServer
 {
 public:
-    // `setUp`: its start script, one command a line. Whatever this process and its children do with
-    // sound from now on is done with this server.
+    // `setUp`: its start script, one command per line. From now on this process and its children
+    // use this server.
     explicit SoundServer(const QByteArray& setUp);
     SoundServer(const SoundServer&) = delete;
     SoundServer& operator=(const SoundServer&) = delete;
     ~SoundServer();
 
-    // Starts it, also once more; false when it does not answer.
+    // Starts or restarts it. Returns false if it does not answer.
     bool Start();
-    // Ends it at once.
+    // Kills it.
     void Kill();
 
-    // Gives it a command of pactl's; false when it refuses.
+    // Runs a pactl command. Returns false if the server refuses it.
     bool Command(const QStringList& words) const;
-    // What it answers to one, for instance {"list", "short", "sources"}.
+    // The output of a pactl command, such as {"list", "short", "sources"}.
     QString Ask(const QStringList& words) const;
 
 private:

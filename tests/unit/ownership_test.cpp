@@ -33,7 +33,7 @@ QString OwnerOf(const QString& path)
 
 } // namespace
 
-// What root makes in a user's folder becomes the user's.
+// What root creates in a user's folder belongs to the user.
 class OwnershipTest : public QObject
 {
     Q_OBJECT
@@ -111,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(OwnerOf(path), QString("1:1"));
     }
 
-    // Whoever waits for a pipe's other end would wait for ever.
+    // Opening a pipe would block forever.
     void aPipeIsLeftAlone()
     {
         const QString path = m_folder + "/a.mp4";

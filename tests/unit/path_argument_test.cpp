@@ -9,8 +9,7 @@
 #include <QRandomGenerator>
 #include <QTest>
 
-// Whatever a path is, it is one argument of the command that the program forms, and nothing of it
-// becomes another one.
+// Any path is one argument of the command, and no part of it becomes another one.
 class PathArgumentTest : public QObject
 {
     Q_OBJECT
@@ -33,7 +32,7 @@ private Q_SLOTS:
                  QString("/v/.profile/x.mp4"));
     }
 
-    // Blanks, options, several quotes in a row (three are one literal quote to the splitting).
+    // Blanks, options, several quotes in a row (three are a literal quote when splitting).
     void everyCommandKeepsEveryPathInOneArgument_data()
     {
         QTest::addColumn<QString>("path");
@@ -62,7 +61,7 @@ private Q_SLOTS:
         }
     }
 
-    // The same for paths made at random of the characters that mean something to somebody.
+    // The same for random paths of special characters.
     void everyCommandKeepsRandomPathsInOneArgument()
     {
         static constexpr char16_t letters[] = u"\"\"\"\"   --yafi.|:'`$\\/%\n\t\0ä\u2028录";
@@ -79,7 +78,7 @@ private Q_SLOTS:
         }
     }
 
-    // What ends up as the screen's index is what the tool printed.
+    // The screen's index is what the tool printed.
     void theScreensIndexEndsNoArgument()
     {
         const QString line = RecordCommand("t", {'"', 0, 2}, -1, "/s/a.mp4");
@@ -96,7 +95,7 @@ private:
         QStringList arguments;
     };
 
-    // Every command that the program forms, with `path` wherever one stands.
+    // Every command the program forms, with `path` in every place of a path.
     static QList<Command> CommandsWith(const QString& path)
     {
         const QString tool = Quoted(path + "/tool");

@@ -1,5 +1,5 @@
-// The processes beside ffmpeg. A process forked by the test stands for ffmpeg; what they report
-// comes back in shared memory.
+// The processes beside ffmpeg. A process forked by the test acts as ffmpeg. They report through
+// shared memory.
 #include "tool/companion.h"
 
 #include <QDeadlineTimer>
@@ -24,8 +24,8 @@ struct Shared
 {
     std::atomic<pid_t> companion = 0;
     std::atomic<bool> done = false;
-    std::atomic<int> received = 0; // signals that "ffmpeg" was sent
-    std::atomic<int> handled = 0;  // signals that the companion is through with
+    std::atomic<int> received = 0; // signals sent to "ffmpeg"
+    std::atomic<int> handled = 0;  // signals handled by the companion
     std::array<int, 2> kept{-1, -1};
     std::array<bool, 3> standardIsNull{};
     ino_t keptFile = 0;
@@ -34,7 +34,7 @@ struct Shared
 
 Shared* g_shared = nullptr;
 
-// A process that ends by itself should this one be killed.
+// A process that exits if this one is killed.
 pid_t Fork(const std::function<void()>& run)
 {
     const pid_t child = fork();
@@ -53,7 +53,7 @@ void WaitForSignals()
     }
 }
 
-// A companion that reports its number and then waits.
+// A companion that reports its process id and then waits.
 void BeginWaiting(const std::vector<int>&)
 {
     g_shared->companion = getpid();
@@ -63,7 +63,7 @@ void BeginWaiting(const std::vector<int>&)
     }
 }
 
-// Whether all children of this process, orphans included, end by themselves.
+// Whether all children of this process, orphans included, exit by themselves.
 bool AllEnd()
 {
     const QDeadlineTimer patience(10000);
@@ -84,7 +84,7 @@ bool Exists(pid_t process)
     return kill(process, 0) == 0;
 }
 
-// The set of signals of a process that /proc names so.
+// A process's signal set with this name in /proc.
 quint64 Signals(pid_t process, const QByteArray& set)
 {
     QFile status(QString("/proc/%1/status").arg(process));
@@ -128,7 +128,7 @@ void ToolCompanionTest::initTestCase()
         mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     QVERIFY(memory != MAP_FAILED);
     g_shared = static_cast<Shared*>(memory);
-    // Orphans become children of this process, which can wait for them.
+    // Orphans become children of this process, which can then wait for them.
     QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
 }
 
@@ -148,7 +148,7 @@ void ToolCompanionTest::cleanup()
     }
 }
 
-// "ffmpeg" starts a companion, counts the signals it gets, and goes on until it is killed.
+// "ffmpeg" starts a companion, counts the signals it gets, and runs until it is killed.
 void ToolCompanionTest::StartFfmpeg(const std::function<void(const std::vector<int>&)>& run)
 {
     m_ffmpeg = Fork([&] {
@@ -170,7 +170,7 @@ void ToolCompanionTest::endsWithFfmpeg()
     g_shared->companion = 0;
 }
 
-// The only moment at which nobody would tell it: before it has asked to be told.
+// The only moment without notification: before it has requested one.
 void ToolCompanionTest::isNotStartedForFfmpegThatHasEnded()
 {
     for (int i = 0; i < 50; ++i) {
@@ -204,7 +204,7 @@ void ToolCompanionTest::hasNothingOpenButWhatItKeeps()
             for (int i = 0; i < 1024; ++i) {
                 g_shared->openFiles += fcntl(i, F_GETFD) >= 0 ? 1 : 0;
             }
-            // The order: what is written into the first comes out of the second.
+            // Checks the order: what is written to the first comes out of the second.
             char letter = 'x';
             g_shared->done = write(kept[0], &letter, 1) == 1 && read(kept[1], &letter, 1) == 1;
             BeginWaiting(kept);
@@ -223,7 +223,7 @@ void ToolCompanionTest::hasNothingOpenButWhatItKeeps()
     close(ends[1]);
 }
 
-// ffmpeg would never ask for it.
+// ffmpeg would never wait for it.
 void ToolCompanionTest::leavesNoExitCode()
 {
     m_ffmpeg = Fork([] {
@@ -259,7 +259,7 @@ void ToolCompanionTest::requestToEndReachesFfmpeg()
     QVERIFY2(Exists(g_shared->companion), "the companion has ended");
 }
 
-// Its parent is another process then, which has nothing to do with it.
+// Its parent is then an unrelated process.
 void ToolCompanionTest::requestToEndOfAnOrphanReachesNobody()
 {
     StartFfmpeg([](const std::vector<int>& kept) {
@@ -269,7 +269,7 @@ void ToolCompanionTest::requestToEndOfAnOrphanReachesNobody()
     QCOMPARE(kill(m_ffmpeg, SIGKILL), 0);
     QCOMPARE(waitpid(m_ffmpeg, nullptr, 0), m_ffmpeg);
     m_ffmpeg = 0;
-    static std::atomic<int> received = 0; // by the new parent, this process
+    static std::atomic<int> received = 0; // received by the new parent, this process
     std::signal(SIGHUP, [](int) { ++received; });
     QCOMPARE(kill(g_shared->companion, SIGTERM), 0);
     QTRY_COMPARE(g_shared->handled.load(), 1);

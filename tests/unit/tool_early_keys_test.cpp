@@ -91,21 +91,21 @@ bool HasChildren()
     return waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
-// The only child of a process; 0 when it has none.
+// The only child of a process, or 0.
 pid_t ChildOf(pid_t parent)
 {
     QFile children(QString("/proc/%1/task/%1/children").arg(parent));
     return children.open(QIODevice::ReadOnly) ? children.readAll().trimmed().toInt() : 0;
 }
 
-// The process that passes the keys on; 0 when there is none yet.
+// The process that passes the keys on, or 0.
 pid_t Passer()
 {
     const pid_t guard = ChildOf(getpid());
     return guard > 0 ? ChildOf(guard) : 0;
 }
 
-// Whether SIGHUP is in this set of signals of the process, as /proc names it.
+// Whether SIGHUP is in this signal set of the process, named as in /proc.
 bool HangUpIn(pid_t process, const QByteArray& set)
 {
     QFile status(QString("/proc/%1/status").arg(process));
@@ -327,7 +327,7 @@ void ToolEarlyKeysTest::signalsCountAsQuit_data()
     }
 }
 
-// This process stands for ffmpeg.
+// This process acts as ffmpeg.
 void ToolEarlyKeysTest::signalsCountAsQuit()
 {
     QFETCH(QByteArray, receiver);
@@ -345,7 +345,7 @@ void ToolEarlyKeysTest::signalsCountAsQuit()
                                                 : Passer();
     QCOMPARE(kill(process, signal), 0);
     QCOMPARE(keyboard.Read(), QByteArray("q"));
-    // Once, however many signals come.
+    // Once, however many signals arrive.
     kill(ChildOf(getpid()), SIGTERM);
     QVERIFY(keyboard.Type("2"));
     QCOMPARE(keyboard.Read(), QByteArray("2"));

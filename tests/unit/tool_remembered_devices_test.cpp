@@ -1,4 +1,4 @@
-// The lists of devices that `tool` keeps for the recording that follows.
+// The device lists that `tool` keeps for the next recording.
 #include "tool/remembered_devices.h"
 
 #include <QDir>
@@ -75,7 +75,7 @@ void ToolRememberedDevicesTest::listIsRemembered()
     QVERIFY(RecallDevices() == Sources());
 }
 
-// Another program has listed devices since.
+// Another program has listed devices in the meantime.
 void ToolRememberedDevicesTest::ownListComesBeforeTheLastOfAll()
 {
     RememberDevices({"mine"});
@@ -128,7 +128,7 @@ void ToolRememberedDevicesTest::listThatCannotBeWrittenLeavesNothingBehind()
     } else {
         QVERIFY(QFile::remove(OwnList()) && QDir().mkpath(OwnList() + "/something"));
         RememberDevices({"second"});
-        QVERIFY(RecallDevices() == Sources{"second"}); // from the list for all
+        QVERIFY(RecallDevices() == Sources{"second"}); // from the shared list
     }
     const QStringList left = QDir(Folder()).entryList({"*.new-*"});
     QVERIFY2(left.isEmpty(), qPrintable(left.join(' ')));

@@ -15,7 +15,7 @@ uid_t OwnerOf(const QString& path)
 
 } // namespace
 
-// Run as root for a user, the program leaves that user nothing that is root's.
+// The program, run as root for a user, leaves nothing owned by root.
 class AdministratorTest : public VideoPageTest
 {
     Q_OBJECT

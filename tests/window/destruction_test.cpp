@@ -3,7 +3,7 @@
 #include <QProcess>
 #include <QThread>
 
-// The end of the window while its tools still run.
+// Destroys the window while its tools are still running.
 class DestructionTest : public WindowTest
 {
     Q_OBJECT
@@ -12,8 +12,8 @@ private Q_SLOTS:
     void init() { Prepare(); }
     void cleanup() { CloseWindow(); }
 
-    // The cut's slot reads the process of the conversions. A cut that outlives its wait of 30 s has
-    // output left when its process is deleted, last of all.
+    // The cut's slot reads the conversion's process. A cut that takes longer than its wait of 30 s
+    // has output left when its process is deleted, which happens last.
     void theLastOutputOfACutIsReadByNobody()
     {
         DRUI& window = OpenWindow();
@@ -21,7 +21,7 @@ private Q_SLOTS:
         const QString ready = BesideProgram("ready");
         QFile::remove(ready);
         cut->startCommand("/bin/sh -c \"echo frame=; touch '" + ready + "'; exec sleep 60\"");
-        // No event is handled meanwhile, so that the output stays unread.
+        // No event is processed here, so the output stays unread.
         for (int i = 0; i < 2000 && !QFile::exists(ready); ++i) {
             QThread::msleep(5);
         }

@@ -1,4 +1,4 @@
-// What the window tells of the free space, and when it stops a recording for want of it. The disk's
+// The free space the window shows, and when it stops a recording for lack of space. The disk's
 // answers are scripted.
 #include "tests/window/fake_tool.h"
 #include "tests/window/modal_boxes.h"
@@ -11,7 +11,7 @@
 #include <sys/statvfs.h>
 
 namespace {
-QHash<QByteArray, quint64> g_free; // bytes, by directory; the real disk answers for others
+QHash<QByteArray, quint64> g_free; // free bytes by directory; others get the real value
 QList<QByteArray> g_asked;
 } // namespace
 
@@ -79,7 +79,8 @@ private Q_SLOTS:
         QCOMPARE(Shown(), QString("10.00 MB"));
     }
 
-    // It was read when the page was made, and is not read again until another directory is chosen.
+    // It was read when the page was created, and is not read again until another directory is
+    // chosen.
     void aRecordingDoesNotRefreshTheSpaceShown()
     {
         EnterRecordPage();
@@ -123,7 +124,7 @@ private Q_SLOTS:
         }
     }
 
-    // The timer alone sees to it.
+    // Only the timer does this.
     void aDiskThatFillsUpStopsTheRecording()
     {
         EnterRecordPage();

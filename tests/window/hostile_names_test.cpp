@@ -5,11 +5,11 @@
 
 namespace {
 
-// Options for ffmpeg behind a quote that ends the argument, as a file's or a folder's name.
+// A file or folder name with ffmpeg options after a quote that would end the argument.
 const QString kHostile = "a\" -c copy -f u8 -y .bashrc -f null \"";
 const QString kHarmless = "a -c copy -f u8 -y .bashrc -f null ";
 
-// A second of 8-bit sound whose samples are `text`, over and over.
+// A second of 8-bit sound whose samples are `text`, repeated.
 QByteArray Wav(const QByteArray& text)
 {
     constexpr qsizetype rate = 8000;
@@ -33,7 +33,7 @@ QStringList AllFiles(const QString& folder)
 
 } // namespace
 
-// Names of files and folders that hold double quotes reach the tool as a part of one argument.
+// Names of files and folders with double quotes reach the tool as part of one argument.
 class HostileNamesTest : public VideoPageTest
 {
     Q_OBJECT
@@ -118,7 +118,7 @@ private Q_SLOTS:
         QCOMPARE(Calls(), QStringList{"<-i><" + SaveDirectory() + '/' + kHarmless + "/b.mp4>"});
     }
 
-    // A zero character would end the path in the argument that the tool gets.
+    // A zero character would end the path in the tool's argument.
     void theSaveDirectoryOfTheSettingsFileIsAPartOfThePath_data()
     {
         QTest::addColumn<QString>("directory");

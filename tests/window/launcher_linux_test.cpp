@@ -5,7 +5,7 @@
 #include <csignal>
 #include <pwd.h>
 
-// The launcher role with a scripted pkexec, which notes what it is asked for.
+// The launcher role with a scripted pkexec, which records its arguments.
 class LauncherLinuxTest : public RealProgramTest
 {
     Q_OBJECT
@@ -82,7 +82,7 @@ private Q_SLOTS:
                                     {"PULSE_COOKIE", ""}}));
     }
 
-    // pkexec refuses to work for a parent that is gone.
+    // pkexec refuses to work if its parent is gone.
     void theLauncherWaitsWhilePkexecAsks()
     {
         InstallBeside("pkexec", "#!/bin/bash\necho $$ >asking\nuntil [[ -e answer ]]; do\n"
@@ -120,7 +120,7 @@ private Q_SLOTS:
         QCOMPARE(Program().exitCode(), 0);
     }
 
-    // env would take the path for a variable and start a program called "start".
+    // env would take the path for a variable assignment and start a program called "start".
     void aProgramInAFolderWithAnEqualSignIsNotStarted()
     {
         EndProgram();
@@ -159,8 +159,8 @@ private:
         }
     }
 
-    // The arguments of pkexec; those in `changes` have other values than what init() sets, or, if
-    // empty, are not there.
+    // The arguments of pkexec. `changes` overrides what init() sets; an empty value unsets the
+    // variable.
     QStringList Expected(const QMap<QString, QString>& changes) const
     {
         const QString root = QFile::decodeName(getpwuid(0)->pw_dir);

@@ -12,9 +12,9 @@ class RealProgramTest : public QObject
     Q_OBJECT
 
 protected:
-    static constexpr uint kUser = 65534; // who asks for administrator rights
+    static constexpr uint kUser = 65534; // the user who asks for administrator rights
 
-    // `folder` is the program's own, below a directory that is made anew.
+    // `folder` is the program's own, below a new directory.
     void PrepareProgram(const QString& folder = "program")
     {
         m_directory = std::make_unique<QTemporaryDir>();
@@ -54,7 +54,7 @@ protected:
         QVERIFY(m_program->waitForStarted());
     }
 
-    // As an unprivileged user.
+    // Runs as an unprivileged user.
     void StartWithoutRights()
     {
         if (geteuid() == 0) {

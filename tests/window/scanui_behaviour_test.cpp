@@ -1,6 +1,6 @@
 #include "tests/window/progress_dialog.h"
 
-// What the progress dialog does beside telling the outcome of an ordinary job.
+// What the progress dialog does besides showing the outcome of a normal job.
 class ProgressDialogBehaviourTest : public ProgressDialogTest
 {
     Q_OBJECT
@@ -22,7 +22,7 @@ private Q_SLOTS:
         QCOMPARE(m_first, QString("operation 0, finished 0, error 0, cancelled 0"));
     }
 
-    // What is no merge is told as a cut.
+    // Everything that is not a merge counts as a cut.
     void beforeAnyReportTheDialogSpeaksOfACut()
     {
         QCOMPARE(SCANUI::m_nOprType, 0);
@@ -35,7 +35,7 @@ private Q_SLOTS:
         QVERIFY(!m_dialog->isVisible());
     }
 
-    // A stored error comes before the question, and before the success of a finished job.
+    // A stored error takes precedence over the question and over the success of a finished job.
     void aCloseByTheUserTellsAStoredErrorAndCancelsNothing()
     {
         SCANUI::m_nError = 2;
@@ -48,7 +48,7 @@ private Q_SLOTS:
         QCOMPARE(SCANUI::m_nError, 2);
     }
 
-    // A name of other letters than Latin-1 has, as the log of the progress shows it.
+    // A name with non-Latin-1 characters, as shown in the progress text.
     void thePathsGoThroughLatin1InTheProgressButNotInTheOutcome()
     {
         m_dialog->show();
@@ -62,7 +62,7 @@ private Q_SLOTS:
     }
 
 private:
-    QString m_first; // as the program began
+    QString m_first; // at program start
 };
 
 QTEST_MAIN(ProgressDialogBehaviourTest)

@@ -65,7 +65,7 @@ private Q_SLOTS:
         QCOMPARE(Program().state(), QProcess::Running);
     }
 
-    // In a folder that others write to, the link may lead to any file of the user's.
+    // In a folder others can write to, the link may point to any file of the user.
     void anOutputFileThatIsALinkIsNotWrittenThrough()
     {
         WriteFile(Work("precious"), "precious");
@@ -120,7 +120,7 @@ private Q_SLOTS:
         QTRY_VERIFY2(QFile::exists(Work("forced")), "the window was not built");
         QTRY_VERIFY2(Log().startsWith("\"\\\"" + Recorder().toUtf8().replace("recorder", "tool")),
                      Log());
-        // What a Qt that was built for journald asks, before it writes there.
+        // A Qt built for journald checks this before it writes there.
         QTRY_COMPARE(ReadFile(Work("forced")), QByteArray("1\n"));
     }
 
@@ -131,7 +131,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(Work("Log.txt")));
     }
 
-    // The part before the quote names a program that is there.
+    // The part before the quote is the name of an existing program.
     void aProgramFolderNamedLikeACommandStartsNoOtherProgram()
     {
         EndProgram();
