@@ -82,6 +82,14 @@ public:
     {
         return Amplitude(m_heard[source].samples, kRate, hertz);
     }
+    // How many of the pieces heard since Listen began came within this time of their capture.
+    qsizetype PiecesWithin(size_t source, std::chrono::milliseconds age) const
+    {
+        const auto& pieces = m_heard[source].pieces;
+        return std::count_if(pieces.begin(), pieces.end(), [age](const Piece& one) {
+            return one.delivered - one.captured <= age;
+        });
+    }
     int Opened(size_t source) const { return m_heard[source].opened; }
 
     // The start times of the beeps received since Listen(), according to the reader.
@@ -106,6 +114,7 @@ private:
     {
         size_t first; // sample
         SteadyTime captured;
+        SteadyTime delivered;
     };
     struct Heard
     {
@@ -116,7 +125,7 @@ private:
 
     static void Hear(Heard& heard, SteadyTime captured, std::span<const int16_t> stereo)
     {
-        heard.pieces.push_back({heard.samples.size(), captured});
+        heard.pieces.push_back({heard.samples.size(), captured, Clock::now()});
         for (size_t i = 0; i < stereo.size(); i += 2) {
             heard.samples.push_back(stereo[i]);
         }
@@ -151,6 +160,7 @@ private slots:
     void eachSourceIsHeardUnderItsOwnNumber();
     void soundIsDatedByWhenItIsHeard_data();
     void soundIsDatedByWhenItIsHeard();
+    void soundIsDeliveredInTimeToBeUsed();
     void restartedServerIsHeardAgain();
     void sourceThatReturnsIsHeardAgain();
     void noOtherSourceIsHeardInstead();
@@ -210,6 +220,18 @@ void SoundReaderTest::soundIsDatedByWhenItIsHeard()
     }
     const auto isRight = [](double one) { return std::abs(one) <= kMostOff; };
     QVERIFY2(std::count_if(off.begin(), off.end(), isRight) >= kFewestRight, qPrintable(told));
+}
+
+// What comes later than 60 ms after its capture finds its place in the recording taken.
+void SoundReaderTest::soundIsDeliveredInTimeToBeUsed()
+{
+    SoundServer server("load-module module-null-sink sink_name=speaker\n");
+    QVERIFY(server.Start());
+    Ear ear({"speaker.monitor"});
+    QVERIFY2(ear.Listen(0, 0.5), "nothing is heard");
+    QVERIFY(ear.Listen(0, 2));
+    const auto inTime = ear.PiecesWithin(0, 60ms);
+    QVERIFY2(inTime >= 20, qPrintable(QString("%1 pieces in two seconds").arg(inTime)));
 }
 
 void SoundReaderTest::restartedServerIsHeardAgain()
