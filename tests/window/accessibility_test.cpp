@@ -138,12 +138,25 @@ private Q_SLOTS:
             const QWidget* focused = QApplication::focusWidget();
             const QRect place(focused->mapTo(&Window(), QPoint()), focused->size());
             QVERIFY2(ring->isVisible(), qPrintable("no ring: " + Name(focused)));
-            QVERIFY2(ring->geometry().contains(place), qPrintable("elsewhere: " + Name(focused)));
-            QVERIFY2(DiffersAround(place.adjusted(-4, -4, 4, 4), ring),
+            QVERIFY2(ring->geometry() == (place.adjusted(-4, -4, 4, 4) & Window().rect()),
+                     qPrintable("elsewhere: " + Name(focused)));
+            QVERIFY2(DiffersAround(Window(), place.adjusted(-4, -4, 4, 4), ring),
                      qPrintable("not to be seen: " + Name(focused)));
         }
         QTest::mouseClick(Control("Video directory"), Qt::LeftButton);
         QVERIFY2(!ring->isVisible(), "the ring stays though the mouse is used");
+    }
+
+    void theFocusIsSeenInAMessageToo()
+    {
+        CMessageBox box;
+        box.InitQuestionDialog("Are you sure?");
+        box.show();
+        QVERIFY(QTest::qWaitForWindowActive(&box));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        auto* ring = box.findChild<QWidget*>("m_pFocusRing");
+        QVERIFY2(ring->isVisible(), "no ring");
+        QVERIFY2(DiffersAround(box, ring->geometry(), ring), "the ring is hidden by the dialog");
     }
 
     // The program moves the focus itself, as when a page is entered.
@@ -272,11 +285,11 @@ private:
     }
 
     // Whether the ring changes the pixels on the border of `place`.
-    bool DiffersAround(const QRect& place, QWidget* ring)
+    static bool DiffersAround(QWidget& window, const QRect& place, QWidget* ring)
     {
-        const QImage with = Window().grab(place).toImage();
+        const QImage with = window.grab(place).toImage();
         ring->setVisible(false);
-        const QImage without = Window().grab(place).toImage();
+        const QImage without = window.grab(place).toImage();
         ring->setVisible(true);
         int differing = 0;
         for (int x = 0; x < with.width(); ++x) {
