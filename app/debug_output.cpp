@@ -24,5 +24,8 @@ void SendDebugOutputToStandardError()
     qputenv("QT_FORCE_STDERR_LOGGING",
             "1");                    // a Qt built for journald or syslog logs there otherwise
     qunsetenv("QT_MESSAGE_PATTERN"); // may omit the text
-    g_pRules = QLoggingCategory::installFilter(ApplyRules);
+    if (g_pRules == nullptr) {
+        g_pRules = QLoggingCategory::installFilter(nullptr);
+        QLoggingCategory::installFilter(ApplyRules); // asks ApplyRules at once
+    }
 }

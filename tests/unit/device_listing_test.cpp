@@ -57,6 +57,8 @@ private Q_SLOTS:
         QTest::newRow("microphone and loopback")
             << Listing(screen, {"[0] Built-in Microphone", "[1] Line Out Loopback"}) << both << 0
             << 1;
+        QTest::newRow("nothing before the header")
+            << QString("audio devices: [0] Microphone") << "Microphone=0" << 0 << -1;
         QTest::newRow("the last device is the microphone")
             << Listing(screen, {"[0] Built-in Microphone"}) << "Microphone=0" << 0 << -1;
         QTest::newRow("the last of two devices is the microphone")
@@ -128,6 +130,8 @@ private Q_SLOTS:
         QTest::newRow("no header") << Line("[3] Capture screen 0") << 0;
         QTest::newRow("a header and nothing") << QString("video devices:") << 0;
         QTest::newRow("no index") << QString("video devices: Capture screen") << 0;
+        QTest::newRow("nothing before the header")
+            << QString("video devices: [5] Capture screen 0") << int('5');
     }
 
     void theScreenOfAListing()

@@ -7,17 +7,23 @@
 
 #include <cerrno>
 #include <sys/statvfs.h>
+#include <unistd.h>
 
 #ifdef WRAPS_SYSTEM_CALLS
 namespace {
 bool g_diskFails = false;
-}
+struct statvfs* g_disk = nullptr; // what a disk answers, where it is not asked itself
+} // namespace
 
 extern "C" {
 int __real_statvfs(const char* path, struct statvfs* status); // NOLINT: the linker's names
 int __wrap_statvfs(const char* path, struct statvfs* status); // NOLINT
 int __wrap_statvfs(const char* path, struct statvfs* status)  // NOLINT
 {
+    if (g_disk != nullptr) {
+        *status = *g_disk;
+        return 0;
+    }
     return g_diskFails ? -1 : __real_statvfs(path, status);
 }
 }
@@ -102,6 +108,25 @@ private Q_SLOTS:
 #endif
     }
 
+    // On most disks of today blocks and fragments are of one size, and root has no share.
+    void freeSpaceIsInFragmentsAndOfTheUser()
+    {
+#ifdef WRAPS_SYSTEM_CALLS
+        struct statvfs disk = {};
+        disk.f_bsize = 65536;
+        disk.f_frsize = 512;
+        disk.f_blocks = 0x5'0000'0000;
+        disk.f_bfree = 0x4'0000'0000;
+        disk.f_bavail = 0x3'0000'0001;
+        g_disk = &disk;
+        const FreeSpace space = FreeSpaceUnder("/tmp");
+        g_disk = nullptr;
+        QCOMPARE(space.bytes, 0x3'0000'0001ULL * 512);
+#else
+        QSKIP("no wrapped system call here");
+#endif
+    }
+
     void stateOfAnOpenFile()
     {
         const QTemporaryDir folder;
@@ -156,6 +181,19 @@ private Q_SLOTS:
         unsigned long long size = 0;
         QCOMPARE(GetFileByteSize(path.toStdWString().c_str(), size), 0);
         QCOMPARE(size, 7ULL);
+    }
+
+    void aFileIsClosedWhenItsSizeIsKnown()
+    {
+        const auto nextDescriptor = [] {
+            const int next = dup(0);
+            close(next);
+            return next;
+        };
+        const int before = nextDescriptor();
+        unsigned long long size = 0;
+        QCOMPARE(GetFileByteSize(L"/etc/passwd", size), 0);
+        QCOMPARE(nextDescriptor(), before);
     }
 
     void aFileThatCannotBeOpenedGivesTheSystemsError()

@@ -4,6 +4,8 @@ endforeach()
 if(NOT APPLE)
   # Faults that a healthy machine does not produce.
   target_link_options(disk_test PRIVATE -Wl,--wrap=statvfs)
+  target_link_options(wide_text_test PRIVATE -Wl,--wrap=iconv_open -Wl,--wrap=iconv_close)
+  target_compile_definitions(wide_text_test PRIVATE WRAPS_SYSTEM_CALLS)
   target_link_options(tick_test PRIVATE -Wl,--wrap=gettimeofday -Wl,--wrap=times)
   target_compile_definitions(disk_test PRIVATE WRAPS_SYSTEM_CALLS)
   target_compile_definitions(tick_test PRIVATE WRAPS_SYSTEM_CALLS)

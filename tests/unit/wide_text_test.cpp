@@ -3,6 +3,37 @@
 #include <QTest>
 
 #include <array>
+#include <iconv.h>
+
+#ifdef WRAPS_SYSTEM_CALLS
+namespace {
+QStringList g_opened;   // "to < from", in the order asked for
+QString g_broken;       // the pair that cannot be opened
+int g_nDescriptors = 0; // open now
+} // namespace
+
+extern "C" {
+iconv_t __real_iconv_open(const char* to, const char* from); // NOLINT: the linker's names
+iconv_t __wrap_iconv_open(const char* to, const char* from); // NOLINT
+int __real_iconv_close(iconv_t descriptor);                  // NOLINT
+int __wrap_iconv_close(iconv_t descriptor);                  // NOLINT
+
+iconv_t __wrap_iconv_open(const char* to, const char* from) // NOLINT
+{
+    g_opened << QString("%1 < %2").arg(to, from);
+    const iconv_t none = iconv_t(-1); // NOLINT(performance-no-int-to-ptr): iconv's way
+    const iconv_t made = g_opened.last() == g_broken ? none : __real_iconv_open(to, from);
+    g_nDescriptors += made == none ? 0 : 1;
+    return made;
+}
+
+int __wrap_iconv_close(iconv_t descriptor) // NOLINT
+{
+    --g_nDescriptors;
+    return __real_iconv_close(descriptor);
+}
+}
+#endif
 
 namespace {
 
@@ -129,6 +160,43 @@ private Q_SLOTS:
         QVERIFY(wide[0] == L'\0' && wide[1] == L'x');
         QCOMPARE(Ansi2Unicode("ab", wide.data(), 3), 0);
         QVERIFY(std::wstring(wide.data()) == L"ab" && wide[3] == L'x');
+    }
+
+#ifdef WRAPS_SYSTEM_CALLS
+    void theUsualNameOfWideTextIsTriedFirst()
+    {
+        g_opened.clear();
+        QCOMPARE(inner_initUnicodeMap("UTF-8"), 0);
+        QCOMPARE(g_opened.mid(0, 2),
+                 QStringList({"UNICODELITTLE < UTF-8", "UTF-8 < UNICODELITTLE"}));
+    }
+
+    void whereTheUsualNameIsUnknownAnotherServes()
+    {
+        g_broken = "UNICODELITTLE < UTF-8";
+        const int result = inner_initUnicodeMap("UTF-8");
+        g_broken.clear();
+        QCOMPARE(result, 0);
+        QVERIFY(Ansi2Unicode("\u4e2d") == L"\u4e2d");
+    }
+
+    void withoutTheSecondConversionNoneIsSetUp()
+    {
+        g_broken = "UTF-8 < UCS-4LE";
+        const int result = inner_initUnicodeMap("UTF-8");
+        g_broken.clear();
+        QCOMPARE(result, -1);
+        QVERIFY2(Ansi2Unicode("a").empty(), "one direction was left open");
+        QCOMPARE(g_nDescriptors, 0);
+    }
+#endif
+
+    // A failure in the middle of shifted text leaves the descriptor shifted.
+    void aFailureDoesNotShiftTheNextText()
+    {
+        QCOMPARE(inner_initUnicodeMap("ISO-2022-JP"), 0);
+        QVERIFY(Ansi2Unicode("\x1b$B\xff").empty());
+        QVERIFY(Ansi2Unicode("ab") == L"ab");
     }
 
     void theFirstCharactersOfATextWithoutAnEnd()

@@ -85,8 +85,10 @@ private Q_SLOTS:
     // pkexec refuses to work if its parent is gone.
     void theLauncherWaitsWhilePkexecAsks()
     {
-        InstallBeside("pkexec", "#!/bin/bash\necho $$ >asking\nuntil [[ -e answer ]]; do\n"
-                                "    read -r -t 0.05 <> <(:)\ndone\nexec /bin/sleep 60\n");
+        InstallBeside("pkexec", "#!/bin/bash\necho $$ >asking\n"
+                                "for ((i = 0; i < 600; ++i)); do\n"
+                                "    [[ -e answer ]] && exec /bin/sleep 60\n"
+                                "    read -r -t 0.05 <> <(:)\ndone\n");
         StartWithoutRights();
         QTRY_VERIFY2(!ReadFile(Work("asking")).isEmpty(), "pkexec was not asked");
         const auto pkexec = static_cast<pid_t>(ReadFile(Work("asking")).trimmed().toInt());
