@@ -171,6 +171,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<int>("length");
         QTest::addColumn<QByteArray>("left");
+        QTest::newRow("one blank at the end") << QByteArray("a b ") << 4 << QByteArray("a b");
         QTest::newRow("blanks at the end") << QByteArray("a b  ") << 5 << QByteArray("a b");
         QTest::newRow("up to the length only") << QByteArray("ab   c") << 5 << QByteArray("ab");
         QTest::newRow("a tab is no blank") << QByteArray("a\t") << 2 << QByteArray("a\t");

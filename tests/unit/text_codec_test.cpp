@@ -15,6 +15,14 @@ private Q_SLOTS:
         QCOMPARE(FromEightBit(std::string("1.50 KB")), QString("1.50 KB"));
     }
 
+    // Only ASCII does without the codec, and 0x80 is not ASCII.
+    void theFirstByteBeyondAsciiGoesThroughTheCodec()
+    {
+        InstallTextCodec("windows-1252");
+        QCOMPARE(FromEightBit(QByteArray("\x80")), QString::fromUtf8("\u20ac"));
+        QCOMPARE(FromEightBit(QByteArray("\x7f")), QString(QChar(0x7f)));
+    }
+
     void textIsWrittenAsGb2312()
     {
         QCOMPARE(ToEightBit(QString::fromUtf8("/\u4e2d\u6587")), QByteArray("/\xd6\xd0\xce\xc4"));

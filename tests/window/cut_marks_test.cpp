@@ -204,6 +204,22 @@ private Q_SLOTS:
         QTRY_COMPARE(ReadFile(keys), QByteArray("-ss 17 \r\np\r\n"));
     }
 
+    // As long as the button offers to play, a move starts the playback; nothing changes its text.
+    void aMoveTogglesThePlayerOnlyWhileTheButtonReadsPlay()
+    {
+        MakeVideo("a.mp4");
+        EnterCutPage();
+        ClickRow(kTable, 0);
+        auto* player = Child<QProcess>("m_pPlayerProcess");
+        player->start("/bin/cat", QStringList());
+        QVERIFY(player->waitForStarted());
+        Move(17);
+        QCOMPARE(player->bytesToWrite(), 12);
+        Child<QPushButton>("m_pBtnPlay")->setText("Pause");
+        Move(18);
+        QCOMPARE(player->bytesToWrite(), 12 + 9);
+    }
+
     void thePlayersDurationSetsTheRange()
     {
         MakeVideo("a.mp4");

@@ -48,6 +48,24 @@ private Q_SLOTS:
     }
     void cleanup() { CloseWindow(); }
 
+    void theCommandLinesAreLogged()
+    {
+        const QString tool = '"' + BesideProgram("tool") + '"';
+        QTest::ignoreMessage(
+            QtDebugMsg,
+            qPrintable(QDebug::toString(tool + " -f avfoundation -list_devices true -i \" \"")));
+        EnterRecordPage();
+        QTest::ignoreMessage(
+            QtDebugMsg,
+            QRegularExpression("^\"" + QRegularExpression::escape("\\\"" + BesideProgram("tool")) +
+                               ".* -f avfoundation -framerate 30 -i .*1:0.* -i .*1:2.* -ar 44100 "
+                               ".*-pix_fmt yuv420p .*\\.mp4..? \"$"));
+        Press("Record");
+        QTest::ignoreMessage(QtDebugMsg, qPrintable(QDebug::toString(tool + " -i \"/v/a.mp4\"")));
+        std::wstring path = L"/v/a.mp4";
+        Window().GetVedioTimeSeconds(path.data());
+    }
+
     void aProgramBeginsWithNoRecordingAndNoChoice()
     {
         QCOMPARE(m_first, QString("start 0, pause 0, result 0, frames 0, device 4294967295"));

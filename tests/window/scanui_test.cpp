@@ -304,6 +304,11 @@ private Q_SLOTS:
         int progress = 3;
         QCOMPARE(m_window->MakeAddVedio(nullptr, progress), 0);
         QCOMPARE(progress, 3);
+        HRESULT told = 7;
+        QVERIFY(QMetaObject::invokeMethod(m_window.get(), "CutVedio", Q_RETURN_ARG(HRESULT, told),
+                                          Q_ARG(WCHAR*, nullptr), Q_ARG(int&, progress)));
+        QCOMPARE(told, 0);
+        QCOMPARE(progress, 3);
     }
 };
 

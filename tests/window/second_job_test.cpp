@@ -1,5 +1,25 @@
 #include "tests/window/job_tool.h"
 
+#include <QThread>
+
+#ifndef Q_OS_MACOS
+namespace {
+int g_threadsStarted = 0;
+}
+
+// NOLINTBEGIN: the linker's names of QThread::start()
+extern "C" {
+void __real__ZN7QThread5startENS_8PriorityE(QThread* thread, QThread::Priority priority);
+void __wrap__ZN7QThread5startENS_8PriorityE(QThread* thread, QThread::Priority priority);
+void __wrap__ZN7QThread5startENS_8PriorityE(QThread* thread, QThread::Priority priority)
+{
+    ++g_threadsStarted;
+    __real__ZN7QThread5startENS_8PriorityE(thread, priority);
+}
+}
+// NOLINTEND
+#endif
+
 // A cut and a merge in a window that has run other jobs before. Nothing of those may remain: files,
 // progress, result, cancel request.
 class SecondJobTest : public VideoPageTest
@@ -128,6 +148,22 @@ private Q_SLOTS:
         QCOMPARE(Results(), QStringList{"Cut_a.mp4"});
         QCOMPARE(QDir(other.path()).entryList(QDir::Files), QStringList{"Cut_b.mp4"});
         QCOMPARE(Boxes().texts.last(), "Cut success, file path is " + other.path() + "/Cut_b.mp4 ");
+    }
+
+    // Jobs run on the window's thread, although the window has another one for them.
+    void noJobStartsAThread()
+    {
+#ifndef Q_OS_MACOS
+        MakeList({"a.mp4", "b.mp4"});
+        SelectInCutPage(0, 3, 8);
+        g_threadsStarted = 0;
+        Call("btnSlotLayout4Merge");
+        Call("btnSlotLayout3Cut");
+        QCOMPARE(Results().size(), 2);
+        QCOMPARE(g_threadsStarted, 0);
+#else
+        QSKIP("QThread::start() is wrapped by the linker, which macOS's cannot do");
+#endif
     }
 
     // At its end a cut shows the error of the previous job, in its own wording.
