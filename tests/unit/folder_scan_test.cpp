@@ -72,6 +72,7 @@ private Q_SLOTS:
     {
         Make("a.mp4");
         QVector<_FILE_INFO_> with;
+        QTest::ignoreMessage(QtDebugMsg, qPrintable('"' + m_directory->path() + "/\""));
         TraverseFolder(m_directory->path() + '/', with);
         QCOMPARE(Names(with), Names(Scan()));
         QCOMPARE(with.size(), 1);

@@ -132,7 +132,9 @@ private Q_SLOTS:
 
     void quittingAToolThatNeverStartedDoesNothing()
     {
+        QTest::failOnWarning(QRegularExpression("device not open"));
         AskToolToQuit(*m_process);
+        QCOMPARE(ReadToolText(*m_process), QString());
         QCOMPARE(m_process->state(), QProcess::NotRunning);
     }
 
