@@ -54,7 +54,8 @@ key=
 until [[ $key == q ]]; do
     printf 'frame=    1\r' >&2
     printf 'data' >>"${!#}" 2>/dev/null
-    read -r -t 0.1 -N 1 key && printf '%s' "$key" >>"$here/keys"
+    read -r -t 0.1 -N 1 key # may have read a key and time out all the same
+    [[ -n $key ]] && printf '%s' "$key" >>"$here/keys"
 done
 printf 'finished' >"$here/finished"
 )";
