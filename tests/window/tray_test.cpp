@@ -187,6 +187,20 @@ private Q_SLOTS:
         QVERIFY(Window().isVisible());
     }
 
+    // Only activating it does: it is minimised again after each time.
+    void minimisingTheStandInDoesNotBringTheWindowBack()
+    {
+        EnterRecordPage();
+        Call("btnSlotRecord");
+        TrayStandIn* standIn = StandIn();
+        QVERIFY2(standIn != nullptr, "no stand-in");
+        QVERIFY(standIn->isMinimized());
+        QWindowStateChangeEvent minimised(Qt::WindowNoState);
+        QCoreApplication::sendEvent(standIn, &minimised);
+        QCoreApplication::sendPostedEvents();
+        QVERIFY2(!Window().isVisible(), "the window is back");
+    }
+
     void aStandInForTheIconAppearsWhereThereIsNoTray()
     {
         QVERIFY2(!QSystemTrayIcon::isSystemTrayAvailable(), "this platform has a tray");
