@@ -11,9 +11,17 @@ PositionSlider::PositionSlider(QWidget* parent) : QSlider(Qt::Horizontal, parent
 
 void PositionSlider::mousePressEvent(QMouseEvent* event)
 {
-    if (event->button() == Qt::LeftButton) {
-        setSliderDown(true);
-        MoveTo(qRound(event->position().x()));
+    if (event->button() != Qt::LeftButton) {
+        return;
+    }
+    setSliderDown(true);
+    const int x = qRound(event->position().x());
+    const QRect handle = HandleRect();
+    if (x >= handle.left() && x <= handle.right()) { // above and below it, too: it is small
+        m_nGrip = x - handle.left();
+    } else {
+        m_nGrip = handle.width() / 2;
+        MoveTo(x);
     }
 }
 
@@ -31,15 +39,18 @@ void PositionSlider::mouseReleaseEvent(QMouseEvent* event)
     }
 }
 
-// Moves the centre of the handle as close to `x` as the range allows.
-void PositionSlider::MoveTo(int x)
+QRect PositionSlider::HandleRect() const
 {
     QStyleOptionSlider option;
     initStyleOption(&option);
-    const int handle =
-        style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, this).width();
-    setSliderPosition(
-        QStyle::sliderValueFromPosition(minimum(), maximum(), x - handle / 2, width() - handle));
+    return style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, this);
+}
+
+// The point at which the handle is held goes as near to `x` as the range allows.
+void PositionSlider::MoveTo(int x)
+{
+    setSliderPosition(QStyle::sliderValueFromPosition(minimum(), maximum(), x - m_nGrip,
+                                                      width() - HandleRect().width()));
 }
 
 // While the handle is held, QSlider has already emitted the signal.

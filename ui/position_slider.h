@@ -2,8 +2,9 @@
 
 #include <QSlider>
 
-// A slider that emits sliderMoved() for every move by the user, with keyboard, wheel or mouse. A
-// move can start anywhere on the groove. Setting the value does not count.
+// A slider that emits sliderMoved() for the keyboard and the wheel as well as for the mouse. A
+// press on the groove brings the handle there; a press on the handle moves nothing until the mouse
+// does. Setting the value is no move.
 class PositionSlider : public QSlider
 {
     Q_OBJECT
@@ -20,5 +21,8 @@ private Q_SLOTS:
     void TellMove();
 
 private:
+    QRect HandleRect() const;
     void MoveTo(int x);
+
+    int m_nGrip = 0; // where the mouse holds the handle, from its left edge
 };

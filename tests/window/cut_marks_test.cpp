@@ -1,6 +1,8 @@
 #include "tests/window/job_tool.h"
 
 #include <QProcess>
+#include <QStyle>
+#include <QStyleOptionSlider>
 
 namespace {
 constexpr auto kTable = "m_pCutVideoTable";
@@ -155,6 +157,35 @@ private Q_SLOTS:
         QCOMPARE(Marks(), QString("00:00:%1 00:00").arg(half));
     }
 
+    void aPressOnTheHandleMovesNothingUntilTheMouseDoes()
+    {
+        MakeVideo("a.mp4", "00:01:40");
+        EnterCutPage();
+        ClickRow(kTable, 0);
+        auto* slider = Child<QSlider>("m_pCutSlider");
+        QTest::mouseClick(slider, Qt::LeftButton, {}, QPoint(200, slider->height() / 2));
+        const QString position = Position();
+        QVERIFY2(position != "00:00:00/00:01:40", "a press on the groove moves nothing");
+        const int handle = HandleCentre(*slider);
+        const QSignalSpy moves(slider, &QSlider::sliderMoved);
+        for (const int side : {-4, 0, 4}) { // nowhere does the handle jump to the pointer
+            const QPoint grip(handle + side, slider->height() / 2);
+            QTest::mousePress(slider, Qt::LeftButton, {}, grip);
+            QCOMPARE(Position(), position);
+            QTest::mouseRelease(slider, Qt::LeftButton, {}, grip);
+            QCOMPARE(Position(), position);
+        }
+        QCOMPARE(moves.size(), 0);
+
+        const QPoint grip(handle + 4, slider->height() / 2);
+        QTest::mousePress(slider, Qt::LeftButton, {}, grip);
+        QTest::mouseMove(slider, grip + QPoint(100, 0));
+        QTRY_VERIFY(Position() != position);
+        QVERIFY2(qAbs(HandleCentre(*slider) - (handle + 100)) <= 4,
+                 qPrintable(QString("from %1 to %2").arg(handle).arg(HandleCentre(*slider))));
+        QTest::mouseRelease(slider, Qt::LeftButton, {}, grip + QPoint(100, 0));
+    }
+
     void theKeyboardMovesThePositionToo()
     {
         MakeVideo("a.mp4", "00:01:40");
@@ -252,6 +283,21 @@ private:
     void Move(int seconds)
     {
         QVERIFY(QMetaObject::invokeMethod(&Window(), "current", Q_ARG(int, seconds)));
+    }
+
+    static int HandleCentre(const QSlider& slider)
+    {
+        QStyleOptionSlider option;
+        option.initFrom(&slider);
+        option.orientation = Qt::Horizontal;
+        option.minimum = slider.minimum();
+        option.maximum = slider.maximum();
+        option.sliderPosition = slider.sliderPosition();
+        option.sliderValue = slider.value();
+        return slider.style()
+            ->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, &slider)
+            .center()
+            .x();
     }
 
     QString Position() { return Child<QLabel>("m_pCutPosLabel")->text(); }
