@@ -104,8 +104,7 @@ void CMessageBox::AddTitle(QLabel* strip, int left, const QString& text)
 
 QLabel* CMessageBox::AddBodyAndBar(const QString& picture, const QString& text)
 {
-    auto* pictureLabel = new QLabel(this);
-    pictureLabel->setPixmap(QPixmap(picture));
+    auto* pictureLabel = new PictureLabel(picture, this);
     pictureLabel->setAlignment(Qt::AlignCenter);
     m_pMessageLabel = new QLabel(text, this);
     m_pMessageLabel->setObjectName("m_pMessageLabel");
@@ -128,7 +127,20 @@ QLabel* CMessageBox::AddBodyAndBar(const QString& picture, const QString& text)
     lower->addStretch(2);
     lower->addWidget(bar);
     static_cast<QVBoxLayout*>(layout())->addLayout(lower);
+    AddEdge();
     return bar;
+}
+
+// Over a window of the same light grey, as the progress dialog is, nothing else would tell where
+// the message ends.
+void CMessageBox::AddEdge()
+{
+    auto* edge = new QFrame(this);
+    edge->setObjectName("m_pEdge");
+    edge->setFrameStyle(QFrame::Box | QFrame::Plain);
+    edge->setAttribute(Qt::WA_TransparentForMouseEvents);
+    edge->setGeometry(rect());
+    SetTextColor(edge, QColor(128, 128, 128)); // seen on the dark of a strip as well as on light
 }
 
 void CMessageBox::AddButton(QLabel* bar, int left, const QString& text, const char* slot)

@@ -41,6 +41,7 @@ private:
     QLabel* StartLayout();
     void AddTitle(QLabel* strip, int left, const QString& text);
     QLabel* AddBodyAndBar(const QString& picture, const QString& text);
+    void AddEdge();
     void AddButton(QLabel* bar, int left, const QString& text, const char* slot);
 
     Ui_Dialog ui;

@@ -7,12 +7,13 @@
 #include "ui/page_parts.h"
 #include "ui/position_slider.h"
 #include "ui/styles.h"
+#include "ui/video_table.h"
 #include "util/format.h"
 
 #include <QDebug>
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QTableWidget>
+#include <QScrollBar>
 
 #include <utility>
 
@@ -50,7 +51,8 @@ QString NameOf(const _FILE_INFO_& file)
 void DRUI::InitLayout3Widget()
 {
     delete m_pLayout3Widget;
-    m_pLayout3Widget = new Page(this, ui.centralWidget);
+    auto* widget = new Page(this, ui.centralWidget);
+    m_pLayout3Widget = widget;
     m_pLayout3Widget->setObjectName("m_pLayout3Widget");
 
     auto* page = BareLayout<QVBoxLayout>();
@@ -61,6 +63,7 @@ void DRUI::InitLayout3Widget()
     page->addSpacing(8);
     m_pLayout3DirEdit = m_pLayout3Widget->findChild<QLineEdit*>(kFolderRow.fieldName);
     m_pCutVideoTable = CreateCutVideoTable();
+    widget->SetFieldToLeave(m_pLayout3DirEdit, m_pCutVideoTable);
     auto* middle = BareLayout<QHBoxLayout>();
     middle->setContentsMargins(20, 0, 20, 0);
     middle->addWidget(m_pCutVideoTable);
@@ -73,13 +76,15 @@ void DRUI::InitLayout3Widget()
     m_pLayout3Widget->setLayout(page);
 }
 
-QTableWidget* DRUI::CreateCutVideoTable()
+VideoTable* DRUI::CreateCutVideoTable()
 {
-    QTableWidget* table = CreateVideoTable(m_pLayout3Widget, {QString()});
+    VideoTable* table = CreateVideoTable(m_pLayout3Widget, {QString()});
     table->setObjectName("m_pCutVideoTable");
     table->setColumnWidth(0, 180);
     table->setMinimumSize(200, 100);
     table->setAccessibleName("Videos");
+    table->verticalScrollBar()->setStyleSheet(dark_scroll_style);
+    table->horizontalScrollBar()->setStyleSheet(dark_scroll_style);
     connect(table, SIGNAL(itemClicked(QTableWidgetItem*)), this,
             SLOT(CutTableItemClick(QTableWidgetItem*)));
     connect(table, SIGNAL(itemDoubleClicked(QTableWidgetItem*)), this,
@@ -183,7 +188,7 @@ void DRUI::FillCutTable(const QString& folder)
         DurationOf(folder, file);
         AppendCutRow(NameOf(file));
     }
-    m_pCutVideoTable->resizeColumnsToContents();
+    m_pCutVideoTable->FitColumns();
 }
 
 void DRUI::AppendCutRow(const QString& name)

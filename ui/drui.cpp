@@ -7,6 +7,7 @@
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 #include "ui/tray_stand_in.h"
+#include "ui/video_table.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -15,7 +16,6 @@
 #include <QScreen>
 #include <QSlider>
 #include <QStackedLayout>
-#include <QTableWidget>
 #include <QTimer>
 
 namespace {
@@ -33,9 +33,9 @@ void OrderHeaderButtons(const QWidget* page)
     QWidget::setTabOrder(buttons[1], buttons[0]);
 }
 
-QSize DesktopSize()
+QRect Desktop()
 {
-    return QGuiApplication::primaryScreen()->geometry().size();
+    return QGuiApplication::primaryScreen()->geometry();
 }
 
 } // namespace
@@ -140,8 +140,7 @@ void DRUI::FixSize(const QSize& size)
 {
     setFixedSize(size);
     resize(size);
-    const QSize desktop = DesktopSize();
-    move((desktop.width() - size.width()) / 2, (desktop.height() - size.height()) / 2);
+    move(CentredIn(Desktop(), size));
 }
 
 // Shows a message over the upper left part of the window.
@@ -168,19 +167,19 @@ QPushButton* DRUI::CreateButton(int kind, int x, QWidget* parent)
     };
     const Kind& chosen = kinds[kind];
 
-    auto* button = new QPushButton(parent);
+    auto* button = new IconButton(parent);
     button->setFlat(true);
     button->setFont(CalibriFont(11, QFont::Bold));
     button->setCursor(Qt::PointingHandCursor);
     button->setAccessibleName(chosen.name);
+    button->setToolTip(chosen.name);
     button->setAutoDefault(true);
     connect(button, SIGNAL(clicked()), this, chosen.slot);
 
-    const QPixmap picture(chosen.picture);
-    const QSize size = PictureSize(picture);
+    const QSize size = QPixmap(chosen.picture).size();
     const QSize shown(static_cast<int>(size.width() / 2.5), static_cast<int>(size.height() / 2.5));
     button->setGeometry(x, 40, 40, 20);
-    button->setIcon(QIcon(picture));
+    button->setIcon(QIcon(chosen.picture)); // by its name, so that a finer one is found
     button->setIconSize(shown);
     button->resize(shown);
     button->setStyleSheet(window_style);
@@ -246,7 +245,7 @@ void DRUI::btnMinSlot()
 // The pages have no maximise button whose image would change.
 void DRUI::btnMaxSlot()
 {
-    FixSize(m_bIsMaximized ? kWindowSize : DesktopSize());
+    FixSize(m_bIsMaximized ? kWindowSize : Desktop().size());
     RebuildPages();
     m_bIsMaximized = !m_bIsMaximized;
 }

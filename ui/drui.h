@@ -29,6 +29,7 @@ class QTimer;
 class QTreeWidgetItem;
 class QVBoxLayout;
 class TrayStandIn;
+class VideoTable;
 struct FolderRowShape;
 struct TitleStripShape;
 
@@ -204,7 +205,7 @@ private:
 
     // --- the cut and the merge page: video_pages.cpp, rebuild.cpp ---
     QHBoxLayout* CreateFolderRow(QWidget* page, const FolderRowShape& shape, const char* slot);
-    static QTableWidget* CreateVideoTable(QWidget* page, const QStringList& labels);
+    static VideoTable* CreateVideoTable(QWidget* page, const QStringList& labels);
     std::string DurationOf(const QString& folder, const _FILE_INFO_& file);
     void WatchFolderFields(bool watch);
     void RebuildPages();
@@ -213,7 +214,7 @@ private:
 
     // --- cut page: cut_page.cpp ---
     void InitLayout3Widget();
-    QTableWidget* CreateCutVideoTable();
+    VideoTable* CreateCutVideoTable();
     QWidget* CreateCutPanel();
     QHBoxLayout* CreateCutBar();
     void AppendCutRow(const QString& name);
@@ -223,7 +224,7 @@ private:
     void FreeAviHandle() {}
     QWidget* m_pLayout3Widget = nullptr;
     QLineEdit* m_pLayout3DirEdit = nullptr;
-    QTableWidget* m_pCutVideoTable = nullptr;
+    VideoTable* m_pCutVideoTable = nullptr;
     QLabel* m_pCutPosLabel = nullptr;
     QSlider* m_pCutSlider = nullptr;
     QPushButton* m_pBtnPlay = nullptr;
@@ -250,9 +251,9 @@ private:
     // --- merge page: merge_page.cpp ---
     void InitLayout4Widget();
     QHBoxLayout* CreateMergeTables();
-    QTableWidget* CreateMergeTable(const char* name, int nameWidth);
-    QTableWidget* CreateSourceVideoTable();
-    QTableWidget* CreateTargetVideoTable();
+    VideoTable* CreateMergeTable(const char* name, int nameWidth);
+    VideoTable* CreateSourceVideoTable();
+    VideoTable* CreateTargetVideoTable();
     QWidget* CreateMergeBar();
     QStringList SourceTexts(const QString& folder, const _FILE_INFO_& file);
     void FillSourceTable(const QString& folder);
@@ -261,8 +262,8 @@ private:
     void EnableMerge();
     QWidget* m_pLayout4Widget = nullptr;
     QLineEdit* m_pLayout4DirEdit = nullptr;
-    QTableWidget* m_pSourceVideoTable = nullptr;
-    QTableWidget* m_pTargetVideoTable = nullptr;
+    VideoTable* m_pSourceVideoTable = nullptr;
+    VideoTable* m_pTargetVideoTable = nullptr;
     QPushButton* m_pBtnAdd = nullptr;
     QPushButton* m_pBtnUp = nullptr;
     QPushButton* m_pBtnDown = nullptr;

@@ -4,13 +4,13 @@
 #include "jobs/tool_runner.h"
 #include "ui/drui.h"
 #include "ui/scanui.h"
+#include "ui/video_table.h"
 #include "util/ownership.h"
 
 #include <QDebug>
 #include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QTableWidget>
 
 // The merge job: converts every file of the list to a transport stream, then joins the streams.
 // Synchronous, behind the progress dialog.

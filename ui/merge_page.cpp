@@ -3,11 +3,11 @@
 #include "ui/drui.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
+#include "ui/video_table.h"
 #include "util/format.h"
 
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QTableWidget>
 
 #include <utility>
 
@@ -43,7 +43,8 @@ void MoveCell(QTableWidget* table, QTableWidgetItem* cell, int other)
 void DRUI::InitLayout4Widget()
 {
     delete m_pLayout4Widget;
-    m_pLayout4Widget = new Page(this, ui.centralWidget);
+    auto* widget = new Page(this, ui.centralWidget);
+    m_pLayout4Widget = widget;
     m_pLayout4Widget->setObjectName("m_pLayout4Widget");
 
     auto* page = BareLayout<QVBoxLayout>();
@@ -54,6 +55,7 @@ void DRUI::InitLayout4Widget()
     m_pLayout4DirEdit = m_pLayout4Widget->findChild<QLineEdit*>(kFolderRow.fieldName);
     page->addSpacing(2);
     page->addLayout(CreateMergeTables());
+    widget->SetFieldToLeave(m_pLayout4DirEdit, m_pSourceVideoTable);
     page->addSpacing(4);
     auto* bottom = BareLayout<QVBoxLayout>();
     bottom->addWidget(CreateMergeBar());
@@ -116,9 +118,9 @@ QHBoxLayout* DRUI::CreateMergeTables()
     return tables;
 }
 
-QTableWidget* DRUI::CreateMergeTable(const char* name, int nameWidth)
+VideoTable* DRUI::CreateMergeTable(const char* name, int nameWidth)
 {
-    QTableWidget* table = CreateVideoTable(m_pLayout4Widget, {"FileName", "Size", "Time"});
+    VideoTable* table = CreateVideoTable(m_pLayout4Widget, {"FileName", "Size", "Time"});
     table->setObjectName(name);
     table->setMinimumSize(200, 180);
     table->setColumnWidth(0, nameWidth);
@@ -126,9 +128,9 @@ QTableWidget* DRUI::CreateMergeTable(const char* name, int nameWidth)
     return table;
 }
 
-QTableWidget* DRUI::CreateSourceVideoTable()
+VideoTable* DRUI::CreateSourceVideoTable()
 {
-    QTableWidget* table = CreateMergeTable("m_pSourceVideoTable", kNameWidth);
+    VideoTable* table = CreateMergeTable("m_pSourceVideoTable", kNameWidth);
     table->setAccessibleName("Videos");
     connect(table, SIGNAL(itemClicked(QTableWidgetItem*)), this,
             SLOT(SourceTableItemClick(QTableWidgetItem*)));
@@ -137,9 +139,9 @@ QTableWidget* DRUI::CreateSourceVideoTable()
     return table;
 }
 
-QTableWidget* DRUI::CreateTargetVideoTable()
+VideoTable* DRUI::CreateTargetVideoTable()
 {
-    QTableWidget* table = CreateMergeTable("m_pTargetVideoTable", 80);
+    VideoTable* table = CreateMergeTable("m_pTargetVideoTable", 80);
     table->setAccessibleName("Merge list");
     connect(table, SIGNAL(itemClicked(QTableWidgetItem*)), this,
             SLOT(TargetTableItemClick(QTableWidgetItem*)));
@@ -174,7 +176,7 @@ void DRUI::FillSourceTable(const QString& folder)
     for (const _FILE_INFO_& file : std::as_const(m_vecFileInfo)) {
         AppendSourceRow(SourceTexts(folder, file));
     }
-    m_pSourceVideoTable->resizeColumnsToContents();
+    m_pSourceVideoTable->FitColumns();
 }
 
 void DRUI::AppendSourceRow(const QStringList& texts)

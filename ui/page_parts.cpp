@@ -2,15 +2,18 @@
 
 #include "ui/styles.h"
 
+#include <QHelpEvent>
+#include <QLineEdit>
+#include <QToolTip>
+
 QLabel* CreateTitleStrip(QWidget* parent, const TitleStripShape& shape)
 {
     auto* strip = new QLabel(parent);
     strip->setMinimumSize(shape.width, 70);
 
-    auto* logo = new QLabel(strip);
-    logo->setGeometry(15, 6, 30, 50);
+    auto* logo = new PictureLabel(kLogo, strip, kLogoSize, shape.logo);
+    logo->setGeometry({{15, 6}, kLogoSize});
     logo->setAlignment(Qt::AlignLeft);
-    logo->setPixmap(Logo(shape.logo));
 
     QLabel* title = CreateText(strip, {65, 12, 300, 30}, kProductName, CalibriFont(13));
     title->setAlignment(Qt::AlignLeft);
@@ -70,10 +73,11 @@ QPushButton* CreateBarButton(QWidget* parent, const QRect& place, const QString&
 
 QPushButton* CreateFolderButton(QWidget* parent, const QRect& place)
 {
-    auto* button = new QPushButton(parent);
+    auto* button = new IconButton(parent);
     button->setGeometry(place);
     button->setIcon(QIcon(":/image/folder.png"));
     button->setAccessibleName("Choose directory");
+    button->setToolTip("Choose directory");
     button->setAutoDefault(true);
     return button;
 }
@@ -85,13 +89,75 @@ void SetTextColor(QWidget* widget, const QColor& color)
     widget->setPalette(palette);
 }
 
-QSize PictureSize(const QPixmap& picture)
+QPixmap PictureAt(qreal density, const QString& path, const QSize& size, Qt::AspectRatioMode mode)
 {
-    return picture.deviceIndependentSize().toSize();
+    const QSize needed = (QSizeF(size) * density).toSize();
+    QPixmap picture(path);
+    if (picture.width() < needed.width()) { // twice as fine, under the name that QIcon looks for
+        const QPixmap fine(QString(path).insert(path.lastIndexOf('.'), "@2x"));
+        picture = fine.isNull() ? picture : fine;
+    }
+    picture = picture.scaled(needed, mode, Qt::SmoothTransformation);
+    picture.setDevicePixelRatio(density);
+    return picture;
 }
 
-QPixmap Logo(Qt::AspectRatioMode mode)
+bool IconButton::event(QEvent* event)
 {
-    const QPixmap logo(":/image/logo.png");
-    return logo.scaled(QSize(30, 50) * logo.devicePixelRatio(), mode, Qt::SmoothTransformation);
+    if (event->type() == QEvent::ToolTip) {
+        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), toolTip(), window());
+        return true;
+    }
+    return QPushButton::event(event);
+}
+
+PictureLabel::PictureLabel(const QString& path, QWidget* parent, const QSize& size,
+                           Qt::AspectRatioMode mode)
+    : QLabel(parent),
+      m_path(path),
+      m_size(size.isEmpty() ? QPixmap(path).size() : size),
+      m_mode(mode)
+{
+    Draw();
+}
+
+// Which screen a window comes up on is known when it is shown, and it may be moved to another.
+bool PictureLabel::event(QEvent* event)
+{
+    const bool handled = QLabel::event(event);
+    if (event->type() == QEvent::Show || event->type() == QEvent::ScreenChangeInternal) {
+        Draw();
+    }
+    return handled;
+}
+
+void PictureLabel::Draw()
+{
+    const qreal density = devicePixelRatioF();
+    if (pixmap(Qt::ReturnByValue).isNull() ||
+        !qFuzzyCompare(pixmap(Qt::ReturnByValue).devicePixelRatio(), density)) {
+        setPixmap(PictureAt(density, m_path, m_size, m_mode));
+    }
+}
+
+void Page::SetFieldToLeave(QLineEdit* field, QWidget* next)
+{
+    m_field = field;
+    m_next = next;
+    connect(field, SIGNAL(returnPressed()), next, SLOT(setFocus()));
+}
+
+// Labels pass a press on to what they stand on.
+void Page::mousePressEvent(QMouseEvent* event)
+{
+    if (m_field != nullptr && m_field->hasFocus()) {
+        m_next->setFocus(Qt::MouseFocusReason);
+    }
+    QWidget::mousePressEvent(event);
+}
+
+QPoint CentredIn(const QRect& desktop, const QSize& size)
+{
+    return desktop.topLeft() +
+           QPoint((desktop.width() - size.width()) / 2, (desktop.height() - size.height()) / 2);
 }

@@ -6,6 +6,8 @@
 #include <QRect>
 #include <QVBoxLayout>
 
+class QLineEdit;
+
 // Parts shared by pages and dialogs. Each function creates a widget with fixed geometry relative to
 // its parent.
 
@@ -43,6 +45,47 @@ public:
     Page(QWidget* window, QWidget* central) : QWidget(window) { setParent(central); }
     QSize sizeHint() const override { return {}; }
     QSize minimumSizeHint() const override { return {}; }
+
+    /// Moves the focus from `field` to `next` on Return in `field` and on a click on the page's
+    /// background.
+    void SetFieldToLeave(QLineEdit* field, QWidget* next);
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+
+private:
+    QLineEdit* m_field = nullptr;
+    QWidget* m_next = nullptr;
+};
+
+/// A button without text. Its tool tip does not inherit the button's style sheet, which would make
+/// it black on dark grey.
+class IconButton : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    bool event(QEvent* event) override;
+};
+
+/// Shows an image of the resources at the pixel density of the label's screen.
+class PictureLabel : public QLabel
+{
+public:
+    /// `size` is in device-independent pixels; an empty size means the image's own.
+    explicit PictureLabel(const QString& path, QWidget* parent, const QSize& size = {},
+                          Qt::AspectRatioMode mode = Qt::KeepAspectRatio);
+
+protected:
+    bool event(QEvent* event) override;
+
+private:
+    void Draw();
+
+    QString m_path;
+    QSize m_size;
+    Qt::AspectRatioMode m_mode;
 };
 
 /// The strip with logo, product name and version. The window adds the header buttons.
@@ -71,11 +114,15 @@ QPushButton* CreateFolderButton(QWidget* parent, const QRect& place);
 /// Sets the colour of a widget's own text. (A style sheet would also affect its children.)
 void SetTextColor(QWidget* widget, const QColor& color);
 
-/// An image's size in device-independent pixels.
-QSize PictureSize(const QPixmap& picture);
+/// The resource image `path` scaled to `size` device-independent pixels at the device pixel ratio
+/// `density`.
+QPixmap PictureAt(qreal density, const QString& path, const QSize& size, Qt::AspectRatioMode mode);
 
-/// ":/image/logo.png" brought to 30 by 50.
-QPixmap Logo(Qt::AspectRatioMode mode);
+inline constexpr QSize kLogoSize(30, 50);
+inline constexpr auto kLogo = ":/image/logo.png";
+
+/// The top left corner of a window of `size` centred on `desktop`.
+QPoint CentredIn(const QRect& desktop, const QSize& size);
 
 /// A box layout without spacing and margins.
 template <class Layout>

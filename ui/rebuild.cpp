@@ -1,9 +1,9 @@
 #include "ui/drui.h"
 #include "ui/page_parts.h"
+#include "ui/video_table.h"
 
 #include <QLineEdit>
 #include <QStackedLayout>
-#include <QTableWidget>
 
 #include <utility>
 

@@ -65,8 +65,7 @@ QLabel* SCANUI::CreateStrip()
 {
     auto* strip = new QLabel(this);
     strip->setStyleSheet(backGroud_style);
-    auto* logo = new QLabel(strip);
-    logo->setPixmap(Logo(Qt::KeepAspectRatio));
+    auto* logo = new PictureLabel(kLogo, strip, kLogoSize);
     auto* name = new QLabel(kProductName, strip);
     name->setFont(CalibriFont(13));
     SetTextColor(name, Qt::white);

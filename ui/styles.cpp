@@ -56,6 +56,16 @@ const QString slider_style =
     "QSlider::handle:horizontal:disabled{background: #eee;border: 1px solid #aaa;border-radius: "
     "4px;}";
 
+// Without one, the dark grey that everything in the window takes on hides what a scroll bar is.
+const QString dark_scroll_style =
+    "QScrollBar{background: rgb(68, 69, 73); border: none;}"
+    "QScrollBar:vertical{width: 14px;}QScrollBar:horizontal{height: 14px;}"
+    "QScrollBar::handle{background: rgb(150, 150, 150); border-radius: 4px; margin: 3px;}"
+    "QScrollBar::handle:vertical{min-height: 30px;}QScrollBar::handle:horizontal{min-width: 30px;}"
+    "QScrollBar::handle:hover,QScrollBar::handle:pressed{background: rgb(191, 191, 191);}"
+    "QScrollBar::add-line,QScrollBar::sub-line{width: 0px; height: 0px;}"
+    "QScrollBar::add-page,QScrollBar::sub-page{background: none;}";
+
 namespace {
 
 QPalette OwnPalette()

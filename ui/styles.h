@@ -12,6 +12,7 @@ extern const QString home_entry_style;    // the home page's three entries
 extern const QString main_button_style;   // all other buttons with text
 extern const QString action_button_style; // blue; currently unused
 extern const QString slider_style;        // the cut page's slider
+extern const QString dark_scroll_style;   // scroll bars on the window's dark grey
 extern const QString backGroud_style;     // the title strip of a dialog
 
 /// Sets the application's palette. Window and dialogs look the same on every desktop: white text of

@@ -6,7 +6,6 @@
 
 #include <QHeaderView>
 #include <QLineEdit>
-#include <QTableWidget>
 
 // Shared by the cut and merge pages: the row with the folder, the tables, the bar at the bottom,
 // and the folder fields' reaction to focus changes.
@@ -39,7 +38,7 @@ QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, c
 }
 
 // A read-only table in which one whole row can be selected at a time.
-QTableWidget* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
+VideoTable* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
 {
     auto* table = new VideoTable(page);
     table->setFont(CalibriFont(11));

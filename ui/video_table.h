@@ -4,12 +4,16 @@
 
 // A table in which the keyboard counts like the mouse: selecting a row with the arrow keys, or
 // pressing Space, Return or Enter on it, emits itemClicked(). Tab leaves the table.
+// Only selected rows are highlighted, not the current one.
 class VideoTable : public QTableWidget
 {
     Q_OBJECT
 
 public:
     explicit VideoTable(QWidget* parent);
+
+    /// Makes every column as wide as its texts, and the last one fill what is left of the table.
+    void FitColumns();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

@@ -89,6 +89,42 @@ private Q_SLOTS:
         QCOMPARE(m_box->GetMessageBoxRet(), 1);
     }
 
+    void anEdgeSetsItApartFromWhatItLiesOver_data()
+    {
+        QTest::addColumn<bool>("question");
+        QTest::newRow("information") << false;
+        QTest::newRow("question") << true;
+    }
+
+    // The progress dialog below has the same light grey, and its strip the same dark one.
+    void anEdgeSetsItApartFromWhatItLiesOver()
+    {
+        QFETCH(bool, question);
+        if (question) {
+            m_box->InitQuestionDialog("text");
+        } else {
+            m_box->InitInfoDialog("text");
+        }
+        m_box->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_box.get()));
+        const QImage picture = m_box->grab().toImage();
+        QCOMPARE(picture.size(), QSize(400, 150));
+        const auto stands = [&](int x, int y, int inside) {
+            const int edge = qGray(picture.pixel(x, y));
+            return qAbs(edge - 28) > 60 && qAbs(edge - 239) > 60 && qAbs(edge - inside) > 60;
+        };
+        for (const int y : {5, 60, 130}) { // strip, body and bar
+            for (const int x : {0, 399}) {
+                const int inside = qGray(picture.pixel(x == 0 ? 2 : 397, y));
+                QVERIFY2(stands(x, y, inside), qPrintable(QString("none at %1, %2").arg(x).arg(y)));
+            }
+        }
+        for (const int y : {0, 149}) {
+            const int inside = qGray(picture.pixel(200, y == 0 ? 2 : 147));
+            QVERIFY2(stands(200, y, inside), qPrintable(QString("none at 200, %1").arg(y)));
+        }
+    }
+
     void theInformationsCloseButtonDoesNothing()
     {
         QTest::ignoreMessage(QtWarningMsg,
