@@ -21,8 +21,8 @@ int __wrap_iconv_close(iconv_t descriptor);                  // NOLINT
 iconv_t __wrap_iconv_open(const char* to, const char* from) // NOLINT
 {
     g_opened << QString("%1 < %2").arg(to, from);
-    const iconv_t none = iconv_t(-1); // NOLINT(performance-no-int-to-ptr): iconv's way
-    const iconv_t made = g_opened.last() == g_broken ? none : __real_iconv_open(to, from);
+    auto* const none = reinterpret_cast<iconv_t>(-1); // NOLINT(performance-no-int-to-ptr)
+    auto* const made = g_opened.last() == g_broken ? none : __real_iconv_open(to, from);
     g_nDescriptors += made == none ? 0 : 1;
     return made;
 }
