@@ -196,6 +196,25 @@ private Q_SLOTS:
         QCOMPARE(Recordings().size(), 1);
     }
 
+    // The first recording was asked to quit, the second was not: its refused start is no failure.
+    void aPauseInASecondRecordingTellsNoFailure()
+    {
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(Recordings().size(), 1);
+        Call("btnSlotRecord");
+        QTRY_COMPARE(RecProcess()->state(), QProcess::NotRunning);
+        Press("Start");
+        QTRY_COMPARE(ReadFile(BesideProgram("starts")), QByteArray("xx"));
+        Call("btnSlotMenuPause");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("already running"));
+        Call("btnSlotMenuPause");
+        const ModalBoxes boxes;
+        Call("btnSlotRecord");
+        QCOMPARE(boxes.texts, QStringList());
+        QTRY_COMPARE(RecProcess()->state(), QProcess::NotRunning);
+    }
+
     void aStartErrorIsToldOnce()
     {
         EnterRecordPage();
