@@ -279,6 +279,23 @@ private Q_SLOTS:
         QCOMPARE(Page(), 0);
     }
 
+    void backFromAnotherPageLeavesPreviewAndSliderAlone()
+    {
+        MakeVideo("a.mp4");
+        EnterCutPage();
+        ClickRow(kTable, 0);
+        Move(12);
+        auto* player = Child<QProcess>("m_pPlayerProcess");
+        player->start("/bin/cat", QStringList());
+        QVERIFY(player->waitForStarted());
+        Call("btnEditSlot");
+        Press("Back");
+        QCOMPARE(Page(), 0);
+        QCOMPARE(Child<QSlider>("m_pCutSlider")->value(), 12);
+        QCOMPARE(player->bytesToWrite(), 0);
+        QCOMPARE(player->state(), QProcess::Running);
+    }
+
 private:
     void Move(int seconds)
     {

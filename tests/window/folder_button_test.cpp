@@ -80,6 +80,16 @@ private Q_SLOTS:
         QCOMPARE(Names(table.constData()), QStringList());
     }
 
+    // The merge page lists its own folder, whatever the cut page shows.
+    void theMergePageListsItsOwnFolderAfterTheCutPagesButton()
+    {
+        MakeVideo("in save.mp4");
+        EnterCutPage();
+        Call("btnSlotLayout3Dir");
+        Call("btnEditSlot");
+        QCOMPARE(Names(kSource), QStringList{"in save.mp4"});
+    }
+
 private:
     void ClickEmptyRow(const char* name)
     {

@@ -32,6 +32,16 @@ private Q_SLOTS:
         QCOMPARE(Duration("/v/b.mp4"), std::string());
     }
 
+    // Some megabytes are kept, far more than any description of a file has.
+    void whatFollowsAFloodOfOutputIsNotRead()
+    {
+        const QByteArray flood = "yes 'noise without end' | head -c 40000000\n";
+        InstallTool("#!/bin/sh\necho 'Duration: 00:00:09.00'\n" + flood);
+        QCOMPARE(Duration("/v/a.mp4"), std::string("00:00:09"));
+        InstallTool("#!/bin/sh\n" + flood + "echo 'Duration: 00:00:09.00'\n");
+        QCOMPARE(Duration("/v/a.mp4"), std::string());
+    }
+
     void withoutAToolThereIsNoDuration()
     {
         QFile::remove(BesideProgram("tool"));
