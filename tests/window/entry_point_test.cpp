@@ -134,15 +134,37 @@ private Q_SLOTS:
     // The window's end may take half a minute, for a recording is finished then.
     void theOutputFileGoesBeforeTheWindow()
     {
+        const QString file = m_directory->filePath("Out.txt");
         QStringList seen;
+        const auto look = [&] {
+            seen << QString(QFile::exists(file) ? "there" : "gone") + ", opened as " +
+                        Descriptors(file).join(' ');
+        };
+        QString opened;
         g_loop = [&] {
-            seen << (QFile::exists("Out.txt") ? "there" : "gone");
+            opened = Descriptors(file).join(' ');
+            look();
             QObject::connect(Window()->findChild<QProcess*>("m_pPlayerProcess"),
-                             &QObject::destroyed,
-                             [&] { seen << (QFile::exists("Out.txt") ? "there" : "gone"); });
+                             &QObject::destroyed, look);
         };
         Run({"start"});
-        QCOMPARE(seen, QStringList({"there", "gone"}));
+        QVERIFY2(opened.endsWith(" 2") || opened.startsWith("2 "), qPrintable(opened));
+        // Standard error stays with the file that has no name any more.
+        QCOMPARE(seen, QStringList({"there, opened as " + opened, "gone, opened as 2"}));
+    }
+
+    void theWindowsIconIsTheProgramsLogo()
+    {
+        QImage shown;
+        QImage logo;
+        g_loop = [&] {
+            QCoreApplication::processEvents();
+            shown = QApplication::windowIcon().pixmap(32, 32).toImage();
+            logo = QIcon(":/image/logo.ico").pixmap(32, 32).toImage();
+        };
+        Run({"start"});
+        QVERIFY(!shown.isNull());
+        QCOMPARE(shown, logo);
     }
 
     void theLoopsStatusIsNotTheProgramsStatus()
@@ -188,6 +210,19 @@ private Q_SLOTS:
     }
 
 private:
+    // The process's descriptors of a file, also of one that has been removed.
+    static QStringList Descriptors(const QString& file)
+    {
+        QStringList numbers;
+        for (const QFileInfo& entry :
+             QDir("/proc/self/fd").entryInfoList(QDir::Files | QDir::System)) {
+            if (entry.symLinkTarget().startsWith(file)) {
+                numbers << entry.fileName();
+            }
+        }
+        return numbers;
+    }
+
     static QWidget* Window()
     {
         for (QWidget* widget : QApplication::topLevelWidgets()) {

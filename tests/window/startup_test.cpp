@@ -1,6 +1,7 @@
 #include "tests/window/real_program.h"
 
 #include <csignal>
+#include <sys/stat.h>
 #include <unistd.h>
 
 class StartupTest : public RealProgramTest
@@ -54,6 +55,12 @@ private Q_SLOTS:
         QVERIFY(permissions.testFlag(QFile::ReadOwner) && permissions.testFlag(QFile::WriteOwner));
         QVERIFY(!permissions.testFlag(QFile::ExeOwner));
         QVERIFY(!permissions.testFlag(QFile::WriteOther));
+        QVERIFY(!permissions.testFlag(QFile::WriteGroup));
+        // 0644, less what the user keeps from others.
+        const mode_t kept = umask(0);
+        umask(kept);
+        QCOMPARE(permissions.testFlag(QFile::ReadGroup), (kept & S_IRGRP) == 0);
+        QCOMPARE(permissions.testFlag(QFile::ReadOther), (kept & S_IROTH) == 0);
     }
 
     void anUnwritableOutputFileIsNoObstacle()
