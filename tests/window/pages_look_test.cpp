@@ -25,7 +25,7 @@ private Q_SLOTS:
 
     void theHomePage()
     {
-        QWidget* page = Child<QWidget>("m_pLayout1Widget");
+        auto* page = Child<QWidget>("m_pLayout1Widget");
         QList<Look> looks = Header(page, kHome) + Footer(page, kHome);
         looks << Entry(page, "recording entry",
                        "The easiest screen recorder to capture any video or audio\n on your "
@@ -64,7 +64,7 @@ private Q_SLOTS:
 
     void theRecordPage()
     {
-        QWidget* page = Child<QWidget>("m_pLayout2Widget");
+        auto* page = Child<QWidget>("m_pLayout2Widget");
         QList<Look> looks = Header(page, kRecord) + Footer(page, kRecord) + RecordPanel(page);
         QWidget* bar = HolderOf(Child<QPushButton>("m_pRecordBtn"));
         looks << Look{.what = "button bar", .widget = bar, .parent = page, .minimum = {1000, 40}};

@@ -22,7 +22,7 @@ private Q_SLOTS:
 
     void theCutPage()
     {
-        QWidget* page = Child<QWidget>("m_pLayout3Widget");
+        auto* page = Child<QWidget>("m_pLayout3Widget");
         QList<Look> looks = Header(page, kCut) + Footer(page, kCut) + CutMiddle(page);
         struct Button
         {
@@ -81,7 +81,7 @@ private Q_SLOTS:
 
     void theMergePage()
     {
-        QWidget* page = Child<QWidget>("m_pLayout4Widget");
+        auto* page = Child<QWidget>("m_pLayout4Widget");
         QList<Look> looks =
             Header(page, kMerge) + Footer(page, kMerge) + FolderRow(page) + MergeTables(page);
         QWidget* bar = HolderOf(Child<QPushButton>("m_pBtnMerge"));
