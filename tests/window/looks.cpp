@@ -175,7 +175,9 @@ private:
         } else if (const auto* label = qobject_cast<const QLabel*>(&widget)) {
             const QPixmap shown = label->pixmap(Qt::ReturnByValue);
             size = shown.deviceIndependentSize().toSize();
-            difference = PictureDifference(m_what, shown, widget.devicePixelRatioF(), look.picture);
+            difference = PictureDifference(m_what, shown, look.picture);
+            Tell("density of the picture", QString::number(shown.devicePixelRatio()),
+                 QString::number(widget.devicePixelRatioF()), true);
         }
         if (!difference.isEmpty()) {
             m_lines << difference;

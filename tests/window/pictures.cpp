@@ -71,10 +71,10 @@ QString PictureDifference(const QString& what, const QIcon& icon, const QSize& s
     return what + ": shows " + shown + ", should show " + name;
 }
 
-QString PictureDifference(const QString& what, const QPixmap& shown, double density, QString name)
+QString PictureDifference(const QString& what, const QPixmap& shown, QString name)
 {
     QString is = shown.isNull() ? "nothing" : NameOfPicture(shown.toImage());
-    if (density > 1) {
+    if (QImage(":/image/" + name).width() < shown.width()) {
         name.replace(".png", "@2x.png");
     } else {
         is.remove("@2x");

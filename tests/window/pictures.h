@@ -11,6 +11,6 @@
 QString PictureDifference(const QString& what, const QIcon& icon, const QSize& size,
                           const QString& name);
 
-/// The same for an image that may be scaled. On a screen of density 2 it has to come from the @2x
-/// file.
-QString PictureDifference(const QString& what, const QPixmap& shown, double density, QString name);
+/// The same for a picture that may have been scaled. It has to come from the finer file where the
+/// usual one has fewer pixels than are shown.
+QString PictureDifference(const QString& what, const QPixmap& shown, QString name);
