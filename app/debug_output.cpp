@@ -21,11 +21,11 @@ void ApplyRules(QLoggingCategory* category)
 
 void SendDebugOutputToStandardError()
 {
-    qputenv("QT_FORCE_STDERR_LOGGING",
-            "1");                    // a Qt built for journald or syslog logs there otherwise
+    // A Qt built for journald or syslog logs there otherwise.
+    qputenv("QT_FORCE_STDERR_LOGGING", "1");
     qunsetenv("QT_MESSAGE_PATTERN"); // may omit the text
     if (g_pRules == nullptr) {
         g_pRules = QLoggingCategory::installFilter(nullptr);
-        QLoggingCategory::installFilter(ApplyRules); // asks ApplyRules at once
+        QLoggingCategory::installFilter(ApplyRules); // calls it at once
     }
 }
