@@ -112,7 +112,8 @@ private Q_SLOTS:
                       .place = {5, 0, 30, 30},
                       .text = "",
                       .picture = "close.png",
-                      .cursor = Qt::PointingHandCursor};
+                      .cursor = Qt::PointingHandCursor,
+                      .flat = true};
         Expect(Differences("information", looks));
         Expect(LayoutDifferences("information", dialog.layout(), looks, kMessageLayout));
         QCOMPARE(dialog.findChildren<QPushButton*>().size(), 2);
@@ -186,7 +187,10 @@ private Q_SLOTS:
              .colour = "#000000",
              .alignment = Qt::AlignLeft | Qt::AlignTop,
              .wraps = true},
-            {.what = "holder of Cancel", .widget = HolderOf(cancel), .parent = &dialog},
+            {.what = "holder of Cancel",
+             .widget = HolderOf(cancel),
+             .parent = &dialog,
+             .minimum = {0, 45}},
             {.what = "Cancel",
              .widget = cancel,
              .place = {195, 5, 100, 30},

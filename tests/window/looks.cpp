@@ -78,6 +78,7 @@ QString TableText(const QTableWidget& table)
     parts << (table.selectionBehavior() == QAbstractItemView::SelectRows ? "whole rows" : "cells");
     parts << (table.selectionMode() == QAbstractItemView::SingleSelection ? "one" : "several");
     parts << (table.editTriggers() == QAbstractItemView::NoEditTriggers ? "fixed" : "editable");
+    parts << (table.wordWrap() ? "names on several lines" : "names on one line");
     parts << "header " + Text(header.font());
     return parts.join(", ");
 }

@@ -53,6 +53,7 @@ private Q_SLOTS:
             looks << Look{.what = mark,
                           .widget = Child<QLabel>(mark),
                           .parent = page,
+                          .minimum = {80, 0},
                           .font = "Calibri 12 bold",
                           .text = "00:00",
                           .colour = kWhite};
@@ -145,8 +146,9 @@ private:
                       .parent = page,
                       .minimum = {200, 100},
                       .font = "Calibri 11",
-                      .table = "columns , first 180 wide, last stretched, labels left, no row "
-                               "numbers, whole rows, one, fixed, header Calibri 11",
+                      .table =
+                          "columns , first 180 wide, last stretched, labels left, no row "
+                          "numbers, whole rows, one, fixed, names on one line, header Calibri 11",
                       .calls = {"itemClicked(QTableWidgetItem*) > "
                                 "CutTableItemClick(QTableWidgetItem*)",
                                 "itemDoubleClicked(QTableWidgetItem*) > "
@@ -237,8 +239,9 @@ private:
 
     QList<Look> MergeTables(QWidget* page)
     {
-        const QString table = "columns FileName/Size/Time, first %1 wide, last stretched, labels "
-                              "left, no row numbers, whole rows, one, fixed, header Calibri 11";
+        const QString table =
+            "columns FileName/Size/Time, first %1 wide, last stretched, labels "
+            "left, no row numbers, whole rows, one, fixed, names on one line, header Calibri 11";
         QList<Look> looks;
         looks << Look{.what = "source table",
                       .widget = Child<QTableWidget>("m_pSourceVideoTable"),
