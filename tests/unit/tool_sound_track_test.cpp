@@ -66,6 +66,7 @@ class ToolSoundTrackTest : public QObject
 private slots:
     void soundLiesWhereItWasCaptured();
     void gapsAreSilent();
+    void gapsAreSilentAlsoWhereOlderSoundLay();
     void smallErrorsInTimeLeaveNoHole();
     void slowAndFastClocksStayInStep_data();
     void slowAndFastClocksStayInStep();
@@ -76,6 +77,7 @@ private slots:
     void sourceThatIsAlwaysLateIsHeardAllTheSame();
     void sourceThatIsLateOnlyAtItsStartIsSoonInPlace();
     void aReturningSourceStartsAfresh();
+    void aReturningSourceIsNotShiftedAsBefore();
     void aLongBacklogIsSilence();
     void mixIsTheSumAndNeverWraps();
     void stretchingKeepsBothEnds();
@@ -99,6 +101,21 @@ void ToolSoundTrackTest::gapsAreSilent()
     QVERIFY(All(Heard(track, 0, piece), 7));
     QVERIFY(All(Heard(track, piece, 3000 - piece), 0));
     QVERIFY(All(Heard(track, 3000, piece), 8));
+}
+
+// The track reuses its memory every few seconds.
+void ToolSoundTrackTest::gapsAreSilentAlsoWhereOlderSoundLay()
+{
+    SoundTrack track(rate);
+    int64_t at = 0;
+    for (; at < 12000; at += piece) {
+        track.Put(at, Constant(piece, 7), at - 100);
+    }
+    constexpr int64_t gap = 3000;
+    track.Put(at + gap, Constant(piece, 8), at + gap - 100);
+    std::vector<int32_t> sum(static_cast<size_t>(gap) * 2);
+    track.AddTo(at, sum);
+    QVERIFY2(sum == std::vector<int32_t>(sum.size()), "old sound is heard once more");
 }
 
 void ToolSoundTrackTest::smallErrorsInTimeLeaveNoHole()
@@ -156,6 +173,7 @@ void ToolSoundTrackTest::usualDriftIsStretchedAwayWithoutAJump()
         const auto at = static_cast<int64_t>(static_cast<double>(i * frames) * (1 + drift));
         track.Put(at, samples, at - fineRate / 10);
         const std::vector<int> heard = Heard(track, looked, at - looked);
+        const int before = last;
         for (const int value : heard) {
             const int step = (value - last + 30000) % 30000;
             QVERIFY2(last < 0 || step <= 2,
@@ -164,6 +182,10 @@ void ToolSoundTrackTest::usualDriftIsStretchedAwayWithoutAJump()
                                     .arg(static_cast<double>(looked) / fineRate)));
             last = value;
         }
+        const auto played = static_cast<int64_t>(heard.size());
+        const int64_t passed = (last - before + 30000) % 30000;
+        QVERIFY2(before < 0 || std::abs(passed - played) <= 3,
+                 qPrintable(QString("%1 frames play as %2").arg(passed).arg(played)));
         looked = at;
         // Where the frame captured last should be, and is.
         const double off =
@@ -236,6 +258,20 @@ void ToolSoundTrackTest::aReturningSourceStartsAfresh()
     track.Put(100, Constant(piece, 8), 0);
     QVERIFY(All(Heard(track, piece, 100 - piece), 0));
     QVERIFY(All(Heard(track, 100, piece), 8));
+}
+
+void ToolSoundTrackTest::aReturningSourceIsNotShiftedAsBefore()
+{
+    SoundTrack track(rate);
+    int64_t at = 0;
+    for (; at < 2500; at += piece) {
+        track.Put(at, Constant(piece, 7), at + 150);
+    }
+    track.Restart();
+    at += 1000;
+    track.Put(at, Constant(piece, 8), at - 60);
+    QVERIFY(All(Heard(track, at, piece), 8));
+    QVERIFY(All(Heard(track, at + piece, 500), 0));
 }
 
 void ToolSoundTrackTest::aLongBacklogIsSilence()
