@@ -222,6 +222,10 @@ void ToolCutTest::cutFromTheVeryEndIsLeftToFfmpeg()
 
 void ToolCutTest::cutOfNoLengthIsLeftToFfmpeg()
 {
+    for (const char* length : {"0", "-2"}) {
+        QVERIFY(
+            !tool::ReadCut({"-i", "a.mp4", "-ss", "3", "-t", length, "-codec", "copy", "b.mp4"}));
+    }
     QVERIFY(PictureDigests(Cut("plain.mp4", 3, 0)).isEmpty());
     QVERIFY(PictureDigests(Cut("plain.mp4", 3, -2)).isEmpty());
 }

@@ -67,6 +67,7 @@ void ToolProbeTest::initTestCase()
     Make("header first.mp4", both, plain + QStringList{"-movflags", "+faststart"});
     Make("mute.mp4", PictureInput(2), plain);
     Make("sound alone.mp4", ToneInput(1.23), plain);
+    Make("rounded up.mp4", ToneInput(1.238), plain);
     Make("surround.mp4", both, plain + QStringList{"-ac", "6"});
     Make("ntsc.mp4", PictureInput(2, "160x120", "30000/1001") + ToneInput(2, 44100),
          plain + QStringList{"-bf", "3"});
@@ -114,17 +115,29 @@ void ToolProbeTest::initTestCase()
 void ToolProbeTest::answerIsFfmpegsToTheLetter_data()
 {
     QTest::addColumn<QString>("name");
-    for (const char* name : {"plain.mp4",       "header first.mp4",
-                             "mute.mp4",        "sound alone.mp4",
-                             "surround.mp4",    "ntsc.mp4",
-                             "60 a second.mp4", "uneven.mp4",
-                             "late sound.mp4",  "late picture.mp4",
-                             "h265.mp4",        "mp3.mp4",
-                             "turned.mp4",      "half an hour.mp4",
-                             "0.4 seconds.mp4", "one picture.mp4",
-                             "cut.mp4",         "cut of a cut.mp4",
-                             "cut mute.mp4",    "two sounds.mp4",
-                             "fine time.mp4",   "\"quoted\" '%1' | \n \u4e2d\u00e4.mp4",
+    for (const char* name : {"plain.mp4",
+                             "header first.mp4",
+                             "mute.mp4",
+                             "sound alone.mp4",
+                             "rounded up.mp4",
+                             "surround.mp4",
+                             "ntsc.mp4",
+                             "60 a second.mp4",
+                             "uneven.mp4",
+                             "late sound.mp4",
+                             "late picture.mp4",
+                             "h265.mp4",
+                             "mp3.mp4",
+                             "turned.mp4",
+                             "half an hour.mp4",
+                             "0.4 seconds.mp4",
+                             "one picture.mp4",
+                             "cut.mp4",
+                             "cut of a cut.mp4",
+                             "cut mute.mp4",
+                             "two sounds.mp4",
+                             "fine time.mp4",
+                             "\"quoted\" '%1' | \n \u4e2d\u00e4.mp4",
                              "-dash.MP4"}) {
         QTest::newRow(name) << QString::fromUtf8(name);
     }

@@ -32,6 +32,7 @@ void ToolPictureClockTest::ratesAreReadExactly_data()
     QTest::newRow("29.97") << QByteArray("29.97") << 2997 << 100;
     QTest::newRow("30000/1001") << QByteArray("30000/1001") << 30000 << 1001;
     QTest::newRow("12.5") << QByteArray("12.5") << 25 << 2;
+    QTest::newRow("the highest") << QByteArray("1000") << 1000 << 1;
 }
 
 void ToolPictureClockTest::ratesAreReadExactly()
