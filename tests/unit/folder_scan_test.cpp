@@ -72,10 +72,16 @@ private Q_SLOTS:
     {
         Make("a.mp4");
         QVector<_FILE_INFO_> with;
-        QTest::ignoreMessage(QtDebugMsg, qPrintable('"' + m_directory->path() + "/\""));
         TraverseFolder(m_directory->path() + '/', with);
         QCOMPARE(Names(with), Names(Scan()));
         QCOMPARE(with.size(), 1);
+    }
+
+    void aTrailingSlashIsNotDoubled()
+    {
+        QVector<_FILE_INFO_> files;
+        QTest::ignoreMessage(QtDebugMsg, qPrintable('"' + m_directory->path() + "/\""));
+        TraverseFolder(m_directory->path() + '/', files);
     }
 
     void aScanAppendsToWhatIsThere()
