@@ -6,8 +6,9 @@ class QProcess;
 
 // The only place that starts, waits for, reads and stops the external executable `tool`.
 
-/// The longest wait for the tool, in milliseconds.
-constexpr int kToolWaitMs = 30000;
+/// How long each wait for the tool lasts at most, in milliseconds: 30000. Defined in an object file of its own,
+/// so that a test can be linked with another one.
+extern const int kToolWaitMs;
 
 /// The start of every command line: the tool's path in the program's directory, in double quotes.
 QString ToolPrefix();

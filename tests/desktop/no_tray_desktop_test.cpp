@@ -1,29 +1,21 @@
 // A desktop without a system tray: a minimised window replaces the icon.
-#include "tests/support/recorder.h"
+#include "tests/support/desktop_test.h"
 #include "tests/support/recording_file.h"
 
 #include <QTest>
 
-class NoTrayDesktopTest : public QObject
+class NoTrayDesktopTest : public DesktopTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void minimisedWindowBringsTheRecorderBack();
     void closingTheStandInDoesNotLoseTheRecording();
 
 private:
+    bool WantsTray() const override { return false; }
     static constexpr auto kStandIn = "Recording";
-
-    Desktop m_desktop;
 };
-
-void NoTrayDesktopTest::initTestCase()
-{
-    QVERIFY2(m_desktop.Good(), "no X display: run it through scripts/virtual-desktop");
-    QVERIFY2(!m_desktop.HasTray(), "there is a system tray");
-}
 
 void NoTrayDesktopTest::minimisedWindowBringsTheRecorderBack()
 {

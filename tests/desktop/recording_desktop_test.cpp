@@ -1,6 +1,6 @@
 // Records a known picture and known sounds with each audio choice and inspects the file.
+#include "tests/support/desktop_test.h"
 #include "tests/support/measure.h"
-#include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
 #include "tests/support/test_pattern_process.h"
 
@@ -33,24 +33,21 @@ double LongestWait(const QMap<qint64, double>& before, const QMap<qint64, double
 
 } // namespace
 
-class RecordingDesktopTest : public QObject
+class RecordingDesktopTest : public DesktopTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void recordingHasThePictureAndTheChosenSound_data();
     void recordingHasThePictureAndTheChosenSound();
 
 private:
-    Desktop m_desktop;
+    void Prepare() override;
     TestPatternProcess m_pattern;
 };
 
-void RecordingDesktopTest::initTestCase()
+void RecordingDesktopTest::Prepare()
 {
-    QVERIFY2(m_desktop.Good(), "no X display: run it through scripts/virtual-desktop");
-    QVERIFY2(m_desktop.HasTray(), "no system tray");
     QVERIFY2(m_pattern.IsReady(), "the test pattern does not start");
 }
 

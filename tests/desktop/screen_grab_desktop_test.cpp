@@ -47,7 +47,7 @@ double Likeness(const QString& recording, const QString& picture)
                    "[0]format=gbrp[a];[1]format=gbrp,loop=-1:size=1[b];[a][b]ssim=shortest=1", "-f",
                    "null", "-"});
     return QRegularExpression("SSIM .*All:([\\d.]+)")
-        .match(QString::fromUtf8(compared.errors))
+        .match(QString::fromUtf8(compared.error))
         .captured(1)
         .toDouble();
 }
@@ -123,10 +123,10 @@ void ScreenGrabDesktopTest::pictureIsAsGoodAsThatOfTheUsualGrab()
         RunProgram("ffmpeg", grab + QStringList{"-frames:v", "30", "-force_key_frames",
                                                 "expr:eq(n,1)", "-preset", "ultrafast", "-pix_fmt",
                                                 "yuv420p", Path("usual.mp4")});
-    QVERIFY2(usual.code == 0, usual.errors);
+    QVERIFY2(usual.code == 0, usual.error);
     const Outcome shown =
         RunProgram("ffmpeg", grab + QStringList{"-frames:v", "1", Path("screen.png")});
-    QVERIFY2(shown.code == 0, shown.errors);
+    QVERIFY2(shown.code == 0, shown.error);
     // Compared with the screen, because the two filter the colour planes differently.
     const double own = Likeness(Path(), Path("screen.png"));
     const double theirs = Likeness(Path("usual.mp4"), Path("screen.png"));

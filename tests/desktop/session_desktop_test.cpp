@@ -1,6 +1,6 @@
 // Ways to start, stop and quit, with the real `tool` and ffmpeg.
+#include "tests/support/desktop_test.h"
 #include "tests/support/ordinary_movie.h"
-#include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
 
 #include <QTest>
@@ -8,12 +8,11 @@
 #include <csignal>
 #include <unistd.h>
 
-class SessionDesktopTest : public QObject
+class SessionDesktopTest : public DesktopTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void escapeChangesNothingOnAnyPage();
     void theWindowCarriesTheProgramsIcon();
     void closingTheWindowEndsTheProgramWithoutATrace();
@@ -32,15 +31,7 @@ private slots:
 
 private:
     static void ExpectPlayable(const Recorder& recorder, int files = 1);
-
-    Desktop m_desktop;
 };
-
-void SessionDesktopTest::initTestCase()
-{
-    QVERIFY2(m_desktop.Good(), "no X display: run it through scripts/virtual-desktop");
-    QVERIFY2(m_desktop.HasTray(), "no system tray");
-}
 
 void SessionDesktopTest::ExpectPlayable(const Recorder& recorder, int files)
 {

@@ -1,7 +1,7 @@
 // Records for LUMENFOLD_LONG_MINUTES (at least 2, default 30). Memory must not grow, and sound must
 // not drift.
+#include "tests/support/desktop_test.h"
 #include "tests/support/measure.h"
-#include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
 #include "tests/support/test_pattern_process.h"
 
@@ -74,29 +74,26 @@ QList<qint64> ProcessesOf(const QString& program)
 
 } // namespace
 
-class LongRecordingTest : public QObject
+class LongRecordingTest : public DesktopTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void memoryIsFlatAndSoundStaysWithThePicture();
 
 private:
+    void Prepare() override;
     static QMap<qint64, Holding> Processes(const Recorder& recorder);
     static void Look(QMap<qint64, Holding>& processes);
     static void CheckMemory(const QMap<qint64, Holding>& processes);
     static void CheckFile(const QString& path, double seconds);
 
-    Desktop m_desktop;
     // The microphone is recorded too, but silent.
     TestPatternProcess m_pattern{{"--beep", "1000@speaker"}};
 };
 
-void LongRecordingTest::initTestCase()
+void LongRecordingTest::Prepare()
 {
-    QVERIFY2(m_desktop.Good(), "no X display: run it through scripts/virtual-desktop");
-    QVERIFY2(m_desktop.HasTray(), "no system tray");
     QVERIFY2(m_pattern.IsReady(), "the test pattern does not start");
 }
 

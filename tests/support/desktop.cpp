@@ -1,6 +1,5 @@
 #include "tests/support/desktop.h"
 
-#include <QProcess>
 #include <QTest>
 
 #include <cstdlib>
@@ -180,20 +179,6 @@ void Desktop::Screenshot(const QString& file) const
 {
     RunProgram("ffmpeg", {"-v", "error", "-y", "-f", "x11grab", "-draw_mouse", "1", "-i",
                           qEnvironmentVariable("DISPLAY"), "-frames:v", "1", file});
-}
-
-Outcome RunProgram(const QString& program, const QStringList& arguments, int milliseconds)
-{
-    QProcess process;
-    process.start(program, arguments);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(milliseconds) || process.exitStatus() != QProcess::NormalExit) {
-        process.kill();
-        process.waitForFinished();
-        return {-1, process.readAllStandardOutput(),
-                process.readAllStandardError() + process.errorString().toUtf8()};
-    }
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
 bool WaitUntil(const std::function<bool()>& condition, int milliseconds)

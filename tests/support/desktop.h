@@ -1,6 +1,8 @@
 // The X desktop a test runs on, driven like a user would: windows, mouse, keyboard.
 #pragma once
 
+#include "tests/support/run_program.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QPoint>
@@ -69,16 +71,6 @@ private:
     xcb_connection_t* m_pConnection = nullptr;
     uint32_t m_root = 0;
 };
-
-struct Outcome
-{
-    int code = -1; // exit code of the program, or -1 if it did not finish
-    QByteArray output;
-    QByteArray errors;
-};
-
-// Runs a program and waits for it, up to this long.
-Outcome RunProgram(const QString& program, const QStringList& arguments, int milliseconds = 60000);
 
 // Polls until the condition is true. Returns false after a timeout.
 bool WaitUntil(const std::function<bool()>& condition, int milliseconds = 15000);

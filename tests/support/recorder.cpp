@@ -1,5 +1,7 @@
 #include "tests/support/recorder.h"
 
+#include "tests/support/files.h"
+
 #include <QFile>
 #include <QSettings>
 #include <QTest>
@@ -11,13 +13,6 @@ namespace {
 void Copy(const QString& from, const QString& to)
 {
     QVERIFY2(QFile::copy(from, to), qPrintable(from + " cannot be copied to " + to));
-}
-
-void Write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(path + " cannot be written"));
-    file.write(content);
 }
 
 // The centre of a widget in the window.
@@ -94,12 +89,16 @@ QString Recorder::SaveDirectory() const
     return m_saveDirectory;
 }
 
+void Recorder::UseShortToolWait()
+{
+    QVERIFY(QFile::remove(Beside("lumenfold-recorder")));
+    Copy(HASTY_RECORDER, Beside("lumenfold-recorder"));
+}
+
 void Recorder::ReplaceTool(const QByteArray& script)
 {
     QVERIFY(QFile::rename(Beside("tool"), Beside("real-tool")));
-    Write(Beside("tool"), "#!/bin/bash\nREAL=\"${0%/*}/real-tool\"\n" + script);
-    QVERIFY(QFile::setPermissions(Beside("tool"),
-                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    QVERIFY(WriteProgram(Beside("tool"), "#!/bin/bash\nREAL=\"${0%/*}/real-tool\"\n" + script));
 }
 
 void Recorder::SetSaveDirectory(const QString& directory)

@@ -27,9 +27,9 @@ RecordingFile ReadRecording(const QString& file)
     result.seconds = all["format"].toObject()["duration"].toString().toDouble();
     const Outcome play = RunProgram("ffmpeg", {"-v", "error", "-i", file, "-f", "null", "-"});
     if (probe.code != 0 || play.code != 0) {
-        result.fault = QString::fromUtf8(probe.errors + play.errors) + "cannot be played";
-    } else if (!play.errors.isEmpty()) {
-        result.fault = QString::fromUtf8(play.errors);
+        result.fault = QString::fromUtf8(probe.error + play.error) + "cannot be played";
+    } else if (!play.error.isEmpty()) {
+        result.fault = QString::fromUtf8(play.error);
     } else if (result.pictureTracks.isEmpty()) {
         result.fault = "no picture";
     }
@@ -40,7 +40,8 @@ QMap<QString, QString> PatternReport(const QString& file, int milliseconds,
                                      const QStringList& options)
 {
     QMap<QString, QString> report;
-    const Outcome outcome = RunProgram(RECORDING_REPORT, options + QStringList{file}, milliseconds);
+    const Outcome outcome =
+        RunProgram(RECORDING_REPORT, options + QStringList{file}, {}, milliseconds);
     for (const QString& line : QString::fromUtf8(outcome.output).split('\n', Qt::SkipEmptyParts)) {
         report[line.section('=', 0, 0)] = line.section('=', 1);
     }

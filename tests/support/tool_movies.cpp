@@ -1,43 +1,6 @@
 #include "tests/support/tool_movies.h"
 
-#include <QFile>
-#include <QProcess>
-
 #include <cstdlib>
-
-Outcome RunProgram(const QString& program, const QStringList& arguments, const QString& directory)
-{
-    QProcess process;
-    process.setWorkingDirectory(directory);
-    process.start(program, arguments);
-    process.closeWriteChannel();
-    constexpr int patience = 120000;
-    if (!process.waitForFinished(patience) || process.exitStatus() != QProcess::NormalExit) {
-        process.kill();
-        process.waitForFinished();
-        return {-1, process.readAllStandardOutput(), process.readAllStandardError()};
-    }
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-}
-
-QByteArray Content(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool Write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
-
-bool WriteProgram(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() &&
-           file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
 
 QByteArray MakeMovie(const QStringList& arguments)
 {

@@ -1,29 +1,12 @@
 // Movies for the tests of `tool`, made with the real ffmpeg, and what it reports about them.
 #pragma once
 
+#include "tests/support/files.h"
+#include "tests/support/run_program.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QStringList>
-
-// The output and exit code of a program; the code is -1 if it did not exit by itself.
-struct Outcome
-{
-    int code = -1;
-    QByteArray output;
-    QByteArray error;
-};
-
-Outcome RunProgram(const QString& program, const QStringList& arguments,
-                   const QString& directory = {});
-
-// The content of a file, or empty if it cannot be read.
-QByteArray Content(const QString& path);
-
-// Writes a file. Returns false on failure.
-bool Write(const QString& path, const QByteArray& content);
-
-// Writes an executable file. Returns false on failure.
-bool WriteProgram(const QString& path, const QByteArray& content);
 
 // Runs ffmpeg, overwriting existing files. Returns its error output, or "" on success.
 QByteArray MakeMovie(const QStringList& arguments);

@@ -1,6 +1,7 @@
 // A recording by the real `tool` that a test can end in any way.
 #pragma once
 
+#include "tests/support/recorder_command.h"
 #include "tests/support/tool_movies.h"
 
 #include <QFile>
@@ -25,18 +26,9 @@ public:
             all.insert(one.section('=', 0, 0), one.section('=', 1));
         }
         m_process.setProcessEnvironment(all);
-        QStringList inputs{"-f", "avfoundation", "-framerate", "30"};
-        for (const QString& device : devices.split(' ')) {
-            const bool first = inputs.size() == 4;
-            inputs += (first ? QStringList() : QStringList{"-f", "avfoundation"}) +
-                      QStringList{"-i", device};
-        }
-        const QStringList output{
-            "-ar",  "44100",  "-r", "29.97",    "-preset", "ultrafast", "-max_muxing_queue_size",
-            "9999", "-async", "1",  "-pix_fmt", "yuv420p", path};
         m_process.start("/bin/sh",
                         QStringList{"-c", "\"$@\" 2>\"$0.log\"; exit $?", path, TOOL_PROGRAM} +
-                            inputs + output);
+                            RecorderCommand(devices.split(' '), path));
     }
     Take(const Take&) = delete;
     Take& operator=(const Take&) = delete;

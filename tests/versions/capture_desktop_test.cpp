@@ -1,5 +1,6 @@
 // A short recording by `tool` with the ffmpeg named by LUMENFOLD_FFMPEG, inspected with the one in
 // PATH.
+#include "tests/support/recorder_command.h"
 #include "tests/support/recording_file.h"
 #include "tests/support/test_pattern_process.h"
 
@@ -42,20 +43,9 @@ void CaptureDesktopTest::captureHasPictureAndSoundAndIsAsLongAsRecorded()
     QFETCH(QStringList, inputs);
     QFETCH(bool, microphone);
     const QString path = m_folder.filePath(QString("%1 inputs.mp4").arg(inputs.size()));
-    QStringList arguments;
-    for (const QString& input : inputs) {
-        arguments << "-f"
-                  << "avfoundation";
-        arguments << (arguments.size() > 2 ? QStringList() : QStringList{"-framerate", "30"});
-        arguments << "-i" << input;
-    }
-    arguments << QString("-ar 44100 -r 29.97 -preset ultrafast -max_muxing_queue_size 9999 "
-                         "-async 1 -pix_fmt yuv420p")
-                     .split(' ')
-              << path;
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(TOOL_PROGRAM, arguments);
+    process.start(TOOL_PROGRAM, RecorderCommand(inputs, path));
     QByteArray text;
     QElapsedTimer time;
     time.start();

@@ -1,8 +1,6 @@
 #include "tests/window/job_tool.h"
 #include "ui/scanui.h"
 
-#include <QElapsedTimer>
-
 // What a merge does when something goes wrong. All of these end with the success message, because
 // the last report carries the result of the conversions, which only a cancel changes.
 class MergeFaultsTest : public VideoPageTest
@@ -133,37 +131,6 @@ private Q_SLOTS:
         QCOMPARE(calls.size(), 3);
         QVERIFY2(calls.at(2).contains("<concat:/proc/1.ts|/proc/2.ts|>"), qPrintable(calls.at(2)));
         ToldSuccess();
-    }
-
-    void aRunPastThirtySecondsCountsAsFinishedAndTheJobGoesOn_data()
-    {
-        QTest::addColumn<QByteArray>("input");
-        QTest::addColumn<QByteArray>("process");
-        QTest::newRow("the last conversion")
-            << QByteArray("*b.mp4") << QByteArray("m_pChangeTSProcess");
-        QTest::newRow("the join") << QByteArray("concat:*") << QByteArray("m_pMergeProcess");
-    }
-
-    void aRunPastThirtySecondsCountsAsFinishedAndTheJobGoesOn()
-    {
-        QFETCH(QByteArray, input);
-        QFETCH(QByteArray, process);
-        SetJob("[[ $2 == " + input + " ]] && read -r -t 100 -N 1\nprintf made >\"${!#}\"\n");
-        QElapsedTimer time;
-        time.start();
-        Merge();
-        QVERIFY2(time.elapsed() >= 29000 && time.elapsed() < 45000,
-                 qPrintable(QString("the wait lasted %1 ms").arg(time.elapsed())));
-        QCOMPARE(Calls().size(), 3);
-        ToldSuccess();
-        auto* running = Child<QProcess>(process.constData());
-        QCOMPARE(running->state(), QProcess::Running);
-        const QStringList before = Results();
-        QVERIFY2(before.filter(".ts").isEmpty(), "a stream is left behind");
-        running->write("x");
-        QVERIFY(running->waitForFinished());
-        // The tool is not stopped and still writes its file.
-        QCOMPARE(Results().size(), before.size() + 1);
     }
 
 private:

@@ -1,0 +1,3 @@
+#include "jobs/tool_runner.h"
+
+const int kToolWaitMs = 30000;

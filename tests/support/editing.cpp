@@ -1,0 +1,57 @@
+#include "tests/support/editing.h"
+
+#include "tests/support/ordinary_movie.h"
+
+#include <QDir>
+
+bool MakeMovie(const Recorder& recorder, const QString& name, int seconds, const QString& arguments,
+               bool sound, const QString& size)
+{
+    QDir().mkpath(recorder.SaveDirectory());
+    QStringList command{"-v", "error", "-f", "lavfi", "-i", "testsrc2=size=" + size + ":rate=25"};
+    if (sound) {
+        command << QStringList{"-f", "lavfi", "-i", "sine=frequency=440:sample_rate=44100"};
+    }
+    command << QStringList{"-t", QString::number(seconds), "-pix_fmt", "yuv420p"}
+            << arguments.split(' ') << recorder.SaveDirectory() + '/' + name;
+    const Outcome made = RunProgram("ffmpeg", command);
+    return made.code == 0;
+}
+
+void MarkFirstVideo(Recorder& recorder, double start, double end)
+{
+    recorder.Click("home.cut");
+    recorder.Click("cut.row");
+    recorder.ClickBetween("cut.slider.low", "cut.slider.high", start);
+    recorder.Click("cut.start");
+    recorder.ClickBetween("cut.slider.low", "cut.slider.high", end);
+    recorder.Click("cut.end");
+}
+
+void AddVideos(Recorder& recorder, int count)
+{
+    recorder.Click("home.merge");
+    for (int row = 0; row < count; ++row) {
+        recorder.ClickRow("merge.source", row);
+        recorder.Click("merge.add");
+    }
+}
+
+QString RunJob(Recorder& recorder, const QString& button, const QString& folder)
+{
+    recorder.Click(button);
+    if (!recorder.ChooseFolder(folder)) {
+        return "no folder could be chosen";
+    }
+    if (!WaitUntil([&] { return recorder.Message().has_value(); }, 60000)) {
+        return "no message";
+    }
+    return recorder.CloseMessage() ? QString() : "the message cannot be closed";
+}
+
+bool Record(Recorder& recorder, int milliseconds)
+{
+    return recorder.StartRecording() && recorder.RecordFor(milliseconds) &&
+           recorder.ChooseInTray(1) && recorder.WaitShown() && recorder.WaitForTool() &&
+           WaitUntil([&] { return IsOrdinary(recorder.Recording()); });
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QStringList>
+
+// The arguments with which the recorder has `tool` record these devices, "screen:sound" each, into
+// a file.
+inline QStringList RecorderCommand(const QStringList& devices, const QString& path)
+{
+    QStringList arguments;
+    for (const QString& device : devices) {
+        arguments += QStringList{"-f", "avfoundation"};
+        arguments += arguments.size() == 2 ? QStringList{"-framerate", "30"} : QStringList();
+        arguments += QStringList{"-i", device};
+    }
+    return arguments +
+           QString("-ar 44100 -r 29.97 -preset ultrafast -max_muxing_queue_size 9999 "
+                   "-async 1 -pix_fmt yuv420p")
+               .split(' ') +
+           QStringList{path};
+}
