@@ -19,7 +19,7 @@ private Q_SLOTS:
         SetJob("echo frame=1; read -r -t 100 -N 1; printf made >\"${!#}\"\n");
         PressAndExpectTheWholeWait("Cut");
         QCOMPARE(Boxes().texts,
-                 QStringList{"Cut success, file path is " + Target() + "/Cut_a.mp4"});
+                 QStringList{"Cut success, file path is " + Target() + "/Cut_a.mp4 "});
         auto* process = Child<QProcess>("m_pCutProcess");
         QCOMPARE(process->state(), QProcess::Running);
         process->write("x");
