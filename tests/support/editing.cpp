@@ -1,6 +1,7 @@
 #include "tests/support/editing.h"
 
 #include "tests/support/ordinary_movie.h"
+#include "tests/support/tool_movies.h"
 
 #include <QDir>
 
@@ -8,14 +9,13 @@ bool MakeMovie(const Recorder& recorder, const QString& name, int seconds, const
                bool sound, const QString& size)
 {
     QDir().mkpath(recorder.SaveDirectory());
-    QStringList command{"-v", "error", "-f", "lavfi", "-i", "testsrc2=size=" + size + ":rate=25"};
+    QStringList command{"-f", "lavfi", "-i", "testsrc2=size=" + size + ":rate=25"};
     if (sound) {
         command << QStringList{"-f", "lavfi", "-i", "sine=frequency=440:sample_rate=44100"};
     }
     command << QStringList{"-t", QString::number(seconds), "-pix_fmt", "yuv420p"}
             << arguments.split(' ') << recorder.SaveDirectory() + '/' + name;
-    const Outcome made = RunProgram("ffmpeg", command);
-    return made.code == 0;
+    return MakeMovie(command).isEmpty();
 }
 
 void MarkFirstVideo(Recorder& recorder, double start, double end)

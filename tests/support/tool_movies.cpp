@@ -1,14 +1,23 @@
 #include "tests/support/tool_movies.h"
 
+#include "tests/support/movie_cache.h"
+
 #include <cstdlib>
 
 QByteArray MakeMovie(const QStringList& arguments)
 {
+    const MovieCache cache(arguments);
+    if (cache.Fetch()) {
+        return {};
+    }
     const QStringList quiet = {"-v", "error", "-nostdin", "-y"};
     const Outcome outcome = RunProgram("ffmpeg", quiet + arguments);
-    return outcome.code == 0 ? QByteArray()
-                             : arguments.join(' ').toUtf8() + "\n" + outcome.error + " (" +
-                                   QByteArray::number(outcome.code) + ")";
+    if (outcome.code != 0) {
+        return arguments.join(' ').toUtf8() + "\n" + outcome.error + " (" +
+               QByteArray::number(outcome.code) + ")";
+    }
+    cache.Keep();
+    return {};
 }
 
 QStringList PictureInput(double seconds, const QString& size, const QString& rate)

@@ -8,7 +8,8 @@
 #include <QList>
 #include <QStringList>
 
-// Runs ffmpeg, overwriting existing files. Returns its error output, or "" on success.
+// Runs ffmpeg, overwriting existing files, or takes what it made before of the same. Returns its
+// error output, or "" on success.
 QByteArray MakeMovie(const QStringList& arguments);
 
 // The input options of a moving picture and of a tone.
