@@ -86,10 +86,10 @@ public:
     {
         const Heard& heard = m_heard[source];
         size_t longest = 0;
-        size_t end = heard.samples.size();
-        for (auto piece = heard.pieces.rbegin(); piece != heard.pieces.rend(); ++piece) {
-            longest = std::max(longest, end - piece->first);
-            end = piece->first;
+        for (size_t i = 0; i < heard.pieces.size(); ++i) {
+            const bool last = i + 1 == heard.pieces.size();
+            const size_t end = last ? heard.samples.size() : heard.pieces[i + 1].first;
+            longest = std::max(longest, end - heard.pieces[i].first);
         }
         return static_cast<double>(longest) / kRate;
     }
