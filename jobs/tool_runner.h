@@ -6,8 +6,8 @@ class QProcess;
 
 // The only place that starts, waits for, reads and stops the external executable `tool`.
 
-/// How long each wait for the tool lasts at most, in milliseconds: 30000. Defined in an object file of its own,
-/// so that a test can be linked with another one.
+/// The longest wait for the tool, in milliseconds: 30000. Defined in an object file of its own, so
+/// that tests can be linked with a different value.
 extern const int kToolWaitMs;
 
 /// The start of every command line: the tool's path in the program's directory, in double quotes.

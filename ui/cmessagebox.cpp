@@ -131,8 +131,7 @@ QLabel* CMessageBox::AddBodyAndBar(const QString& picture, const QString& text)
     return bar;
 }
 
-// Over a window of the same light grey, as the progress dialog is, nothing else would tell where
-// the message ends.
+// Separates the message from a window of the same light grey, such as the progress dialog.
 void CMessageBox::AddEdge()
 {
     auto* edge = new QFrame(this);
@@ -140,7 +139,7 @@ void CMessageBox::AddEdge()
     edge->setFrameStyle(QFrame::Box | QFrame::Plain);
     edge->setAttribute(Qt::WA_TransparentForMouseEvents);
     edge->setGeometry(rect());
-    SetTextColor(edge, QColor(128, 128, 128)); // seen on the dark of a strip as well as on light
+    SetTextColor(edge, QColor(128, 128, 128)); // visible on the dark strip and on light grey
 }
 
 void CMessageBox::AddButton(QLabel* bar, int left, const QString& text, const char* slot)

@@ -179,7 +179,7 @@ QPushButton* DRUI::CreateButton(int kind, int x, QWidget* parent)
     const QSize size = QPixmap(chosen.picture).size();
     const QSize shown(static_cast<int>(size.width() / 2.5), static_cast<int>(size.height() / 2.5));
     button->setGeometry(x, 40, 40, 20);
-    button->setIcon(QIcon(chosen.picture)); // by its name, so that a finer one is found
+    button->setIcon(QIcon(chosen.picture)); // by name, so that QIcon finds the @2x file
     button->setIconSize(shown);
     button->resize(shown);
     button->setStyleSheet(window_style);

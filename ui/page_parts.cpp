@@ -93,7 +93,7 @@ QPixmap PictureAt(qreal density, const QString& path, const QSize& size, Qt::Asp
 {
     const QSize needed = (QSizeF(size) * density).toSize();
     QPixmap picture(path);
-    if (picture.width() < needed.width()) { // twice as fine, under the name that QIcon looks for
+    if (picture.width() < needed.width()) { // the @2x file, named as QIcon expects
         const QPixmap fine(QString(path).insert(path.lastIndexOf('.'), "@2x"));
         picture = fine.isNull() ? picture : fine;
     }
@@ -121,7 +121,7 @@ PictureLabel::PictureLabel(const QString& path, QWidget* parent, const QSize& si
     Draw();
 }
 
-// Which screen a window comes up on is known when it is shown, and it may be moved to another.
+// The screen of a window is known when it is shown, and can change later.
 bool PictureLabel::event(QEvent* event)
 {
     const bool handled = QLabel::event(event);
@@ -147,7 +147,7 @@ void Page::SetFieldToLeave(QLineEdit* field, QWidget* next)
     connect(field, SIGNAL(returnPressed()), next, SLOT(setFocus()));
 }
 
-// Labels pass a press on to what they stand on.
+// Labels pass mouse presses on to their parent.
 void Page::mousePressEvent(QMouseEvent* event)
 {
     if (m_field != nullptr && m_field->hasFocus()) {

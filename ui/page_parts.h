@@ -58,7 +58,7 @@ private:
     QWidget* m_next = nullptr;
 };
 
-/// A button without text. Its tool tip does not inherit the button's style sheet, which would make
+/// A button without text. Its tooltip does not inherit the button's style sheet, which would make
 /// it black on dark grey.
 class IconButton : public QPushButton
 {

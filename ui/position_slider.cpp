@@ -17,7 +17,8 @@ void PositionSlider::mousePressEvent(QMouseEvent* event)
     setSliderDown(true);
     const int x = qRound(event->position().x());
     const QRect handle = HandleRect();
-    if (x >= handle.left() && x <= handle.right()) { // above and below it, too: it is small
+    if (x >= handle.left() &&
+        x <= handle.right()) { // also above and below the handle, which is small
         m_nGrip = x - handle.left();
     } else {
         m_nGrip = handle.width() / 2;
@@ -46,7 +47,7 @@ QRect PositionSlider::HandleRect() const
     return style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, this);
 }
 
-// The point at which the handle is held goes as near to `x` as the range allows.
+// Moves the point where the handle is held as close to `x` as the range allows.
 void PositionSlider::MoveTo(int x)
 {
     setSliderPosition(QStyle::sliderValueFromPosition(minimum(), maximum(), x - m_nGrip,

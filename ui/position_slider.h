@@ -2,9 +2,9 @@
 
 #include <QSlider>
 
-// A slider that emits sliderMoved() for the keyboard and the wheel as well as for the mouse. A
-// press on the groove brings the handle there; a press on the handle moves nothing until the mouse
-// does. Setting the value is no move.
+// A slider that emits sliderMoved() for keyboard and wheel as well as for the mouse. A press on the
+// groove moves the handle there. A press on the handle moves nothing until the mouse moves. Setting
+// the value does not count as a move.
 class PositionSlider : public QSlider
 {
     Q_OBJECT

@@ -56,7 +56,7 @@ const QString slider_style =
     "QSlider::handle:horizontal:disabled{background: #eee;border: 1px solid #aaa;border-radius: "
     "4px;}";
 
-// Without one, the dark grey that everything in the window takes on hides what a scroll bar is.
+// Without this, the window's dark grey also covers the parts of scroll bars.
 const QString dark_scroll_style =
     "QScrollBar{background: rgb(68, 69, 73); border: none;}"
     "QScrollBar:vertical{width: 14px;}QScrollBar:horizontal{height: 14px;}"

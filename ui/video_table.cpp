@@ -6,7 +6,7 @@
 
 namespace {
 
-// The cell that has the focus would be tinted, selected or not.
+// Otherwise the focused cell would be tinted, selected or not.
 class RowDelegate : public QStyledItemDelegate
 {
 public:
@@ -25,16 +25,16 @@ protected:
 VideoTable::VideoTable(QWidget* parent) : QTableWidget(parent)
 {
     setTabKeyNavigation(false);
-    setHorizontalScrollMode(ScrollPerPixel); // a single column is one item
+    setHorizontalScrollMode(ScrollPerPixel); // a single column would scroll as one item
     setItemDelegate(new RowDelegate(this));
 }
 
-// Resizing to the contents takes the stretch from the last column. Set to what it is already, the
-// property does nothing. A single column would be shrunk to the table and the end of a long name
-// could not be scrolled to.
+// Resizing to contents removes the stretch of the last column, and setting the property to its
+// current value does nothing. A single column would shrink to the table, and the end of a long name
+// could not be reached by scrolling.
 void VideoTable::FitColumns()
 {
-    horizontalHeader()->setMinimumSectionSize(-1); // back to the style's
+    horizontalHeader()->setMinimumSectionSize(-1); // back to the style's default
     resizeColumnsToContents();
     if (columnCount() == 1) {
         horizontalHeader()->setMinimumSectionSize(columnWidth(0));
@@ -51,7 +51,7 @@ void VideoTable::keyPressEvent(QKeyEvent* event)
     bool pressed = event->key() == Qt::Key_Space || event->key() == Qt::Key_Return ||
                    event->key() == Qt::Key_Enter;
     if (selected.isEmpty() && event->key() == Qt::Key_Down) {
-        pressed = true; // with nothing selected, Down goes to the row that it would start from
+        pressed = true; // with nothing selected, Down selects the current row
     } else {
         QTableWidget::keyPressEvent(event);
     }

@@ -12,7 +12,7 @@ class VideoTable : public QTableWidget
 public:
     explicit VideoTable(QWidget* parent);
 
-    /// Makes every column as wide as its texts, and the last one fill what is left of the table.
+    /// Makes every column as wide as its contents, and the last one fill the rest of the table.
     void FitColumns();
 
 protected:

@@ -140,7 +140,7 @@ double SecondsOfSound(const Outlet& outlet)
 // Checks that the sound is as long as the time since that moment, or soon is again.
 void ExpectInTime(Outlet& outlet, Clock::time_point moment)
 {
-    // The feeder hands out sound 60 ms late, so that every source has delivered it by then.
+    // The feeder writes sound 60 ms late, when every source has delivered it.
     constexpr double delay = 0.06;
     double late = 0;
     double least = 1e9;
@@ -182,7 +182,7 @@ qsizetype CountOfPictures(const Outlet& outlet, const tool::Rectangle& area = kS
            static_cast<qsizetype>(tool::YuvBytes(area.width, area.height));
 }
 
-// Whether the corner of that picture is bright, away from the mouse in the middle.
+// Whether the corner of that frame is bright, away from the mouse in the middle.
 bool IsWhite(const Outlet& outlet, qsizetype picture)
 {
     const auto bytes = static_cast<qsizetype>(tool::YuvBytes(kSmall.width, kSmall.height));
@@ -270,7 +270,7 @@ void FeedersTest::soundIsTheSumOfItsSources()
         return low > kWhole && high > kWhole;
     };
     QVERIFY2(outlet->ReadUntil(both), qPrintable(levels));
-    // Mixed up they would be whole only at times.
+    // Mixed up, they would only sometimes be complete.
     const Clock::time_point moment = Clock::now();
     int looks = 0;
     int whole = 0;
@@ -357,8 +357,8 @@ void FeedersTest::startIsToldWhenThePicturesAreRead()
     ExpectInTime(*outlet, *m_pStart);
 }
 
-// The screen turns white and black: the first picture that is due after that shows it. On a busy
-// machine the X server may answer too late for some.
+// The screen alternates between white and black, and the next frame due shows it. On a busy machine
+// the X server may answer too late for some.
 void FeedersTest::pictureShowsTheScreenOfItsTime()
 {
     OwnScreen screen({"-screen", "0", "64x48x24"});

@@ -81,7 +81,7 @@ public:
     {
         return Amplitude(m_heard[source].samples, kRate, hertz);
     }
-    // The duration of the longest piece heard since Listen began.
+    // The duration of the longest piece received since Listen().
     double LongestPiece(size_t source) const
     {
         const Heard& heard = m_heard[source];

@@ -1,4 +1,4 @@
-// Trims recordings and movies in the real window, where something is in the way too.
+// Trims recordings and movies in the real window, also when something goes wrong.
 #include "tests/support/desktop_test.h"
 #include "tests/support/editing.h"
 #include "tests/support/recording_file.h"

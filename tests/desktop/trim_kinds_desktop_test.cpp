@@ -1,4 +1,4 @@
-// Trims movies of all kinds in the real window and looks for the right pictures in the results.
+// Trims movies of all kinds in the real window and looks for the right frames in the results.
 #include "tests/support/desktop_test.h"
 #include "tests/support/editing.h"
 #include "tests/support/recording_file.h"

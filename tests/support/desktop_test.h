@@ -10,7 +10,7 @@ class DesktopTest : public QObject
     Q_OBJECT
 
 protected:
-    // What else has to be there before the first test.
+    // Other requirements of the test.
     virtual void Prepare() {}
     virtual bool WantsTray() const { return true; }
 

@@ -1,4 +1,4 @@
-// What the tests of trimming and joining on the virtual desktop share.
+// Shared by the tests of trims and joins on the virtual desktop.
 #pragma once
 
 #include "tests/support/files.h"

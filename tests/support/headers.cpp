@@ -1,1 +1,1 @@
-// The compiler keeps the headers of lumenfold_headers() beside what it makes of this.
+// The precompiled headers of lumenfold_headers() are built with this file.

@@ -27,11 +27,11 @@ MovieCache::MovieCache(const QStringList& arguments)
             continue;
         }
         if (argument.contains('/') && !argument.contains("://") && QFileInfo::exists(argument)) {
-            return; // a second output, or a list of files
+            return; // a second output or a list of files
         }
         hash.addData(argument.toUtf8() + '\0');
     }
-    // A list names further files, and a filter may.
+    // A list, and possibly a filter, names further files.
     if (!arguments.contains("concat") && arguments.filter("movie=").isEmpty()) {
         m_kept = QString("%1/%2.%3")
                      .arg(MOVIE_CACHE, hash.result().toHex(), QFileInfo(m_output).suffix());
@@ -52,7 +52,7 @@ void MovieCache::Keep() const
     if (m_kept.isEmpty() || !QDir().mkpath(MOVIE_CACHE)) {
         return;
     }
-    // Others see the whole of it or nothing.
+    // Other processes see all of it or nothing.
     QTemporaryFile copy(MOVIE_CACHE "/XXXXXX");
     copy.setAutoRemove(false);
     QFile movie(m_output);

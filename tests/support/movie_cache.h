@@ -2,20 +2,20 @@
 
 #include <QStringList>
 
-// Movies that tests made before with the same ffmpeg, the same arguments and the same inputs. They
-// are in the build folder; any number of tests may use it at once.
+// Movies that tests have made with the same ffmpeg, arguments and inputs. They are in the build
+// folder, and any number of tests can use the cache at once.
 class MovieCache
 {
 public:
-    // The arguments of an ffmpeg that makes a movie out of nothing or out of the files after -i.
+    // The arguments of an ffmpeg that generates a movie or makes one from the files after -i.
     explicit MovieCache(const QStringList& arguments);
 
-    // Copies the movie to where ffmpeg would have written it. Returns false if there is none.
+    // Copies the movie to ffmpeg's output path. Returns false if it is not cached.
     bool Fetch() const;
-    // Keeps the movie that ffmpeg has written.
+    // Stores the movie ffmpeg has written.
     void Keep() const;
 
 private:
     QString m_output;
-    QString m_kept; // empty if what the movie is made of is not known
+    QString m_kept; // empty if the inputs are not known
 };

@@ -28,7 +28,7 @@ public:
     QString ErrorFile() const;
     QString SaveDirectory() const;
 
-    // Call before the start: waits kShortToolWaitMs for the tool where the product waits 30 s.
+    // Call before the start: the program waits kShortToolWaitMs for the tool instead of 30 s.
     void UseShortToolWait();
     // Call before the start: installs a script as `tool`. $REAL in it is the original.
     void ReplaceTool(const QByteArray& script);

@@ -2,8 +2,7 @@
 
 #include <QStringList>
 
-// The arguments with which the recorder has `tool` record these devices, "screen:sound" each, into
-// a file.
+// The recorder's arguments for `tool` to record these devices, "screen:sound" each, to a file.
 inline QStringList RecorderCommand(const QStringList& devices, const QString& path)
 {
     QStringList arguments;

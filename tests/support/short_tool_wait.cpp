@@ -1,4 +1,4 @@
-// A shorter wait for the tool than the product's, for the tests that use up all of it.
+// A shorter wait for the tool, for tests that exceed it.
 #include "tests/support/short_tool_wait.h"
 
 #include "jobs/tool_runner.h"

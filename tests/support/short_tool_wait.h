@@ -1,4 +1,4 @@
 #pragma once
 
-// How long the programs linked with short_tool_wait.cpp wait for the tool at most.
+// The longest wait for the tool in programs linked with short_tool_wait.cpp.
 inline constexpr int kShortToolWaitMs = 3000;

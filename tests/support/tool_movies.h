@@ -8,8 +8,8 @@
 #include <QList>
 #include <QStringList>
 
-// Runs ffmpeg, overwriting existing files, or takes what it made before of the same. Returns its
-// error output, or "" on success.
+// Runs ffmpeg, overwriting existing files, or takes the result from the cache. Returns its error
+// output, or "" on success.
 QByteArray MakeMovie(const QStringList& arguments);
 
 // The input options of a moving picture and of a tone.

@@ -12,7 +12,7 @@
 #ifdef WRAPS_SYSTEM_CALLS
 namespace {
 bool g_diskFails = false;
-struct statvfs* g_disk = nullptr; // what a disk answers, where it is not asked itself
+struct statvfs* g_disk = nullptr; // replaces the answer of the disk
 } // namespace
 
 extern "C" {
@@ -108,7 +108,8 @@ private Q_SLOTS:
 #endif
     }
 
-    // On most disks of today blocks and fragments are of one size, and root has no share.
+    // On most current file systems, block and fragment size are equal, and nothing is reserved for
+    // root.
     void freeSpaceIsInFragmentsAndOfTheUser()
     {
 #ifdef WRAPS_SYSTEM_CALLS

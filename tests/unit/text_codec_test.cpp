@@ -15,7 +15,7 @@ private Q_SLOTS:
         QCOMPARE(FromEightBit(std::string("1.50 KB")), QString("1.50 KB"));
     }
 
-    // Only ASCII does without the codec, and 0x80 is not ASCII.
+    // Only ASCII needs no codec, and 0x80 is not ASCII.
     void theFirstByteBeyondAsciiGoesThroughTheCodec()
     {
         InstallTextCodec("windows-1252");

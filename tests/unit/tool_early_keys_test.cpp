@@ -181,7 +181,7 @@ private slots:
 void ToolEarlyKeysTest::init()
 {
     std::signal(SIGCHLD, SIG_DFL);
-    std::signal(SIGPIPE, SIG_IGN); // a write that nobody reads must fail the test, not kill it
+    std::signal(SIGPIPE, SIG_IGN); // a write without reader must fail the test, not kill it
     std::signal(SIGHUP, SIG_IGN);  // discards a pending one
     std::signal(SIGHUP, SIG_DFL);
     BlockHangUp(SIG_BLOCK);

@@ -1,4 +1,4 @@
-// What is read from ffmpeg's description of the parts of a join, and the command made from it.
+// Parsing ffmpeg's description of the parts of a join, and the command made from it.
 #include "tool/join.h"
 
 #include <QByteArray>
@@ -97,7 +97,7 @@ void ToolJoinGraphTest::firstTrackOfAKindCounts()
     QVERIFY(!parts[1].HasPicture() && !parts[1].HasSound());
 }
 
-// "First" is the first part that has any.
+// "First" is the first part that has the track.
 void ToolJoinGraphTest::firstPartsPictureAndSoundSetTheFormat()
 {
     const PartDescription picture{320, 240, "25", 0, "", 2};

@@ -21,7 +21,7 @@ QByteArray TwoBytes(int value)
     return QByteArray(1, static_cast<char>(value >> 8)) + static_cast<char>(value & 0xff);
 }
 
-// One packet that begins something, filled up with an adaptation field.
+// A packet with a start indicator, padded with an adaptation field.
 QByteArray Packet(int id, const QByteArray& payload)
 {
     const auto fill = static_cast<int>(188 - 4 - payload.size());
@@ -30,7 +30,7 @@ QByteArray Packet(int id, const QByteArray& payload)
     return "\x47" + TwoBytes(0x4000 | id) + (fill == 0 ? '\x10' : '\x30') + field + payload;
 }
 
-// A section with its pointer, its length and room for a checksum, which nobody looks at.
+// A section with pointer, length and room for a checksum, which nobody checks.
 QByteArray Section(char table, const QByteArray& content)
 {
     const auto size = static_cast<int>(content.size() + 5 + 4);
@@ -55,7 +55,7 @@ QByteArray Tables(const QList<Track>& tracks)
            Packet(kTableId, Section(2, list));
 }
 
-// Two packets, as the beginning of the second one ends what the first one holds.
+// Two packets, because the start of the second one ends the content of the first.
 QByteArray Twice(int id, const QByteArray& content)
 {
     const QByteArray header = QByteArray::fromHex("000001e00000800000");

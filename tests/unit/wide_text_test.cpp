@@ -7,9 +7,9 @@
 
 #ifdef WRAPS_SYSTEM_CALLS
 namespace {
-QStringList g_opened;   // "to < from", in the order asked for
-QString g_broken;       // the pair that cannot be opened
-int g_nDescriptors = 0; // open now
+QStringList g_opened;   // "to < from", in order
+QString g_broken;       // the pair that iconv_open() refuses
+int g_nDescriptors = 0; // currently open
 } // namespace
 
 extern "C" {

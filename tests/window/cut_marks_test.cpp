@@ -168,7 +168,7 @@ private Q_SLOTS:
         QVERIFY2(position != "00:00:00/00:01:40", "a press on the groove moves nothing");
         const int handle = HandleCentre(*slider);
         const QSignalSpy moves(slider, &QSlider::sliderMoved);
-        for (const int side : {-4, 0, 4}) { // nowhere does the handle jump to the pointer
+        for (const int side : {-4, 0, 4}) { // the handle does not jump to the pointer
             const QPoint grip(handle + side, slider->height() / 2);
             QTest::mousePress(slider, Qt::LeftButton, {}, grip);
             QCOMPARE(Position(), position);
@@ -235,7 +235,7 @@ private Q_SLOTS:
         QTRY_COMPARE(ReadFile(keys), QByteArray("-ss 17 \r\np\r\n"));
     }
 
-    // As long as the button offers to play, a move starts the playback; nothing changes its text.
+    // As long as the button reads "Play", a move starts the playback. Nothing changes its text.
     void aMoveTogglesThePlayerOnlyWhileTheButtonReadsPlay()
     {
         MakeVideo("a.mp4");

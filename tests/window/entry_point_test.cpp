@@ -30,7 +30,7 @@ void Note(const QString& step)
 
 } // namespace
 
-// What the linker puts in place of the event loop, the launcher and the codecs.
+// Replaces the event loop, the launcher and the codecs at link time.
 extern "C" {
 int __real__Z20inner_initUnicodeMapPKc(const char* encoding);      // NOLINT: the linker's names
 void __real__Z16InstallTextCodecPKc(const char* name);             // NOLINT
@@ -91,7 +91,7 @@ private Q_SLOTS:
     void theApplicationStartsInItsOrder()
     {
         Run({"start"});
-        // The window installs the codec for 8-bit text once more.
+        // The window installs the 8-bit codec again.
         QCOMPARE(g_steps,
                  QStringList({"8-bit text in GB2312", "wide text in UTF-8",
                               "8-bit text in GB2312 with a window", "event loop with a window"}));
@@ -131,7 +131,7 @@ private Q_SLOTS:
         QVERIFY2(isVisible, "no window came");
     }
 
-    // The window's end may take half a minute, for a recording is finished then.
+    // Destroying the window can take half a minute, because it finishes a recording.
     void theOutputFileGoesBeforeTheWindow()
     {
         const QString file = m_directory->filePath("Out.txt");
@@ -149,7 +149,7 @@ private Q_SLOTS:
         };
         Run({"start"});
         QVERIFY2(opened.endsWith(" 2") || opened.startsWith("2 "), qPrintable(opened));
-        // Standard error stays with the file that has no name any more.
+        // Standard error keeps the file, which has no name any more.
         QCOMPARE(seen, QStringList({"there, opened as " + opened, "gone, opened as 2"}));
     }
 
@@ -197,7 +197,7 @@ private Q_SLOTS:
         const QByteArray before = qgetenv("LC_ALL");
         qputenv("LOCPATH", QFile::encodeName(m_directory->path()));
         qputenv("LC_ALL", "de_DE.UTF-8");
-        std::setlocale(LC_ALL, ""); // as Qt does with the first application of a process
+        std::setlocale(LC_ALL, ""); // as Qt does for the first application object
         const QString comma = std::localeconv()->decimal_point;
         std::string size;
         g_loop = [&] { size = GetFileSizeString(1536); };
@@ -205,12 +205,12 @@ private Q_SLOTS:
         qunsetenv("LOCPATH");
         qputenv("LC_ALL", before);
         std::setlocale(LC_ALL, "C");
-        QCOMPARE(comma, QString(",")); // else the test shows nothing
+        QCOMPARE(comma, QString(",")); // otherwise the test proves nothing
         QCOMPARE(size, std::string("1.50 KB"));
     }
 
 private:
-    // The process's descriptors of a file, also of one that has been removed.
+    // The process's descriptors of a file, including a removed one.
     static QStringList Descriptors(const QString& file)
     {
         QStringList numbers;

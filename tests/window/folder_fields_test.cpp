@@ -3,7 +3,7 @@
 #include <QHelpEvent>
 #include <QToolTip>
 
-// What leaves a folder field, and what the icon buttons tell about themselves.
+// What makes a folder field lose focus, and the tooltips of icon buttons.
 class FolderFieldsTest : public VideoPageTest
 {
     Q_OBJECT
@@ -111,7 +111,7 @@ private Q_SLOTS:
         QTest::newRow("folder button") << "Choose directory";
     }
 
-    // The style sheets of what it belongs to must not reach it: black on dark grey.
+    // It must not inherit its widget's style sheet: black on dark grey.
     void aToolTipCanBeRead()
     {
         QFETCH(QString, tip);
@@ -147,7 +147,7 @@ private:
         return merge ? "m_pSourceVideoTable" : "m_pCutVideoTable";
     }
 
-    // Types the other folder's name; the field keeps the focus.
+    // Types the other folder's name. The field keeps the focus.
     void Type(bool merge)
     {
         OpenWindow();

@@ -11,6 +11,6 @@
 QString PictureDifference(const QString& what, const QIcon& icon, const QSize& size,
                           const QString& name);
 
-/// The same for a picture that may have been scaled. It has to come from the finer file where the
-/// usual one has fewer pixels than are shown.
+/// The same for an image that may be scaled. It has to come from the @2x file if the normal one has
+/// fewer pixels than are shown.
 QString PictureDifference(const QString& what, const QPixmap& shown, QString name);

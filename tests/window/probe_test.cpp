@@ -32,7 +32,7 @@ private Q_SLOTS:
         QCOMPARE(Duration("/v/b.mp4"), std::string());
     }
 
-    // Some megabytes are kept, far more than any description of a file has.
+    // A few megabytes are kept, far more than any description of a file.
     void whatFollowsAFloodOfOutputIsNotRead()
     {
         const QByteArray flood = "yes 'noise without end' | head -c 40000000\n";

@@ -196,7 +196,8 @@ private Q_SLOTS:
         QCOMPARE(Recordings().size(), 1);
     }
 
-    // The first recording was asked to quit, the second was not: its refused start is no failure.
+    // The first recording was asked to quit, the second was not: its refused start is not a
+    // failure.
     void aPauseInASecondRecordingTellsNoFailure()
     {
         EnterRecordPage();

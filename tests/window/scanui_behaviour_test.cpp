@@ -61,7 +61,7 @@ private Q_SLOTS:
         QCOMPARE(m_boxes->texts, QStringList{"Cut success, file path is " + path + ' '});
     }
 
-    // Qt sends a hidden dialog no close event; the one by hand may not come twice at a time.
+    // Qt sends no close event to a hidden dialog. The one sent by hand must not be nested.
     void aReportWhileTheOutcomeIsToldTellsNothingMore_data()
     {
         QTest::addColumn<bool>("shown");
@@ -72,7 +72,7 @@ private Q_SLOTS:
     void aReportWhileTheOutcomeIsToldTellsNothingMore()
     {
         QFETCH(bool, shown);
-        m_boxes.reset(); // its answers come too soon
+        m_boxes.reset(); // it answers too soon
         QStringList texts;
         QWidget* told = nullptr;
         QTimer user;

@@ -9,8 +9,8 @@
 
 namespace {
 
-// Two screens that show two dots where others show one, and between them an ordinary one. Qt's
-// version decides which of the two fine ones is the primary screen; neither begins at 0, 0.
+// Two screens of density 2 and one of density 1 between them. Qt's version decides which of the two
+// is primary; neither starts at 0, 0.
 constexpr auto kScreens = R"({"screens": [
     {"name": "a, fine", "x": 300, "y": 200, "width": 1600, "height": 1000, "dpr": 2},
     {"name": "b, coarse", "x": 1900, "y": 0, "width": 1280, "height": 1024, "dpr": 1},
@@ -27,13 +27,14 @@ QScreen* Coarse()
     return nullptr;
 }
 
-// The picture as it looks when it is drawn as fine as the file allows.
+// The image at the highest resolution of the file.
 QImage Finest(const QString& path, const QSize& size, Qt::AspectRatioMode mode)
 {
     return QImage(path).scaled(size, mode, Qt::SmoothTransformation);
 }
 
-// How much two pictures of one size differ: the mean of the greatest differences of their dots.
+// The difference of two images of the same size: the mean of the largest differences of their
+// pixels.
 double Difference(const QImage& one, const QImage& other)
 {
     if (one.size() != other.size() || one.isNull()) {
@@ -53,7 +54,7 @@ double Difference(const QImage& one, const QImage& other)
     return sum / (a.width() * a.height());
 }
 
-// The only label without words that shows a picture.
+// The only label with an image and no text.
 QLabel* PictureIn(const QWidget* window)
 {
     for (auto* label : window->findChildren<QLabel*>()) {
@@ -64,7 +65,7 @@ QLabel* PictureIn(const QWidget* window)
     return nullptr;
 }
 
-// Fails unless `label` shows this file, dot for dot of the screen that it is on.
+// Fails unless `label` shows this file, pixel for pixel of its screen.
 void ExpectPicture(const QLabel* label, const QString& file, const QSize& dots, qreal density,
                    Qt::AspectRatioMode mode = Qt::KeepAspectRatio)
 {
@@ -78,7 +79,7 @@ void ExpectPicture(const QLabel* label, const QString& file, const QSize& dots, 
 
 } // namespace
 
-// The window on screens that differ from the usual one in place and density.
+// The window on screens with other positions and densities.
 class ScreensTest : public WindowTest
 {
     Q_OBJECT
@@ -182,7 +183,7 @@ private Q_SLOTS:
         QImage wanted(96, 96, QImage::Format_ARGB32_Premultiplied);
         wanted.fill(information.palette().color(QPalette::Window));
         QImage picture(":/image/information@2x.png");
-        picture.setDevicePixelRatio(1); // dot for dot
+        picture.setDevicePixelRatio(1); // pixel for pixel
         QPainter(&wanted).drawImage(0, 0, picture);
         const double difference = Difference(shown, wanted);
         QVERIFY2(difference < 3, qPrintable(QString("differs by %1").arg(difference)));
@@ -230,7 +231,7 @@ private Q_SLOTS:
     }
 };
 
-// The screens have to be known before the application is made.
+// The screens have to be configured before the application object is created.
 int main(int argc, char* argv[])
 {
     const QTemporaryDir folder;

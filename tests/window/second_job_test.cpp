@@ -150,7 +150,7 @@ private Q_SLOTS:
         QCOMPARE(Boxes().texts.last(), "Cut success, file path is " + other.path() + "/Cut_b.mp4 ");
     }
 
-    // Jobs run on the window's thread, although the window has another one for them.
+    // Jobs run on the window's thread, although the window has a job thread.
     void noJobStartsAThread()
     {
 #ifndef Q_OS_MACOS

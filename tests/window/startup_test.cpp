@@ -56,7 +56,7 @@ private Q_SLOTS:
         QVERIFY(!permissions.testFlag(QFile::ExeOwner));
         QVERIFY(!permissions.testFlag(QFile::WriteOther));
         QVERIFY(!permissions.testFlag(QFile::WriteGroup));
-        // 0644, less what the user keeps from others.
+        // 0644, minus the user's umask
         const mode_t kept = umask(0);
         umask(kept);
         QCOMPARE(permissions.testFlag(QFile::ReadGroup), (kept & S_IRGRP) == 0);

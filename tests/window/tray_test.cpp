@@ -187,7 +187,7 @@ private Q_SLOTS:
         QVERIFY(Window().isVisible());
     }
 
-    // Only activating it does: it is minimised again after each time.
+    // Only activating it does. It is minimised again each time.
     void minimisingTheStandInDoesNotBringTheWindowBack()
     {
         EnterRecordPage();

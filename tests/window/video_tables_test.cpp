@@ -24,7 +24,7 @@ int Lightness(QRgb colour)
 
 } // namespace
 
-// How the tables of videos are drawn and what their empty parts do.
+// How the video tables are painted, and what their empty areas do.
 class VideoTablesTest : public VideoPageTest
 {
     Q_OBJECT
@@ -47,8 +47,8 @@ private Q_SLOTS:
         }
     }
 
-    // On entering, after another folder was typed and the first one again, and on the second visit:
-    // with a scroll bar (from 13 videos on) and without.
+    // On entering, after typing another folder and the first one again, and on the second visit,
+    // with a scroll bar (13 videos or more) and without.
     void theRowsFillTheTable()
     {
         QFETCH(bool, merge);
@@ -133,7 +133,7 @@ private Q_SLOTS:
         ClickRow(kMerge.table, 0);
         auto* table = Child<QTableWidget>(kMerge.table);
         const QImage picture = table->viewport()->grab().toImage();
-        const int y = table->visualItemRect(table->item(0, 0)).top() + 3; // above the letters
+        const int y = table->visualItemRect(table->item(0, 0)).top() + 3; // above the text
         for (int column = 1; column < 3; ++column) {
             const int x = table->visualItemRect(table->item(0, column)).center().x();
             QCOMPARE(
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QCOMPARE(table->selectedItems().first()->row(), 1);
     }
 
-    // A light handle on a groove hardly lighter than the page: no black and white boxes.
+    // A light handle on a groove slightly lighter than the page: no black and white boxes.
     void theCutTablesScrollBarsLookLikeScrollBars_data()
     {
         QTest::addColumn<bool>("horizontal");
@@ -215,7 +215,7 @@ private:
     void ExpectFilled(const VideoPage& page, const char* when)
     {
         const auto* table = Child<QTableWidget>(page.table);
-        QCoreApplication::processEvents(); // a scroll bar comes and goes with the next layout
+        QCoreApplication::processEvents(); // scroll bars appear and disappear with the next layout
         QVERIFY2(table->horizontalHeader()->length() == table->viewport()->width(),
                  qPrintable(QString("%1: the columns take %2 of %3")
                                 .arg(when)
@@ -223,7 +223,7 @@ private:
                                 .arg(table->viewport()->width())));
     }
 
-    // A row without its text, in which the two differ.
+    // A row without its text, where the two differ.
     static QImage Picture(QTableWidget* table, int row)
     {
         const QRect icon = table->visualItemRect(table->item(row, 0));
