@@ -111,6 +111,7 @@ private slots:
     static void screenThatIsLargerIsCutOff();
     static void tenBitsOfAColourBecomeEight();
     static void cursorCoversWhatLiesUnderIt();
+    static void nothingIsDrawnBelowThePicture();
     static void clearPartsOfACursorLetThePictureThrough();
     static void cursorAtAnEdgeIsCutOff_data();
     static void cursorAtAnEdgeIsCutOff();
@@ -240,6 +241,18 @@ void ToolScreenPictureTest::cursorCoversWhatLiesUnderIt()
         }
     }
     QCOMPARE(drawn, 4);
+}
+
+void ToolScreenPictureTest::nothingIsDrawnBelowThePicture()
+{
+    Canvas canvas(10, 10);
+    canvas.Fill(10, 20, 30);
+    Pixels upperHalf = canvas.View();
+    upperHalf.height = 5;
+    const std::vector<uint32_t> image(9, opaqueRed);
+    DrawCursor({3, 4, 3, 3, image.data()}, upperHalf);
+    QCOMPARE(canvas.Colour(4, 4), QByteArray("\x00\x00\xff", 3));
+    QCOMPARE(canvas.Colour(4, 5), QByteArray("\x0a\x14\x1e", 3));
 }
 
 void ToolScreenPictureTest::clearPartsOfACursorLetThePictureThrough()
