@@ -1,5 +1,4 @@
-# Shared by the project's scripts; to be sourced by bash.
-# shellcheck shell=bash
+# Shared by the project's scripts. Source it from bash.
 
 project=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
@@ -23,8 +22,8 @@ AsRoot() {
     fi
 }
 
-# InstallPackages GROUP...: what is missing of these groups of scripts/packages-debian. When all is
-# there, nothing but a look into the package database happens.
+# InstallPackages GROUP...: installs missing packages of these groups of scripts/packages-debian. If none is
+# missing, only queries the package database.
 InstallPackages() {
     if [[ $(uname) == Darwin ]]; then
         InstallHomebrew
@@ -54,7 +53,7 @@ InstallPackages() {
     installed_something=1
 }
 
-# Written without a Mac at hand, never run.
+# Never run on a Mac.
 InstallHomebrew() {
     command -v brew >/dev/null || Fail "Homebrew is needed: https://brew.sh"
     local formula missing=()
@@ -69,8 +68,8 @@ InstallHomebrew() {
     export CMAKE_PREFIX_PATH
 }
 
-# BuildPreset PRESET [TARGET...]: configures where that was not done yet or may now find more, and builds
-# into build/PRESET. Ninja configures again by itself when a CMake file changed.
+# BuildPreset PRESET [TARGET...]: builds in build/PRESET. Configures first if that was not done yet or could
+# find more now. Ninja itself configures again after a change of a CMake file.
 BuildPreset() {
     local preset=$1
     local folder=$project/build/$preset
@@ -87,12 +86,12 @@ BuildPreset() {
         cmake --build "$folder" ${1:+--target "$@"}
     ) || return
     if [[ $(uname) == Darwin ]]; then
-        # There ffmpeg captures by itself, and `tool` is nothing but another name of it.
+        # On macOS ffmpeg captures by itself, so `tool` is a link to it.
         ln -sf "$(command -v ffmpeg)" "$folder/bin/lumenfold-recorder.app/Contents/MacOS/tool"
     fi
 }
 
-# WaitFor SECONDS COMMAND...: until the command succeeds; fails when the time is over.
+# WaitFor SECONDS COMMAND...: waits until the command succeeds. Fails after a timeout.
 WaitFor() {
     local end=$((${EPOCHREALTIME//[^0-9]/} + $1 * 1000000))
     shift
