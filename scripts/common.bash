@@ -1,4 +1,5 @@
 # Shared by the project's scripts. Source it from bash.
+# shellcheck shell=bash
 
 project=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 

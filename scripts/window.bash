@@ -1,4 +1,5 @@
 # Drives the real program's window from outside. Source it after common.bash, within scripts/virtual-desktop.
+# shellcheck shell=bash disable=SC2154,SC2317 # project; functions are called through WaitFor
 
 title='^Lumenfold Screen Recorder$'
 started=()
