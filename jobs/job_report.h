@@ -4,7 +4,7 @@
 
 // What a cut or merge looks for in the tool's output, and what it shows the user.
 
-// Of a job or a recording whose name is taken, where a number no longer fits into the name.
+// Why a job or a recording does not start if its file name is taken and too long to take a number.
 inline constexpr auto kNoFreeName = "no free name is left for the file, choose another directory";
 
 inline constexpr auto kDurationMarker = "Duration: "; // before the input's hh:mm:ss
