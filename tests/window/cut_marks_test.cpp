@@ -265,13 +265,8 @@ private Q_SLOTS:
 
     void backEndsThePreviewAndRewindsTheSlider()
     {
-        MakeVideo("a.mp4");
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        Move(12);
-        auto* player = Child<QProcess>("m_pPlayerProcess");
-        player->start("/bin/cat", QStringList());
-        QVERIFY(player->waitForStarted());
+        const QProcess* player = PreviewAt(12);
+        QCOMPARE(player->state(), QProcess::Running);
         Press("Back");
         QCOMPARE(player->bytesToWrite(), 3); // the quit command, whether or not it is read
         QCOMPARE(Child<QSlider>("m_pCutSlider")->value(), 0);
@@ -281,13 +276,7 @@ private Q_SLOTS:
 
     void backFromAnotherPageLeavesPreviewAndSliderAlone()
     {
-        MakeVideo("a.mp4");
-        EnterCutPage();
-        ClickRow(kTable, 0);
-        Move(12);
-        auto* player = Child<QProcess>("m_pPlayerProcess");
-        player->start("/bin/cat", QStringList());
-        QVERIFY(player->waitForStarted());
+        const QProcess* player = PreviewAt(12);
         Call("btnEditSlot");
         Press("Back");
         QCOMPARE(Page(), 0);
@@ -300,6 +289,19 @@ private:
     void Move(int seconds)
     {
         QVERIFY(QMetaObject::invokeMethod(&Window(), "current", Q_ARG(int, seconds)));
+    }
+
+    // Selects a video, moves the slider, and runs a player.
+    QProcess* PreviewAt(int seconds)
+    {
+        MakeVideo("a.mp4");
+        EnterCutPage();
+        ClickRow(kTable, 0);
+        Move(seconds);
+        auto* player = Child<QProcess>("m_pPlayerProcess");
+        player->start("/bin/cat", QStringList());
+        player->waitForStarted();
+        return player;
     }
 
     static int HandleCentre(const QSlider& slider)
