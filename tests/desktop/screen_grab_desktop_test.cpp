@@ -221,8 +221,8 @@ void ScreenGrabDesktopTest::stalledGrabberLeavesNoGap()
     ScreenRecording recording(screen, Path());
     QVERIFY2(recording.WaitForPictures(15), qPrintable(recording.Text()));
     const auto signalAll = [&](int number) {
-        for (const QString& companion : recording.Companions()) {
-            kill(companion.toInt(), number);
+        for (const pid_t companion : recording.Companions()) {
+            kill(companion, number);
         }
     };
     signalAll(SIGSTOP);
@@ -363,12 +363,12 @@ void ScreenGrabDesktopTest::nothingStaysBehindAKilledRecording()
     QVERIFY2(screen.Good(), "no X server");
     ScreenRecording recording(screen, Path());
     QVERIFY2(recording.WaitForPictures(5), qPrintable(recording.Text()));
-    const QStringList companions = recording.Companions();
+    const QList<pid_t> companions = recording.Companions();
     QVERIFY(!companions.isEmpty());
     recording.Signal(SIGKILL);
-    for (const QString& companion : companions) {
-        QVERIFY2(WaitUntil([&] { return !QFileInfo::exists("/proc/" + companion + "/exe"); }),
-                 "a process stays");
+    for (const pid_t companion : companions) {
+        const QString program = QString("/proc/%1/exe").arg(companion);
+        QVERIFY2(WaitUntil([&] { return !QFileInfo::exists(program); }), "a process stays");
     }
 }
 

@@ -1,23 +1,21 @@
 // The keeper, and the order in which it flushes data to disk. A process forked by the test acts as
 // ffmpeg.
+#include "tests/support/child_processes.h"
 #include "tests/support/ordinary_movie.h"
 #include "tests/support/tool_movies.h"
 #include "tool/end_signal.h"
 #include "tool/keeper.h"
 #include "tool/settle.h"
 
-#include <QDeadlineTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
 
 #include <atomic>
 #include <csignal>
 #include <fcntl.h>
 #include <functional>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -88,7 +86,7 @@ private slots:
     void diskHasTheIndexBeforeItIsUsed();
     void diskThatFailsLeavesTheMovieAsItWas();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     QString Path(const QString& name) const { return m_folder->filePath(name); }
     void StartFfmpeg(const QString& named, const QString& written, bool watchesSignals = false);
     void EndFfmpeg();
@@ -99,32 +97,11 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is no 
     pid_t m_ffmpeg = 0;
 };
 
-namespace {
-
-// Whether all children of this process, orphans included, exit by themselves.
-bool AllEnd()
-{
-    const QDeadlineTimer patience(10000);
-    while (!patience.hasExpired()) {
-        const pid_t ended = waitpid(-1, nullptr, WNOHANG);
-        if (ended < 0) {
-            return true;
-        }
-        if (ended == 0) {
-            QThread::usleep(500);
-        }
-    }
-    return false;
-}
-
-} // namespace
-
 void ToolKeeperTest::initTestCase()
 {
-    void* memory =
-        mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    QVERIFY(memory != MAP_FAILED);
-    g_shared = static_cast<Shared*>(memory);
+    g_shared = MakeShared<Shared>();
+    QVERIFY(g_shared != nullptr);
+    // Orphans become children of this process, which can then wait for them.
     QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
     const QTemporaryDir folder;
     const QString path = folder.filePath("pieces.mp4");
@@ -149,7 +126,7 @@ void ToolKeeperTest::cleanup()
     if (m_ffmpeg > 0) {
         kill(m_ffmpeg, SIGKILL);
     }
-    QVERIFY2(AllEnd(), "the keeper goes on");
+    QVERIFY2(AllChildrenEnd(), "the keeper goes on");
     g_watched.clear();
     g_contents.clear();
     g_diskFails = false;
@@ -182,14 +159,14 @@ void ToolKeeperTest::EndFfmpeg()
 {
     QCOMPARE(kill(m_ffmpeg, SIGKILL), 0);
     m_ffmpeg = 0;
-    QVERIFY2(AllEnd(), "the keeper goes on");
+    QVERIFY2(AllChildrenEnd(), "the keeper goes on");
 }
 
 // How often the keeper has gone to sleep, which it does between two checks.
 int ToolKeeperTest::Sleeps() const
 {
-    const QByteArray keeper = Content(QString("/proc/%1/task/%1/children").arg(m_ffmpeg)).trimmed();
-    const QByteArray status = Content("/proc/" + keeper + "/status");
+    const pid_t keeper = ChildrenOf(m_ffmpeg).value(0);
+    const QByteArray status = Content(QString("/proc/%1/status").arg(keeper));
     const QByteArray label = "\nvoluntary_ctxt_switches:";
     const qsizetype at = status.indexOf(label) + label.size();
     return status.mid(at, status.indexOf('\n', at) - at).trimmed().toInt();

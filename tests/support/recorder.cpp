@@ -1,5 +1,6 @@
 #include "tests/support/recorder.h"
 
+#include "tests/support/child_processes.h"
 #include "tests/support/files.h"
 
 #include <QFile>
@@ -267,19 +268,9 @@ bool Recorder::CloseMessage()
     return WaitUntil([this] { return !Message(); });
 }
 
-QList<qint64> Recorder::Children() const
+QList<pid_t> Recorder::Children() const
 {
-    const qint64 pid = m_process.processId();
-    QFile file(QString("/proc/%1/task/%1/children").arg(pid));
-    QList<qint64> children;
-    if (pid != 0 && file.open(QIODevice::ReadOnly)) {
-        for (const QByteArray& child : file.readAll().simplified().split(' ')) {
-            if (!child.isEmpty()) {
-                children << child.toLongLong();
-            }
-        }
-    }
-    return children;
+    return ChildrenOf(m_process.processId());
 }
 
 // The tray moves its icons while it makes room for a new one.

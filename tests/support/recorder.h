@@ -93,7 +93,7 @@ public:
 private:
     bool StartWith(const QStringList& arguments);
     void ClickInWindow(QPoint place, int times = 1);
-    QList<qint64> Children() const;
+    QList<pid_t> Children() const;
     void EndEverything();
     std::optional<DesktopWindow> Menu() const;
 

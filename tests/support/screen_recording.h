@@ -1,10 +1,10 @@
 // A recording of a virtual screen by `tool` alone.
 #pragma once
 
+#include "tests/support/child_processes.h"
 #include "tests/support/desktop.h"
 #include "tests/support/own_screen.h"
 
-#include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
 
@@ -72,13 +72,7 @@ public:
     }
 
     // The processes beside ffmpeg.
-    QStringList Companions() const
-    {
-        QFile file(QString("/proc/%1/task/%1/children").arg(m_process.processId()));
-        return file.open(QIODevice::ReadOnly)
-                   ? QString::fromUtf8(file.readAll()).split(' ', Qt::SkipEmptyParts)
-                   : QStringList();
-    }
+    QList<pid_t> Companions() const { return ChildrenOf(m_process.processId()); }
     QString Text()
     {
         Listen();

@@ -1,6 +1,7 @@
 // A recording by the real `tool` that a test can end in any way.
 #pragma once
 
+#include "tests/support/child_processes.h"
 #include "tests/support/recorder_command.h"
 #include "tests/support/tool_movies.h"
 
@@ -74,7 +75,7 @@ public:
         return ffmpeg > 0 && kill(ffmpeg, signal) == 0;
     }
     // 0 when there is none.
-    pid_t Ffmpeg() const { return ChildrenOf(static_cast<pid_t>(m_process.processId())).value(0); }
+    pid_t Ffmpeg() const { return ChildrenOf(m_process.processId()).value(0); }
     // The processes beside ffmpeg; with those that they have started.
     QList<pid_t> Children() const { return ChildrenOf(Ffmpeg()); }
     QList<pid_t> Helpers() const
@@ -89,20 +90,6 @@ public:
     void StopTyping() { m_process.closeWriteChannel(); }
 
 private:
-    static QList<pid_t> ChildrenOf(pid_t parent)
-    {
-        QFile file(QString("/proc/%1/task/%1/children").arg(parent));
-        QList<pid_t> children;
-        if (file.open(QIODevice::ReadOnly)) {
-            for (const QByteArray& child : file.readAll().simplified().split(' ')) {
-                if (!child.isEmpty()) {
-                    children << child.toInt();
-                }
-            }
-        }
-        return children;
-    }
-
     QString m_path;
     QProcess m_process;
 };

@@ -1,18 +1,16 @@
 // The processes beside ffmpeg. A process forked by the test acts as ffmpeg. They report through
 // shared memory.
+#include "tests/support/child_processes.h"
 #include "tool/companion.h"
 
-#include <QDeadlineTimer>
 #include <QFile>
 #include <QTest>
-#include <QThread>
 
 #include <array>
 #include <atomic>
 #include <csignal>
 #include <fcntl.h>
 #include <functional>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -63,22 +61,6 @@ void BeginWaiting(const std::vector<int>&)
     }
 }
 
-// Whether all children of this process, orphans included, exit by themselves.
-bool AllEnd()
-{
-    const QDeadlineTimer patience(10000);
-    while (!patience.hasExpired()) {
-        const pid_t ended = waitpid(-1, nullptr, WNOHANG);
-        if (ended < 0) {
-            return true;
-        }
-        if (ended == 0) {
-            QThread::usleep(200);
-        }
-    }
-    return false;
-}
-
 bool Exists(pid_t process)
 {
     return kill(process, 0) == 0;
@@ -116,7 +98,7 @@ private slots:
     void requestToEndReachesFfmpeg();
     void requestToEndOfAnOrphanReachesNobody();
 
-private: // NOLINT(readability-redundant-access-specifiers): what follows is no test
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     void StartFfmpeg(const std::function<void(const std::vector<int>&)>& run = BeginWaiting);
 
     pid_t m_ffmpeg = 0;
@@ -124,10 +106,8 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is no 
 
 void ToolCompanionTest::initTestCase()
 {
-    void* memory =
-        mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    QVERIFY(memory != MAP_FAILED);
-    g_shared = static_cast<Shared*>(memory);
+    g_shared = MakeShared<Shared>();
+    QVERIFY(g_shared != nullptr);
     // Orphans become children of this process, which can then wait for them.
     QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
 }
@@ -166,7 +146,7 @@ void ToolCompanionTest::endsWithFfmpeg()
     QCOMPARE(kill(m_ffmpeg, SIGKILL), 0);
     QCOMPARE(waitpid(m_ffmpeg, nullptr, 0), m_ffmpeg);
     m_ffmpeg = 0;
-    QVERIFY2(AllEnd(), "the companion stays");
+    QVERIFY2(AllChildrenEnd(), "the companion stays");
     g_shared->companion = 0;
 }
 
@@ -176,7 +156,7 @@ void ToolCompanionTest::isNotStartedForFfmpegThatHasEnded()
     for (int i = 0; i < 50; ++i) {
         const pid_t ffmpeg = Fork([] { tool::StartCompanion({}, BeginWaiting); });
         QVERIFY(ffmpeg > 0);
-        QVERIFY2(AllEnd(), "the companion stays");
+        QVERIFY2(AllChildrenEnd(), "the companion stays");
         g_shared->companion = 0;
     }
 }

@@ -1,3 +1,4 @@
+#include "tests/support/child_processes.h"
 #include "tests/support/keyboard.h"
 #include "tool/early_keys.h"
 #include "tool/end_signal.h"
@@ -27,8 +28,7 @@ bool HasChildren()
 // The only child of a process, or 0.
 pid_t ChildOf(pid_t parent)
 {
-    QFile children(QString("/proc/%1/task/%1/children").arg(parent));
-    return children.open(QIODevice::ReadOnly) ? children.readAll().trimmed().toInt() : 0;
+    return ChildrenOf(parent).value(0);
 }
 
 // The process that passes the keys on, or 0.
