@@ -1,0 +1,166 @@
+// The screen feeder, read like ffmpeg reads it: the frames keep to the clock whatever happens.
+#include "tests/support/feeder_outlet.h"
+#include "tests/support/own_screen.h"
+#include "tool/arguments.h"
+#include "tool/screen_feeder.h"
+#include "tool/screen_picture.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <algorithm>
+#include <csignal>
+#include <memory>
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+using tool::RecordingStart;
+
+namespace {
+
+constexpr tool::Rectangle kSmall{0, 0, 64, 48};
+constexpr int kPictureRate = 30;
+
+std::unique_ptr<Outlet> Pictures(RecordingStart* start, const tool::Rectangle& area = kSmall,
+                                 const QString& display = qEnvironmentVariable("DISPLAY"))
+{
+    return std::make_unique<Outlet>([&] {
+        return tool::StartScreenFeeder({display.toStdString(), area, {kPictureRate, 1}, start})
+            .value_or(-1);
+    });
+}
+
+qsizetype CountOfPictures(const Outlet& outlet, const tool::Rectangle& area = kSmall)
+{
+    return (outlet.Bytes().size() - tool::skippedBytes) /
+           static_cast<qsizetype>(tool::YuvBytes(area.width, area.height));
+}
+
+// Whether the corner of that frame is bright, away from the mouse in the middle.
+bool IsWhite(const Outlet& outlet, qsizetype picture)
+{
+    const auto bytes = static_cast<qsizetype>(tool::YuvBytes(kSmall.width, kSmall.height));
+    return static_cast<uchar>(outlet.Bytes()[tool::skippedBytes + picture * bytes]) > 128;
+}
+
+// Checks that there are as many frames as the time since the start needs, or soon are again.
+void ExpectInTime(Outlet& outlet, const RecordingStart& start, const tool::Rectangle& area = kSmall)
+{
+    double due = 0;
+    double count = 0;
+    const auto inTime = [&] {
+        due = SecondsSince(*start.Get()) * kPictureRate + 1;
+        count = static_cast<double>(CountOfPictures(outlet, area));
+        return count > due - 4 && count <= due + 1;
+    };
+    QVERIFY2(outlet.ReadUntil(inTime, 5000),
+             qPrintable(QString("%1 pictures instead of %2").arg(count).arg(due)));
+}
+
+} // namespace
+
+class ScreenFeederTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void startIsToldWhenThePicturesAreRead();
+    void pictureShowsTheScreenOfItsTime();
+    void picturesThatWereMissedAreFilledIn();
+    void picturesAreAllThereForASlowReader();
+    void picturesEndWithTheirReader();
+    void noPicturesWithoutAScreen();
+
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
+    // Never freed: other processes use it too.
+    RecordingStart* m_pStart = nullptr;
+};
+
+void ScreenFeederTest::init()
+{
+    m_pStart = RecordingStart::Make();
+    QVERIFY(m_pStart != nullptr);
+}
+
+void ScreenFeederTest::startIsToldWhenThePicturesAreRead()
+{
+    const auto outlet = Pictures(m_pStart);
+    QVERIFY2(outlet->IsGood(), "no pictures");
+    QTest::qWait(300);
+    QVERIFY2(!m_pStart->Get(), "it is told before anybody reads");
+    const Clock::time_point before = Clock::now();
+    QVERIFY(outlet->ReadUntil([&] { return m_pStart->Get().has_value(); }));
+    QVERIFY(*m_pStart->Get() >= before && *m_pStart->Get() <= Clock::now());
+    // The first frame is taken at that moment, and the others follow at the frame rate.
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Get()) >= 1; }));
+    ExpectInTime(*outlet, *m_pStart);
+}
+
+// The screen alternates between white and black, and the next frame due shows it. On a busy machine
+// the X server may answer too late for some.
+void ScreenFeederTest::pictureShowsTheScreenOfItsTime()
+{
+    OwnScreen screen({"-screen", "0", "64x48x24"});
+    QVERIFY2(screen.Good(), "no X server");
+    const auto outlet = Pictures(m_pStart, kSmall, screen.Name());
+    QVERIFY2(outlet->IsGood(), "no pictures");
+    QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet) >= 5; }));
+    constexpr int changes = 10;
+    int right = 0;
+    for (int i = 0; i < changes; ++i) {
+        const bool white = i % 2 == 0;
+        screen.Paint(0, 0, kSmall.width, kSmall.height, white ? 0xffffff : 0);
+        const auto due = static_cast<qsizetype>(SecondsSince(*m_pStart->Get()) * kPictureRate) + 1;
+        QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet) >= due + 3; }));
+        right += IsWhite(*outlet, due) == white ? 1 : 0;
+        QCOMPARE(IsWhite(*outlet, due + 2), white);
+    }
+    QVERIFY2(right >= changes / 2,
+             qPrintable(QString("%1 of %2 changes are shown in time").arg(right).arg(changes)));
+}
+
+void ScreenFeederTest::picturesThatWereMissedAreFilledIn()
+{
+    const auto outlet = Pictures(m_pStart);
+    QVERIFY2(outlet->IsGood(), "no pictures");
+    QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet) >= 5; }));
+    outlet->Signal(SIGSTOP);
+    QTest::qWait(1000);
+    outlet->Signal(SIGCONT);
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Get()) >= 1.7; }));
+    ExpectInTime(*outlet, *m_pStart);
+}
+
+void ScreenFeederTest::picturesAreAllThereForASlowReader()
+{
+    const tool::Rectangle area{0, 0, 320,
+                               200}; // half a second of frames fits into the pipe and the queue
+    const auto outlet = Pictures(m_pStart, area);
+    QVERIFY2(outlet->IsGood(), "no pictures");
+    QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet, area) >= 5; }));
+    QTest::qWait(1500);
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Get()) >= 2.2; }));
+    ExpectInTime(*outlet, *m_pStart, area);
+}
+
+void ScreenFeederTest::picturesEndWithTheirReader()
+{
+    const auto outlet = Pictures(m_pStart);
+    QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet) >= 2; }));
+    outlet->Close();
+    QTRY_VERIFY2(outlet->HasEnded(), "the process stays");
+    QVERIFY(m_pStart->GrabberEnded());
+}
+
+void ScreenFeederTest::noPicturesWithoutAScreen()
+{
+    QElapsedTimer time;
+    time.start();
+    QVERIFY(!Pictures(m_pStart, kSmall, ":4321")->IsGood());
+    QVERIFY2(!time.hasExpired(2500), "it waits as for a screen that is slow");
+    QVERIFY(!m_pStart->GrabberEnded());
+}
+
+QTEST_GUILESS_MAIN(ScreenFeederTest)
+#include "screen_feeder_test.moc"

@@ -1,0 +1,208 @@
+// The sound feeder, read like ffmpeg reads it: the sound keeps to the clock whatever happens.
+#include "tests/support/feeder_outlet.h"
+#include "tests/support/signal/sound_analysis.h"
+#include "tests/support/sound_server.h"
+#include "tool/sound_feeder.h"
+
+#include <QTest>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <memory>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+using tool::RecordingStart;
+
+namespace {
+
+constexpr int kRate = 44100;
+constexpr int kLow = 500; // Hz
+constexpr int kHigh = 1300;
+constexpr double kWhole = 14000; // the server's tones have 16384
+
+const auto kTones = R"(
+load-module module-sine-source source_name=low frequency=500
+load-module module-sine-source source_name=high frequency=1300
+)";
+
+std::unique_ptr<Outlet> Sound(const tool::FeederPlan& plan)
+{
+    return std::make_unique<Outlet>([&] { return tool::StartSoundFeeder(plan); });
+}
+
+double SecondsOfSound(const Outlet& outlet)
+{
+    return static_cast<double>(outlet.Bytes().size()) / 4 / kRate;
+}
+
+// Checks that the sound is as long as the time since that moment, or soon is again.
+void ExpectInTime(Outlet& outlet, Clock::time_point moment)
+{
+    // The feeder writes sound 60 ms late, when every source has delivered it.
+    constexpr double delay = 0.06;
+    double late = 0;
+    double least = 1e9;
+    const auto inTime = [&] {
+        late = SecondsSince(moment) - SecondsOfSound(outlet);
+        least = std::min(least, late);
+        return late < 0.3;
+    };
+    const bool reached = outlet.ReadUntil(inTime, 5000);
+    outlet.ReadUntil([&] { return !inTime() || least < delay; }, 300);
+    QVERIFY2(reached, qPrintable(QString("%1 s behind").arg(late)));
+    QVERIFY2(least >= delay, qPrintable(QString("only %1 s behind").arg(least)));
+}
+
+// The loudness of a tone in the last half second.
+double Level(const Outlet& outlet, int hertz)
+{
+    std::vector<int16_t> samples;
+    const qsizetype from = std::max<qsizetype>(outlet.Bytes().size() / 4 - kRate / 2, 0);
+    for (qsizetype at = from * 4; at + 4 <= outlet.Bytes().size(); at += 4) {
+        samples.push_back(static_cast<int16_t>(static_cast<uchar>(outlet.Bytes()[at]) |
+                                               outlet.Bytes()[at + 1] << 8));
+    }
+    return Amplitude(samples, kRate, hertz);
+}
+
+} // namespace
+
+class SoundFeederTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void soundCountsFromTheFirstPicture();
+    void soundWithoutPicturesBesideItBeginsWhenItIsRead();
+    void soundIsTheSumOfItsSources();
+    void soundGoesOnWithoutAServer();
+    void soundIsAllThereForAReaderWhoComesLate();
+    void restartedServerIsInTheSoundAgain();
+    void soundEndsWithThePictures();
+    void soundEndsWithItsReader();
+
+private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
+    // Never freed: other processes use it too.
+    RecordingStart* m_pStart = nullptr;
+};
+
+void SoundFeederTest::init()
+{
+    m_pStart = RecordingStart::Make();
+    QVERIFY(m_pStart != nullptr);
+}
+
+void SoundFeederTest::soundCountsFromTheFirstPicture()
+{
+    const auto outlet = Sound({{"missing"}, kRate, m_pStart});
+    QVERIFY(outlet->IsGood());
+    const Clock::time_point moment = Clock::now() - 700ms;
+    m_pStart->Set(moment);
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(moment) >= 2; }));
+    ExpectInTime(*outlet, moment);
+}
+
+void SoundFeederTest::soundWithoutPicturesBesideItBeginsWhenItIsRead()
+{
+    const auto outlet = Sound({{"missing"}, kRate, nullptr});
+    QVERIFY(outlet->IsGood());
+    QTest::qWait(500);
+    const Clock::time_point moment = Clock::now();
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(moment) >= 1.5; }));
+    ExpectInTime(*outlet, moment);
+}
+
+void SoundFeederTest::soundIsTheSumOfItsSources()
+{
+    SoundServer server(kTones);
+    QVERIFY(server.Start());
+    const auto outlet = Sound({{"low", "high"}, kRate, nullptr});
+    QString levels;
+    const auto both = [&] {
+        const double low = Level(*outlet, kLow);
+        const double high = Level(*outlet, kHigh);
+        levels = QString("levels %1 and %2").arg(low).arg(high);
+        return low > kWhole && high > kWhole;
+    };
+    QVERIFY2(outlet->ReadUntil(both), qPrintable(levels));
+    // Mixed up, they would only sometimes be complete.
+    const Clock::time_point moment = Clock::now();
+    int looks = 0;
+    int whole = 0;
+    outlet->ReadUntil([&] {
+        ++looks;
+        whole += both() ? 1 : 0;
+        return SecondsSince(moment) >= 1;
+    });
+    QVERIFY2(whole > looks * 3 / 4, qPrintable(levels));
+}
+
+void SoundFeederTest::soundGoesOnWithoutAServer()
+{
+    qputenv("PULSE_SERVER", "unix:/nonexistent/socket");
+    const auto outlet = Sound({{"low"}, kRate, nullptr});
+    QVERIFY(outlet->ReadUntil([&] { return SecondsOfSound(*outlet) > 0; }));
+    const Clock::time_point moment = Clock::now();
+    QVERIFY(outlet->ReadUntil([&] { return SecondsOfSound(*outlet) >= 1; }));
+    QVERIFY2(std::abs(SecondsSince(moment) - 1) < 0.3, "silence is not as long as its time");
+    QCOMPARE(outlet->Bytes(), QByteArray(outlet->Bytes().size(), '\0'));
+}
+
+// A busy ffmpeg does not read for a while.
+void SoundFeederTest::soundIsAllThereForAReaderWhoComesLate()
+{
+    m_pStart->Set(Clock::now());
+    const auto outlet = Sound({{"missing"}, kRate, m_pStart});
+    const Clock::time_point moment = *m_pStart->Get();
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(moment) >= 0.5; }));
+    QTest::qWait(2500);
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(moment) >= 3.2; }));
+    ExpectInTime(*outlet, moment);
+}
+
+void SoundFeederTest::restartedServerIsInTheSoundAgain()
+{
+    SoundServer server(kTones);
+    QVERIFY(server.Start());
+    const auto outlet = Sound({{"low"}, kRate, nullptr});
+    QVERIFY2(outlet->ReadUntil([&] { return Level(*outlet, kLow) > 5000; }), "nothing is heard");
+    server.Kill();
+    QVERIFY2(outlet->ReadUntil([&] { return Level(*outlet, kLow) < 100; }), "no silence");
+    QVERIFY(server.Start());
+    QVERIFY2(outlet->ReadUntil([&] { return Level(*outlet, kLow) > 5000; }),
+             "nothing is heard after the restart");
+}
+
+void SoundFeederTest::soundEndsWithThePictures()
+{
+    const pid_t grabber = fork();
+    if (grabber == 0) {
+        m_pStart->NameGrabber();
+        m_pStart->Set(Clock::now());
+        pause();
+        _exit(0);
+    }
+    const auto outlet = Sound({{"missing"}, kRate, m_pStart});
+    const bool heard = outlet->ReadUntil([&] { return SecondsOfSound(*outlet) > 0.5; });
+    kill(grabber, SIGKILL);
+    waitpid(grabber, nullptr, 0);
+    QVERIFY2(heard, "the sound does not go on while there are pictures");
+    QVERIFY2(outlet->ReadUntil([&] { return outlet->IsAtEnd(); }, 5000), "the sound goes on");
+}
+
+void SoundFeederTest::soundEndsWithItsReader()
+{
+    const auto outlet = Sound({{"missing"}, kRate, nullptr});
+    QVERIFY(outlet->ReadUntil([&] { return SecondsOfSound(*outlet) > 0.1; }));
+    outlet->Close();
+    QTRY_VERIFY2(outlet->HasEnded(), "the process stays");
+}
+
+QTEST_GUILESS_MAIN(SoundFeederTest)
+#include "sound_feeder_test.moc"

@@ -1,0 +1,97 @@
+// A feeder of `tool`, read like ffmpeg reads it.
+#pragma once
+
+#include "tests/support/child_processes.h"
+
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QList>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+inline double SecondsSince(std::chrono::steady_clock::time_point moment)
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - moment).count();
+}
+
+// A feeder and its output.
+class Outlet
+{
+public:
+    // `start` returns the pipe to read, or a negative number on failure. It ignores SIGCHLD, which
+    // is undone here because the exit codes of the children are needed.
+    explicit Outlet(const std::function<int()>& start)
+    {
+        struct sigaction before = {};
+        sigaction(SIGCHLD, nullptr, &before);
+        const QList<pid_t> others = ChildrenOf(getpid());
+        m_nPipe = start();
+        sigaction(SIGCHLD, &before, nullptr);
+        for (const pid_t child : ChildrenOf(getpid())) {
+            m_nFeeder = others.contains(child) ? m_nFeeder : child;
+        }
+    }
+    Outlet(const Outlet&) = delete;
+    Outlet& operator=(const Outlet&) = delete;
+    ~Outlet()
+    {
+        Close();
+        if (m_nFeeder > 0) {
+            kill(m_nFeeder, SIGKILL);
+            waitpid(m_nFeeder, nullptr, 0);
+        }
+    }
+
+    bool IsGood() const { return m_nPipe >= 0 && m_nFeeder > 0; }
+    void Signal(int number) const { kill(m_nFeeder, number); }
+    bool HasEnded()
+    {
+        if (m_nFeeder > 0 && waitpid(m_nFeeder, nullptr, WNOHANG) == m_nFeeder) {
+            m_nFeeder = 0;
+        }
+        return m_nFeeder == 0;
+    }
+
+    void Close()
+    {
+        close(m_nPipe);
+        m_nPipe = -1;
+    }
+    // Reads what is there, waiting up to 10 ms.
+    void Read()
+    {
+        pollfd pipe{m_nPipe, POLLIN, 0};
+        if (!m_bAtEnd && poll(&pipe, 1, 10) > 0) {
+            QByteArray piece(1 << 16, '\0');
+            const ssize_t count = read(m_nPipe, piece.data(), static_cast<size_t>(piece.size()));
+            m_bAtEnd = count <= 0;
+            m_bytes += piece.left(std::max<qsizetype>(count, 0));
+        }
+    }
+    bool ReadUntil(const std::function<bool()>& condition, int milliseconds = 15000)
+    {
+        QElapsedTimer time;
+        time.start();
+        while (!condition()) {
+            if (time.hasExpired(milliseconds)) {
+                return false;
+            }
+            Read();
+        }
+        return true;
+    }
+    bool IsAtEnd() const { return m_bAtEnd; }
+    const QByteArray& Bytes() const { return m_bytes; }
+
+private:
+    int m_nPipe = -1;
+    pid_t m_nFeeder = 0;
+    bool m_bAtEnd = false;
+    QByteArray m_bytes;
+};
