@@ -29,7 +29,8 @@ constexpr std::string_view usualChannels = "stereo";
 constexpr std::array<unsigned char, 5> layoutSigns = {'.', '(', ')', '+', ' '};
 
 // Register 0 holds the end time of the sound kept so far. A packet that starts more than half its
-// length before that is dropped. After a gap of two packets the time is set anew.
+// length before that is dropped. A gap of more than two packets resets the time to the end of the
+// packet after it.
 constexpr const char* soundInTime =
     R"(,noise=drop='if(lt(pts\,ld(0)-d/2)\,1\,0*st(0\,if(gt(pts\,ld(0)+2*d)\,pts\,ld(0))+d))')";
 

@@ -68,15 +68,15 @@ public:
     {
         kill(static_cast<pid_t>(m_process.processId()), signal);
     }
-    // False when there is none.
+    // Returns false if there is no ffmpeg.
     bool EndFfmpeg(int signal) const
     {
         const pid_t ffmpeg = Ffmpeg();
         return ffmpeg > 0 && kill(ffmpeg, signal) == 0;
     }
-    // 0 when there is none.
+    // 0 if there is no ffmpeg.
     pid_t Ffmpeg() const { return ChildrenOf(m_process.processId()).value(0); }
-    // The processes beside ffmpeg; with those that they have started.
+    // The processes beside ffmpeg, and in Helpers() also those they have started.
     QList<pid_t> Children() const { return ChildrenOf(Ffmpeg()); }
     QList<pid_t> Helpers() const
     {

@@ -54,7 +54,7 @@ key=
 until [[ $key == q ]]; do
     printf 'frame=    1\r' >&2
     printf 'data' >>"${!#}" 2>/dev/null
-    read -r -t 0.1 -N 1 key # may have read a key and time out all the same
+    read -r -t 0.1 -N 1 key # may have read a key although it timed out
     [[ -n $key ]] && printf '%s' "$key" >>"$here/keys"
 done
 printf 'finished' >"$here/finished"

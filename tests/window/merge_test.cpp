@@ -251,8 +251,8 @@ private Q_SLOTS:
         QVERIFY(!modal);
     }
 
-    // Whoever reads the folder with the last report finds the result and nothing else, or nothing
-    // at all of a merge that failed.
+    // At the last report the folder has the result and nothing else, or nothing if the merge
+    // failed.
     void theFolderIsTidyBeforeTheLastReport_data()
     {
         QTest::addColumn<QByteArray>("says");

@@ -128,7 +128,7 @@ QString GreyButtonStyle(const QString& gap)
            gap + "border-style: inset; }";
 }
 
-// One by one: what is told at once is cut off after a few lines.
+// One failure per difference, because QtTest cuts off long messages.
 void Expect(const QString& differences)
 {
     for (const QString& line : differences.split('\n', Qt::SkipEmptyParts)) {

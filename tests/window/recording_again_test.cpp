@@ -19,7 +19,7 @@ printf 'x' >>"$here/starts"
 : >"${!#}"
 until [[ $key == q ]]; do
     if [[ -e "$here/print" ]]; then rm "$here/print"; printf 'frame=    1\r' >&2; fi
-    read -r -t 0.02 -N 1 key # may have read a key and time out all the same
+    read -r -t 0.02 -N 1 key # may have read a key although it timed out
     [[ -n $key ]] && printf '%s' "$key" >>"$here/keys"
 done
 printf 'finished' >"$here/finished"
