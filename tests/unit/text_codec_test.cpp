@@ -39,6 +39,14 @@ private Q_SLOTS:
         InstallTextCodec("no such codec");
         eightBitTextIsReadAsGb2312();
     }
+
+    // The previous name need not have been used yet.
+    void anUnknownNameKeepsACodecNotUsedYet()
+    {
+        InstallTextCodec("windows-1252");
+        InstallTextCodec("no such codec");
+        QCOMPARE(FromEightBit(QByteArray("\xe9")), QString::fromUtf8("\u00e9"));
+    }
 };
 
 QTEST_GUILESS_MAIN(TextCodecTest)

@@ -91,6 +91,8 @@ private slots:
     void filtersOfTheCallerAreKept();
     void statusPeriodOnlyWhereKnown();
     void oddSizesLoseOnePixel();
+    void sampleRatesOutsideTheLimitsAreTheUsualOne_data();
+    void sampleRatesOutsideTheLimitsAreTheUsualOne();
 };
 
 void ToolArgumentsTest::listingIsRecognised()
@@ -111,6 +113,10 @@ void ToolArgumentsTest::eachSoundChoiceNamesItsDevices()
     const Request both = tool::ReadRequest(twoSounds);
     QCOMPARE(both.screen, 1);
     QCOMPARE(both.audio, std::vector<int>({0, 3}));
+    // The same device twice would be mixed with itself.
+    const Request same = tool::ReadRequest(
+        Recording({"-f", "avfoundation", "-i", "1:3", "-f", "avfoundation", "-i", "1:3"}));
+    QCOMPARE(same.audio, std::vector<int>({3}));
 }
 
 void ToolArgumentsTest::malformedNamesAreRefused_data()
@@ -316,8 +322,29 @@ void ToolArgumentsTest::oddSizesLoseOnePixel()
 {
     QCOMPARE(tool::EvenSized({3, 5, 1367, 769}), (tool::Rectangle{3, 5, 1366, 768}));
     QCOMPARE(tool::EvenSized({0, 0, 1280, 800}), (tool::Rectangle{0, 0, 1280, 800}));
+}
+
+void ToolArgumentsTest::sampleRatesOutsideTheLimitsAreTheUsualOne_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("rate");
+    for (const auto& [text, rate] : {std::pair<const char*, int>{"44100", 44100},
+                                     {"8000", 8000},
+                                     {"7999", 48000},
+                                     {"192000", 192000},
+                                     {"192001", 48000},
+                                     {"x", 48000},
+                                     {"-8000", 48000}}) {
+        QTest::newRow(text) << QString(text) << rate;
+    }
+}
+
+void ToolArgumentsTest::sampleRatesOutsideTheLimitsAreTheUsualOne()
+{
+    QFETCH(QString, text);
+    QTEST(tool::SampleRate({"-i", "a", "-ar", text.toStdString(), "o.mp4"}), "rate");
     QCOMPARE(tool::SampleRate(oneSound), 44100);
-    QCOMPARE(tool::SampleRate({"-i", "a", "-ar", "x", "o.mp4"}), 48000);
+    QCOMPARE(tool::SampleRate({"-i", "a", "o.mp4"}), 48000);
 }
 
 QTEST_APPLESS_MAIN(ToolArgumentsTest)

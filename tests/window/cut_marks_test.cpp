@@ -186,6 +186,20 @@ private Q_SLOTS:
         QTest::mouseRelease(slider, Qt::LeftButton, {}, grip + QPoint(100, 0));
     }
 
+    void onlyTheLeftButtonMovesThePosition()
+    {
+        MakeVideo("a.mp4", "00:01:40");
+        EnterCutPage();
+        ClickRow(kTable, 0);
+        auto* slider = Child<QSlider>("m_pCutSlider");
+        for (const auto button : {Qt::RightButton, Qt::MiddleButton}) {
+            QTest::mousePress(slider, button, {}, slider->rect().center());
+            QCOMPARE(Position(), QString("00:00:00/00:01:40"));
+            QVERIFY(!slider->isSliderDown());
+            QTest::mouseRelease(slider, button, {}, slider->rect().center());
+        }
+    }
+
     void theKeyboardMovesThePositionToo()
     {
         MakeVideo("a.mp4", "00:01:40");

@@ -34,6 +34,23 @@ private Q_SLOTS:
         QVERIFY2(!isRead, "the cut's output is read after the process that its slot reads is gone");
     }
 
+    // A tool that prints nothing is not asked by its output.
+    void aSilentRecordingIsAskedToQuitWhenTheWindowCloses()
+    {
+        InstallTool(R"(#!/bin/bash
+here=$(dirname "$0")
+if [[ "$*" == *-list_devices* ]]; then cat "$here/listing" >&2; exit 1; fi
+printf 'x' >>"$here/starts"
+read -r -t 10 -N 3 key
+printf '%s' "$key" >"$here/keys"
+)");
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(ReadFile(BesideProgram("starts")), QByteArray("x"));
+        CloseWindow();
+        QCOMPARE(ReadFile(BesideProgram("keys")), QByteArray("q\r\n"));
+    }
+
     void theToolsEndInTheOrderOfTheirKinds()
     {
         OpenWindow();

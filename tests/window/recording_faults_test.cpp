@@ -94,9 +94,13 @@ private Q_SLOTS:
     void aStartWhileTheRecordingBeforeIsBeingFinishedIsToldAfterTheStop()
     {
         QFile::remove(BesideProgram("may_finish"));
+        QFile::remove(BesideProgram("print"));
         const QByteArray tool(kRecordingTool);
         const qsizetype end = tool.lastIndexOf("printf 'finished'");
-        InstallTool(tool.first(end) + "until [[ -e \"$here/may_finish\" ]]; do sleep 0.01; done\n" +
+        InstallTool(tool.first(end) +
+                    "until [[ -e \"$here/may_finish\" ]]; do sleep 0.01\n"
+                    "if [[ -e \"$here/print\" ]]; then rm \"$here/print\"; "
+                    "echo frame=; fi; done\n" +
                     tool.mid(end));
         EnterRecordPage();
         Press("Record");
@@ -107,6 +111,16 @@ private Q_SLOTS:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("already running"));
         Press("Start");
         QVERIFY(DRUI::m_bIsStart);
+        // It has been asked; what it prints now asks no more.
+        auto* process = Child<QProcess>("m_pRecProcess");
+        QTRY_COMPARE(process->bytesToWrite(), 0);
+        qint64 asked = -1;
+        const auto read =
+            connect(process, &QProcess::readyRead, this, [&] { asked = process->bytesToWrite(); });
+        WriteFile(BesideProgram("print"), {});
+        QTRY_VERIFY2(asked >= 0, "the tool printed nothing");
+        disconnect(read);
+        QCOMPARE(asked, 0);
         QCOMPARE(MessageAfter("btnSlotRecord"),
                  QString("Tarvessa Data Tool: The recording could not be started: "
                          "the recording before it was still being finished"));
