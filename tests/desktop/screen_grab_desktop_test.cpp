@@ -284,11 +284,12 @@ void ScreenGrabDesktopTest::screenOfTenBitColoursIsRecorded()
         for (const int y : {20, kHeight / 2, kHeight - 20}) {
             const int x = static_cast<int>(i) * width + width / 2;
             QVERIFY2(IsColour(picture, x, y, colours[i]),
-                     qPrintable(QString("%1, not %2, at %3, %4")
-                                    .arg(QString(picture.mid((y * kWidth + x) * 3, 3).toHex()),
-                                         QString::number(colours[i], 16))
-                                    .arg(x)
-                                    .arg(y)));
+                     qPrintable(
+                         QString("%1, not %2, at %3, %4")
+                             .arg(QString(picture.mid((qsizetype{y} * kWidth + x) * 3, 3).toHex()),
+                                  QString::number(colours[i], 16))
+                             .arg(x)
+                             .arg(y)));
         }
     }
     QVERIFY2(IsColour(picture, kWidth - 20, 20, kGround), "another colour on the right");

@@ -150,6 +150,7 @@ void ToolEndTest::endOfTheKeyboardEndsTheRecording()
 void ToolEndTest::stopWorksWhateverHelperIsKilled()
 {
     std::vector<Case> cases;
+    cases.reserve(kHelpers);
     const Take* withoutKeeper = nullptr;
     for (int helper = 0; helper < kHelpers; ++helper) {
         cases.push_back(
