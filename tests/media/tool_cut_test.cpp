@@ -76,6 +76,8 @@ void ToolCutTest::initTestCase()
          {"-c:v", "libx265", "-preset", "ultrafast", "-x265-params",
           "log-level=none:keyint=125:min-keyint=125", "-c:a", "aac"});
     Make("in pieces.mp4", both, plain + QStringList{"-movflags", "frag_keyframe+empty_moov"});
+    // The header has the length of the first fragment only.
+    Make("header of 5 s.mp4", PictureInput(12), plain + QStringList{"-movflags", "frag_keyframe"});
     Make("moving.mp4", moving, {"-bf", "3"});
     Make("mute.mp4", PictureInput(12), plain + QStringList{"-bf", "3"});
     Make("uneven.mp4", moving,
@@ -130,6 +132,7 @@ void ToolCutTest::cutShowsAPictureAtOnceAndIsAsLongAsAsked_data()
             QTest::newRow(qPrintable(QString("%1 from %2").arg(name).arg(start))) << name << start;
         }
     }
+    QTest::newRow("header of 5 s.mp4 from 7") << QString("header of 5 s.mp4") << 7;
 }
 
 // From the first frame on, every frame shown is the one the source shows at that time.
