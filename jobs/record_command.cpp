@@ -38,7 +38,7 @@ QString RecordPath(const QString& directory, const QDateTime& time)
 
 QString FreePath(const QString& path)
 {
-    const QString wanted = CommandPath(path);
+    QString wanted = CommandPath(path);
     const QFileInfo file(wanted);
     if (!file.exists() && !file.isSymLink()) { // a link that leads nowhere does not "exist"
         return wanted;
