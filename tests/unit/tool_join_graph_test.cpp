@@ -116,6 +116,8 @@ void ToolJoinGraphTest::firstPartsPictureAndSoundSetTheFormat()
     QVERIFY2(one.contains("sample_rates=44100:channel_layouts=mono") && !one.contains("48000"),
              one);
     QVERIFY2(one.contains("anullsrc=r=44100:cl=mono"), one);
+    // Sound that starts late is preceded by silence; otherwise it would play too early.
+    QVERIFY2(one.contains("aresample=44100:async=1:first_pts=0,"), one);
     QVERIFY2(one.contains("color=black:s=320x240:r=25:d=4.0"), one);
     QVERIFY2(one.contains("concat=n=3:v=1:a=1[v][a]"), one);
     const QByteArray silent = command({picture, picture});
