@@ -63,8 +63,8 @@ void TrimKindsDesktopTest::trimKeepsWhatLiesBetweenStartAndEnd()
     QVERIFY2(cut.fault.isEmpty(), qPrintable(cut.fault));
     QCOMPARE(cut.soundTracks.size(), sound ? 1 : 0);
     QVERIFY2(std::abs(cut.seconds - 10) <= 2, qPrintable(QString("%1 s").arg(cut.seconds)));
-    const QList<Picture> all = Pictures(source);
-    const QList<Picture> kept = Pictures(recorder.SaveDirectory() + "/Cut_" + name);
+    const QList<ShownPicture> all = Pictures(source);
+    const QList<ShownPicture> kept = Pictures(recorder.SaveDirectory() + "/Cut_" + name);
     QVERIFY2(!kept.isEmpty(), "no picture is shown");
     const double first = SecondOf(all, kept.first());
     const double last = SecondOf(all, kept.last());
