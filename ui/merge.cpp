@@ -60,7 +60,7 @@ int DRUI::StartQProcessMerge()
     if (m_nMergeRet != kJobGood) {
         QFile::remove(output);
     }
-    if (result == kJobInvalid) { // no conversion ends so: a stream had no name
+    if (result == kJobInvalid) { // ChangeToTS found no free name for a stream
         Inform(NoFreeNameText(kMergeOperation));
     } else {
         Q_EMIT AddProcessCallBack(100, output, output, result);
