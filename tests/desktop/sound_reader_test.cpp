@@ -3,7 +3,7 @@
 #include "tests/support/signal/beeper.h"
 #include "tests/support/signal/sound_analysis.h"
 #include "tests/support/sound_server.h"
-#include "tool/sound_reader.h"
+#include "tool/sound/pulse/sound_reader.h"
 
 #include <QElapsedTimer>
 #include <QTest>

@@ -4,10 +4,10 @@
 #include "jobs/merge_command.h"
 #include "jobs/record_command.h"
 #include "tests/fuzz/target.h"
-#include "tool/arguments.h"
-#include "tool/conversion.h"
-#include "tool/cut.h"
-#include "tool/join.h"
+#include "tool/command/arguments.h"
+#include "tool/edit/conversion.h"
+#include "tool/edit/cut.h"
+#include "tool/edit/join.h"
 
 #include <QProcess>
 

@@ -3,8 +3,8 @@
 #include "jobs/device_listing.h"
 #include "jobs/record_command.h"
 #include "tests/fuzz/target.h"
-#include "tool/listing.h"
-#include "tool/remembered_devices.h"
+#include "tool/devices/listing.h"
+#include "tool/devices/remembered_devices.h"
 
 #include <QProcess>
 

@@ -1,9 +1,9 @@
 // The headers of an MP4 file.
 #include "jobs/duration.h"
 #include "tests/fuzz/target.h"
-#include "tool/conversion.h"
-#include "tool/frugal_file.h"
-#include "tool/movie.h"
+#include "tool/edit/conversion.h"
+#include "tool/mp4/frugal_file.h"
+#include "tool/mp4/movie.h"
 
 #include <regex>
 

@@ -1,9 +1,9 @@
 // A fragmented movie, like a recording in progress: finding its samples, and settling the file.
 #include "tests/fuzz/target.h"
-#include "tool/frugal_file.h"
-#include "tool/movie.h"
-#include "tool/movie_pieces.h"
-#include "tool/settle.h"
+#include "tool/mp4/frugal_file.h"
+#include "tool/mp4/movie.h"
+#include "tool/mp4/movie_pieces.h"
+#include "tool/mp4/settle.h"
 
 #include <limits>
 

@@ -2,7 +2,7 @@
 #include "jobs/job_report.h"
 #include "jobs/merge_command.h"
 #include "tests/fuzz/target.h"
-#include "tool/join.h"
+#include "tool/edit/join.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 // The beginning of a transport stream in a join.
 #include "tests/fuzz/target.h"
-#include "tool/transport_stream.h"
+#include "tool/edit/transport_stream.h"
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

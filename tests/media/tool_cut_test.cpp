@@ -1,7 +1,7 @@
 // Cuts requested like the recorder does, made by `tool` with the real ffmpeg and checked as a
 // player shows them.
 #include "tests/support/tool_movies.h"
-#include "tool/cut.h"
+#include "tool/edit/cut.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,9 +1,9 @@
 // The decisions behind a merge: which command it is, what a part is, what ffmpeg is asked to do.
 #include "tests/support/tool_movies.h"
-#include "tool/conversion.h"
-#include "tool/ffmpeg_program.h"
-#include "tool/join.h"
-#include "tool/transport_stream.h"
+#include "tool/edit/conversion.h"
+#include "tool/edit/join.h"
+#include "tool/edit/transport_stream.h"
+#include "tool/ffmpeg/ffmpeg_program.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -3,9 +3,9 @@
 #include "tests/support/child_processes.h"
 #include "tests/support/ordinary_movie.h"
 #include "tests/support/tool_movies.h"
-#include "tool/end_signal.h"
-#include "tool/keeper.h"
-#include "tool/settle.h"
+#include "tool/mp4/settle.h"
+#include "tool/record/end_signal.h"
+#include "tool/record/keeper.h"
 
 #include <QFile>
 #include <QFileInfo>

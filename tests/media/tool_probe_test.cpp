@@ -1,7 +1,7 @@
 // The duration `tool` reads from a file's headers, compared with what ffmpeg says.
 #include "tests/support/tool_movies.h"
-#include "tool/frugal_file.h"
-#include "tool/movie.h"
+#include "tool/mp4/frugal_file.h"
+#include "tool/mp4/movie.h"
 
 #include <QFile>
 #include <QTemporaryDir>

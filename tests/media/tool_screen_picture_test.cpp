@@ -1,6 +1,6 @@
 // Compares the colours with those ffmpeg produces.
 #include "tests/support/tool_movies.h"
-#include "tool/screen_picture.h"
+#include "tool/screen/x11/screen_picture.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,10 +1,10 @@
 // Fragmented movies become ordinary ones, compared packet by packet with those ffmpeg writes.
 #include "tests/support/tool_movies.h"
-#include "tool/boxes.h"
-#include "tool/frugal_file.h"
-#include "tool/movie.h"
-#include "tool/movie_pieces.h"
-#include "tool/settle.h"
+#include "tool/mp4/boxes.h"
+#include "tool/mp4/frugal_file.h"
+#include "tool/mp4/movie.h"
+#include "tool/mp4/movie_pieces.h"
+#include "tool/mp4/settle.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,8 +1,8 @@
 // The recorder's commands for an interrupted recording: complete fragments are read.
 #include "tests/support/tool_movies.h"
-#include "tool/boxes.h"
-#include "tool/frugal_file.h"
-#include "tool/torn_input.h"
+#include "tool/edit/torn_input.h"
+#include "tool/mp4/boxes.h"
+#include "tool/mp4/frugal_file.h"
 
 #include <QFile>
 #include <QTemporaryDir>

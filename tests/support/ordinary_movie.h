@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tool/boxes.h"
-#include "tool/frugal_file.h"
+#include "tool/mp4/boxes.h"
+#include "tool/mp4/frugal_file.h"
 
 #include <QFile>
 

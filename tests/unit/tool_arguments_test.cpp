@@ -1,4 +1,4 @@
-#include "tool/arguments.h"
+#include "tool/command/arguments.h"
 
 #include <QTest>
 

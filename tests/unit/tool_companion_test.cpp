@@ -1,7 +1,7 @@
 // The processes beside ffmpeg. A process forked by the test acts as ffmpeg. They report through
 // shared memory.
 #include "tests/support/child_processes.h"
-#include "tool/companion.h"
+#include "tool/record/companion.h"
 
 #include <QFile>
 #include <QTest>

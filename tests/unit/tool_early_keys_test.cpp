@@ -1,7 +1,7 @@
 #include "tests/support/child_processes.h"
 #include "tests/support/keyboard.h"
-#include "tool/early_keys.h"
-#include "tool/end_signal.h"
+#include "tool/record/early_keys.h"
+#include "tool/record/end_signal.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -1,4 +1,4 @@
-#include "tool/ffmpeg_program.h"
+#include "tool/ffmpeg/ffmpeg_program.h"
 
 #include <QFile>
 #include <QTemporaryDir>

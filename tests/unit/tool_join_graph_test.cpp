@@ -1,5 +1,5 @@
 // Parsing ffmpeg's description of the parts of a join, and the command made from it.
-#include "tool/join.h"
+#include "tool/edit/join.h"
 
 #include <QByteArray>
 #include <QTest>

@@ -1,5 +1,5 @@
-#include "tool/listing.h"
-#include "tool/remembered_devices.h"
+#include "tool/devices/listing.h"
+#include "tool/devices/remembered_devices.h"
 
 #include <QTest>
 

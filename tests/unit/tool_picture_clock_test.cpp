@@ -1,4 +1,4 @@
-#include "tool/picture_clock.h"
+#include "tool/record/picture_clock.h"
 
 #include <QTest>
 

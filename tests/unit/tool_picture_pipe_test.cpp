@@ -1,4 +1,4 @@
-#include "tool/picture_pipe.h"
+#include "tool/record/picture_pipe.h"
 
 #include <QTest>
 

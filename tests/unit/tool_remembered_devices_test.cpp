@@ -1,5 +1,5 @@
 // The device lists that `tool` keeps for the next recording.
-#include "tool/remembered_devices.h"
+#include "tool/devices/remembered_devices.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "tool/sound_track.h"
+#include "tool/sound/sound_track.h"
 
 #include <QTest>
 

@@ -1,6 +1,6 @@
 // Which transport streams can be joined without re-encoding, with streams made byte by byte.
-#include "tool/join.h"
-#include "tool/transport_stream.h"
+#include "tool/edit/join.h"
+#include "tool/edit/transport_stream.h"
 
 #include <QByteArray>
 #include <QFile>

@@ -1,0 +1,85 @@
+#include "tool/edit/conversion.h"
+
+#include "tool/system/one_of.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace tool {
+namespace {
+
+// Too short to notice at a join, in microseconds.
+constexpr int64_t hardlyHidden = 100000;
+
+// In a join the next movie begins where this one's picture ends. Sound that ends earlier leaves a
+// pause, as at the end of a recording. Sound that ends later is cut off.
+constexpr int64_t longestPause = 1000000;
+constexpr int64_t longestLoss = 200000;
+
+constexpr std::array<std::string_view, 2> h264 = {"avc1", "avc3"};
+constexpr std::array<std::string_view, 2> h265 = {"hvc1", "hev1"};
+
+bool EndTogether(const Movie& movie)
+{
+    std::optional<int64_t> picture;
+    std::optional<int64_t> sound;
+    for (const MovieTrack& track : movie.tracks) {
+        if (track.end) {
+            auto& end = track.kind == TrackKind::Picture ? picture : sound;
+            end = std::max(end.value_or(*track.end), *track.end);
+        }
+    }
+    return !picture || !sound ||
+           (*sound - *picture <= longestLoss && *picture - *sound <= longestPause);
+}
+
+} // namespace
+
+std::optional<Conversion> ReadConversion(const Arguments& arguments)
+{
+    const Arguments between = {"-vcodec", "copy", "-acodec", "copy", "-vbsf", "h264_mp4toannexb"};
+    if (arguments.size() != between.size() + 3 || arguments[0] != "-i" ||
+        !std::equal(between.begin(), between.end(), arguments.begin() + 2)) {
+        return std::nullopt;
+    }
+    return Conversion{arguments[1], arguments.back()};
+}
+
+Intermediate ChooseIntermediate(const std::optional<Movie>& movie)
+{
+    if (!movie) {
+        return Intermediate::AsAsked;
+    }
+    auto chosen = Intermediate::AsAsked;
+    for (const MovieTrack& track : movie->tracks) {
+        const bool isPicture = track.kind == TrackKind::Picture;
+        if (track.kind == TrackKind::Other || track.codec.empty()) {
+            continue;
+        }
+        const bool known = isPicture ? IsOneOf(h264, track.codec) || IsOneOf(h265, track.codec)
+                                     : track.codec == "aac ";
+        if (!known || track.turned || track.pieced || track.hidden > hardlyHidden) {
+            return Intermediate::Movie;
+        }
+        if (IsOneOf(h265, track.codec)) {
+            chosen = Intermediate::TransportStream;
+        }
+    }
+    return EndTogether(*movie) ? chosen : Intermediate::Movie;
+}
+
+Arguments TranslateConversion(const Conversion& conversion, Intermediate intermediate)
+{
+    Arguments result = {"-i", conversion.source, "-vcodec", "copy", "-acodec", "copy"};
+    if (intermediate == Intermediate::AsAsked) {
+        result.insert(result.end(), {"-bsf:v", "h264_mp4toannexb"});
+    } else if (intermediate == Intermediate::Movie) {
+        // The name stays that of a transport stream; ffmpeg probes the content.
+        result.insert(result.end(), {"-f", "mp4"});
+    }
+    result.push_back(conversion.destination);
+    return result;
+}
+
+} // namespace tool

@@ -1,0 +1,66 @@
+#include "tool/mp4/frugal_file.h"
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tool {
+
+FrugalFile::FrugalFile(const std::string& path, uint64_t allowedBytes) : m_allowed(allowedBytes)
+{
+    struct stat info = {};
+    m_file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (m_file >= 0 && (fstat(m_file, &info) != 0 || !S_ISREG(info.st_mode))) {
+        close(m_file);
+        m_file = -1;
+    }
+    m_size = m_file >= 0 ? static_cast<uint64_t>(info.st_size) : 0;
+}
+
+FrugalFile::~FrugalFile()
+{
+    if (m_file >= 0) {
+        close(m_file);
+    }
+}
+
+bool FrugalFile::Read(uint64_t place, void* target, size_t count)
+{
+    if (m_file < 0 || count > m_allowed - m_read || place > m_size || count > m_size - place) {
+        m_failed = true;
+        return false;
+    }
+    m_read += count;
+    auto* bytes = static_cast<char*>(target);
+    while (count > 0) {
+        const ssize_t got = pread(m_file, bytes, count, static_cast<off_t>(place));
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            m_failed = true;
+            return false;
+        }
+        bytes += got;
+        place += static_cast<uint64_t>(got);
+        count -= static_cast<size_t>(got);
+    }
+    return true;
+}
+
+uint64_t FrugalFile::Number(uint64_t place, size_t bytes)
+{
+    std::array<uint8_t, 8> raw{};
+    if (!Read(place, raw.data(), bytes)) {
+        return 0;
+    }
+    uint64_t value = 0;
+    for (size_t i = 0; i < bytes; ++i) {
+        value = value << 8U | raw.at(i);
+    }
+    return value;
+}
+
+} // namespace tool

@@ -1,0 +1,93 @@
+#include "tool/mp4/settle.h"
+
+#include "tool/mp4/box_writer.h"
+#include "tool/mp4/frugal_file.h"
+#include "tool/mp4/movie_index.h"
+#include "tool/mp4/movie_pieces.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <limits>
+#include <string_view>
+#include <unistd.h>
+
+namespace tool {
+namespace {
+
+class WritableFile
+{
+public:
+    explicit WritableFile(const std::string& path)
+        : m_file(open(path.c_str(), O_WRONLY | O_CLOEXEC))
+    {
+    }
+    ~WritableFile()
+    {
+        if (m_file >= 0) {
+            close(m_file);
+        }
+    }
+    WritableFile(const WritableFile&) = delete;
+    WritableFile& operator=(const WritableFile&) = delete;
+
+    bool Write(std::string_view bytes, uint64_t place) const
+    {
+        while (!bytes.empty()) {
+            const ssize_t count =
+                pwrite(m_file, bytes.data(), bytes.size(), static_cast<off_t>(place));
+            if (count < 0 && errno == EINTR) {
+                continue;
+            }
+            if (count <= 0) {
+                return false;
+            }
+            bytes.remove_prefix(static_cast<size_t>(count));
+            place += static_cast<uint64_t>(count);
+        }
+        return true;
+    }
+
+    bool Sync() const { return fdatasync(m_file) == 0; }
+    bool Shorten(uint64_t size) const { return ftruncate(m_file, static_cast<off_t>(size)) == 0; }
+
+private:
+    int m_file;
+};
+
+// The file is valid at every moment. If there is no room for the index, it stays as it was.
+bool AppendIndex(const WritableFile& target, const PiecedMovie& movie, const std::string& index,
+                 uint64_t end)
+{
+    // Overwrites the header of the old movie box with that of an mdat with a 64-bit size.
+    std::string header;
+    AppendNumber(header, 1, 4);
+    AppendNumber(header, BoxType("mdat"), 4);
+    AppendNumber(header, end - movie.place, 8);
+    if (!target.Write(index, end) || !target.Sync() || !target.Write(header, movie.place)) {
+        target.Shorten(end);
+        return false;
+    }
+    return target.Sync();
+}
+
+} // namespace
+
+bool SettleMovie(const std::string& path)
+{
+    FrugalFile file(path, std::numeric_limits<uint64_t>::max());
+    const auto movie = ReadPieces(file);
+    const auto index = movie ? MovieIndex(file, *movie) : std::string();
+    if (index.empty()) {
+        return false;
+    }
+    const WritableFile target(path);
+    if (AppendIndex(target, *movie, index, file.Size())) {
+        return true;
+    }
+    if (const auto whole = WholePart(file)) {
+        target.Shorten(*whole); // an incomplete fragment keeps players from opening the file
+    }
+    return false;
+}
+
+} // namespace tool

@@ -1,0 +1,127 @@
+#include "tool/record/picture_pipe.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+namespace tool {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int pipeBytes = 1 << 20; // the limit for unprivileged users
+// A fifth of a second, for when ffmpeg does not read. Unused frames are never touched.
+constexpr size_t queued = 6;
+
+} // namespace
+
+PicturePipe::PicturePipe(int pipe, size_t bytes) : m_nPipe(pipe), m_nBytes(bytes)
+{
+    fcntl(pipe, F_SETPIPE_SZ, pipeBytes); // to write in fewer, larger pieces
+    m_nCapacity = static_cast<size_t>(std::max(fcntl(pipe, F_GETPIPE_SZ), 4096));
+    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    m_nDistance = (bytes + page - 1) / page * page;
+    const size_t pictures = queued + 1 + (m_nCapacity + bytes - 1) / bytes;
+    void* memory = mmap(nullptr, pictures * m_nDistance, PROT_READ | PROT_WRITE,
+                        MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory != MAP_FAILED) {
+        m_pMemory = static_cast<uint8_t*>(memory);
+        m_free.resize(pictures);
+    }
+}
+
+PicturePipe::~PicturePipe()
+{
+    if (m_pMemory != nullptr) {
+        munmap(m_pMemory, m_free.size() * m_nDistance);
+    }
+}
+
+// Once a pipe's capacity has been written after a frame, all of the frame has been read.
+bool PicturePipe::IsFree(size_t picture) const
+{
+    const auto isThis = [picture](const Waiting& one) { return one.picture == picture; };
+    return m_nWritten >= m_free[picture] &&
+           std::none_of(m_waiting.begin(), m_waiting.end(), isThis);
+}
+
+uint8_t* PicturePipe::Blank()
+{
+    for (m_nBlank = 0; m_nBlank < m_free.size(); ++m_nBlank) {
+        if (IsFree(m_nBlank)) {
+            return Memory(m_nBlank);
+        }
+    }
+    return nullptr;
+}
+
+void PicturePipe::Add(int64_t times)
+{
+    if (!m_waiting.empty() && m_waiting.back().times == 0) {
+        m_waiting.pop_back();
+    }
+    m_waiting.push_back({m_nBlank, times});
+}
+
+void PicturePipe::Repeat(int64_t times)
+{
+    if (!m_waiting.empty()) {
+        m_waiting.back().times += times;
+    }
+}
+
+bool PicturePipe::HasWork() const
+{
+    return !m_waiting.empty() && m_waiting.front().times > 0;
+}
+
+bool PicturePipe::Work(SteadyTime until)
+{
+    while (true) {
+        const auto left = std::chrono::ceil<std::chrono::microseconds>(until - Clock::now());
+        const int64_t patience = std::clamp<int64_t>(left.count(), 0, 1000000);
+        const timespec time{0, static_cast<long>(std::min<int64_t>(patience, 999999) * 1000)};
+        pollfd pipe{m_nPipe, static_cast<short>(HasWork() ? POLLOUT : 0), 0};
+        const int ready = ppoll(&pipe, 1, &time, nullptr);
+        if (ready > 0 && ((pipe.revents & POLLERR) != 0 || !Write())) {
+            return false;
+        }
+        if (patience == 0) {
+            return true;
+        }
+    }
+}
+
+// Writes as much as the pipe takes.
+bool PicturePipe::Write()
+{
+    while (HasWork()) {
+        Waiting& first = m_waiting.front();
+        const iovec rest{Memory(first.picture) + m_nGiven, m_nBytes - m_nGiven};
+        const ssize_t count = m_bSplices ? vmsplice(m_nPipe, &rest, 1, SPLICE_F_NONBLOCK)
+                                         : write(m_nPipe, rest.iov_base, rest.iov_len);
+        if (count < 0) {
+            if (m_bSplices && (errno == EPERM || errno == ENOSYS || errno == EINVAL)) {
+                m_bSplices = false; // some containers forbid it
+                continue;
+            }
+            return errno == EAGAIN || errno == EINTR;
+        }
+        m_nWritten += static_cast<uint64_t>(count);
+        m_nGiven += static_cast<size_t>(count);
+        if (m_nGiven == m_nBytes) {
+            m_nGiven = 0;
+            m_free[first.picture] = m_nWritten + m_nCapacity;
+            if (--first.times == 0 && m_waiting.size() > 1) {
+                m_waiting.pop_front();
+            }
+        }
+    }
+    return true;
+}
+
+} // namespace tool

@@ -1,0 +1,28 @@
+// The process that supplies ffmpeg with frames. It grabs the screen, converts the pixel format,
+// which takes ffmpeg several times as long, and keeps the frame rate.
+#pragma once
+
+#include "tool/command/arguments.h"
+#include "tool/record/picture_clock.h"
+#include "tool/record/recording_start.h"
+
+#include <optional>
+#include <string>
+
+namespace tool {
+
+struct ScreenFeederPlan
+{
+    std::string display;
+    Rectangle area; // even width and height
+    PictureRate rate;
+    RecordingStart* start = nullptr; // set at the first frame
+};
+
+// Starts it as a child of this process, which then becomes ffmpeg. Returns the descriptor for
+// ffmpeg to read from (it survives the exec): `skippedBytes` meaningless bytes, then yuv420p
+// frames. Returns nothing if the screen cannot be grabbed this way. The child exits when the pipe
+// is closed, and at the latest with this process. When the screen disappears, the pipe ends.
+std::optional<int> StartScreenFeeder(const ScreenFeederPlan& plan);
+
+} // namespace tool

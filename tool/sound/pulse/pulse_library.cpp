@@ -1,0 +1,68 @@
+#include "tool/sound/pulse/pulse_library.h"
+
+#include <dlfcn.h>
+#include <optional>
+
+namespace tool {
+namespace {
+
+class Symbols
+{
+public:
+    // Never closed: the library keeps global state.
+    explicit Symbols(const char* name) : m_pLibrary(dlopen(name, RTLD_LAZY | RTLD_LOCAL)) {}
+
+    template <typename Function>
+    void Find(Function*& function, const char* name)
+    {
+        function =
+            m_pLibrary == nullptr ? nullptr : reinterpret_cast<Function*>(dlsym(m_pLibrary, name));
+        m_bComplete = m_bComplete && function != nullptr;
+    }
+    bool AreComplete() const { return m_bComplete; }
+
+private:
+    void* m_pLibrary;
+    bool m_bComplete = true;
+};
+
+std::optional<PulseLibrary> Load()
+{
+    Symbols symbols("libpulse.so.0");
+    PulseLibrary library;
+    symbols.Find(library.contextConnect, "pa_context_connect");
+    symbols.Find(library.contextDisconnect, "pa_context_disconnect");
+    symbols.Find(library.contextGetServerInfo, "pa_context_get_server_info");
+    symbols.Find(library.contextGetSourceInfoList, "pa_context_get_source_info_list");
+    symbols.Find(library.contextGetState, "pa_context_get_state");
+    symbols.Find(library.contextNew, "pa_context_new");
+    symbols.Find(library.contextSetStateCallback, "pa_context_set_state_callback");
+    symbols.Find(library.contextUnref, "pa_context_unref");
+    symbols.Find(library.mainloopDispatch, "pa_mainloop_dispatch");
+    symbols.Find(library.mainloopFree, "pa_mainloop_free");
+    symbols.Find(library.mainloopGetApi, "pa_mainloop_get_api");
+    symbols.Find(library.mainloopNew, "pa_mainloop_new");
+    symbols.Find(library.mainloopPoll, "pa_mainloop_poll");
+    symbols.Find(library.mainloopPrepare, "pa_mainloop_prepare");
+    symbols.Find(library.operationUnref, "pa_operation_unref");
+    symbols.Find(library.streamConnectRecord, "pa_stream_connect_record");
+    symbols.Find(library.streamDisconnect, "pa_stream_disconnect");
+    symbols.Find(library.streamDrop, "pa_stream_drop");
+    symbols.Find(library.streamGetLatency, "pa_stream_get_latency");
+    symbols.Find(library.streamGetState, "pa_stream_get_state");
+    symbols.Find(library.streamNew, "pa_stream_new");
+    symbols.Find(library.streamPeek, "pa_stream_peek");
+    symbols.Find(library.streamSetReadCallback, "pa_stream_set_read_callback");
+    symbols.Find(library.streamUnref, "pa_stream_unref");
+    return symbols.AreComplete() ? std::optional(library) : std::nullopt;
+}
+
+} // namespace
+
+const PulseLibrary* Pulse()
+{
+    static const std::optional<PulseLibrary> library = Load();
+    return library ? &*library : nullptr;
+}
+
+} // namespace tool
