@@ -14,7 +14,8 @@ constexpr int64_t hundredYears = 100LL * 365 * 24 * 3600 * 1000000;
 void CheckTrack(const tool::MovieTrack& track)
 {
     Require(track.codec.empty() || track.codec.size() == 4, "a codec has four letters or none");
-    Require(track.hidden >= 0 && track.hidden <= 2 * hundredYears, "what is hidden is a time");
+    Require(track.trimmedStart >= 0 && track.trimmedStart <= 2 * hundredYears,
+            "what is hidden is a time");
     Require(!track.start || (*track.start >= 0 && *track.start <= 2 * hundredYears),
             "a track begins at a time");
     Require(!track.end || (*track.end >= *track.start && *track.end <= 4 * hundredYears),

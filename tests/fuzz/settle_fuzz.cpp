@@ -1,8 +1,8 @@
 // A fragmented movie, like a recording in progress: finding its samples, and settling the file.
 #include "tests/fuzz/target.h"
+#include "tool/mp4/fragments.h"
 #include "tool/mp4/frugal_file.h"
 #include "tool/mp4/movie.h"
-#include "tool/mp4/movie_pieces.h"
 #include "tool/mp4/settle.h"
 
 #include <limits>
@@ -12,28 +12,30 @@ namespace {
 void CheckSamples(const std::string& path)
 {
     tool::FrugalFile file(path, std::numeric_limits<uint64_t>::max());
-    const auto movie = tool::ReadPieces(file);
+    const auto movie = tool::ReadFragments(file);
     if (!movie) {
         return;
     }
-    Require(movie->movie.end <= file.Size() && movie->place + 8 <= movie->movie.begin,
+    Require(movie->movieBox.end <= file.Size() &&
+                movie->movieBoxOffset + 8 <= movie->movieBox.begin,
             "the movie's box lies in the file");
-    for (const tool::PiecedTrack& track : movie->tracks) {
+    for (const tool::FragmentedTrack& track : movie->tracks) {
         uint64_t time = 0;
         for (const tool::Sample& sample : track.samples) {
-            Require(sample.place <= file.Size() && sample.size <= file.Size() - sample.place,
+            Require(sample.offset <= file.Size() && sample.size <= file.Size() - sample.offset,
                     "a sample lies in the file");
-            Require(sample.time >= time, "times never go back");
-            time = sample.time;
+            Require(sample.decodeTime >= time, "times never go back");
+            time = sample.decodeTime;
         }
     }
 }
 
-void CheckWholePart(const std::string& path)
+void CheckCompleteSize(const std::string& path)
 {
     tool::FrugalFile file(path, std::numeric_limits<uint64_t>::max());
-    const auto whole = tool::WholePart(file);
-    Require(!whole || (*whole > 0 && *whole < file.Size()), "a part is less than the whole");
+    const auto complete = tool::CompleteSize(file);
+    Require(!complete || (*complete > 0 && *complete < file.Size()),
+            "the complete fragments are less than the file");
 }
 
 void CheckSettled(const ScratchFile& scratch, const QByteArray& before)
@@ -41,7 +43,7 @@ void CheckSettled(const ScratchFile& scratch, const QByteArray& before)
     const bool settled = tool::SettleMovie(scratch.Path());
     const QByteArray after = scratch.Read();
     if (!settled) {
-        Require(after == before, "what is no movie in pieces stays as it is");
+        Require(after == before, "what is not fragmented stays as it is");
         return;
     }
     Require(after.size() > before.size() && after.size() < 100 * before.size() + 65536,
@@ -64,7 +66,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     static const ScratchFile file("movie.mp4");
     file.Write(data, size);
     CheckSamples(file.Path());
-    CheckWholePart(file.Path());
+    CheckCompleteSize(file.Path());
     CheckSettled(file, QByteArray(reinterpret_cast<const char*>(data), qsizetype(size)));
     return 0;
 }

@@ -109,8 +109,8 @@ void ToolJoinTest::intermediateSuitsTheMovie_data()
     QTest::addColumn<tool::MovieTrack>("picture");
     QTest::addColumn<tool::MovieTrack>("sound");
     QTest::addColumn<Intermediate>("expected");
-    const tool::MovieTrack h264{TrackKind::Picture, "avc1", false, false, 0, 0, 5000000};
-    const tool::MovieTrack aac{TrackKind::Sound, "aac ", false, false, 0, 0, 5010000};
+    const tool::MovieTrack h264{TrackKind::Video, "avc1", false, false, 0, 0, 5000000};
+    const tool::MovieTrack aac{TrackKind::Audio, "aac ", false, false, 0, 0, 5010000};
     const auto row = [&](const char* name, auto change, Intermediate expected) {
         tool::MovieTrack picture = h264;
         tool::MovieTrack sound = aac;
@@ -128,13 +128,13 @@ void ToolJoinTest::intermediateSuitsTheMovie_data()
     row(
         "MP3", [](auto&, auto& s) { s.codec = "mp4a"; }, Intermediate::Movie);
     row(
-        "turned", [](auto& p, auto&) { p.turned = true; }, Intermediate::Movie);
+        "turned", [](auto& p, auto&) { p.transformed = true; }, Intermediate::Movie);
     row(
-        "several edits", [](auto&, auto& s) { s.pieced = true; }, Intermediate::Movie);
+        "several edits", [](auto&, auto& s) { s.unusualEdits = true; }, Intermediate::Movie);
     row(
-        "hidden beginning", [](auto& p, auto&) { p.hidden = 1000000; }, Intermediate::Movie);
+        "hidden beginning", [](auto& p, auto&) { p.trimmedStart = 1000000; }, Intermediate::Movie);
     row(
-        "encoder's delay", [](auto&, auto& s) { s.hidden = 21333; }, Intermediate::AsAsked);
+        "encoder's delay", [](auto&, auto& s) { s.trimmedStart = 21333; }, Intermediate::AsAsked);
     row(
         "short sound", [](auto&, auto& s) { s.end = 3500000; }, Intermediate::Movie);
     row(

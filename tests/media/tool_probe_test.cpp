@@ -95,7 +95,7 @@ void ToolProbeTest::initTestCase()
     for (const char* name : {"\"quoted\" '%1' | \n \u4e2d\u00e4.mp4", "-dash.MP4"}) {
         QVERIFY(QFile::copy(Path("plain.mp4"), Path(QString::fromUtf8(name))));
     }
-    Make("in pieces.mp4", both, plain + QStringList{"-movflags", "frag_keyframe+empty_moov"});
+    Make("fragmented.mp4", both, plain + QStringList{"-movflags", "frag_keyframe+empty_moov"});
     Make("shown early.mp4", both,
          plain + QStringList{"-bf", "3", "-movflags", "negative_cts_offsets"});
     Make("no edit list.mp4", both, plain + QStringList{"-bf", "3", "-use_editlist", "0"});
@@ -178,7 +178,7 @@ void ToolProbeTest::answerNeedsNoFfmpeg()
 void ToolProbeTest::doubtfulFilesAreLeftToFfmpeg_data()
 {
     QTest::addColumn<QString>("name");
-    for (const char* name : {"in pieces.mp4", "shown early.mp4", "no edit list.mp4",
+    for (const char* name : {"fragmented.mp4", "shown early.mp4", "no edit list.mp4",
                              "time code.mp4", "other kind.mp4", "torn.mp4", "empty.mp4",
                              "no duration.mp4", "co:lon.mp4", "picture.jpg", "missing.mp4", "."}) {
         QTest::newRow(name) << QString(name);
@@ -281,7 +281,7 @@ void ToolProbeTest::noDamageReadsMuchOrCrashes()
     std::mt19937 random(20180305); // NOLINT(bugprone-random-generator-seed,cert-msc*): repeatable
     const QByteArray values = QByteArray::fromHex("0001027f80feff");
     int refused = 0;
-    for (const char* name : {"ntsc.mp4", "cut.mp4", "late sound.mp4", "in pieces.mp4"}) {
+    for (const char* name : {"ntsc.mp4", "cut.mp4", "late sound.mp4", "fragmented.mp4"}) {
         const QByteArray whole = Bytes(name);
         const qsizetype moov = whole.indexOf("moov") - 4;
         for (int round = 0; round < 1000; ++round) {

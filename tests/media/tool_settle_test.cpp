@@ -1,9 +1,9 @@
 // Fragmented movies become ordinary ones, compared packet by packet with those ffmpeg writes.
 #include "tests/support/tool_movies.h"
 #include "tool/mp4/boxes.h"
+#include "tool/mp4/fragments.h"
 #include "tool/mp4/frugal_file.h"
 #include "tool/mp4/movie.h"
-#include "tool/mp4/movie_pieces.h"
 #include "tool/mp4/settle.h"
 
 #include <QFile>
@@ -28,14 +28,14 @@ private slots:
     void movieHalfSettledPlaysAsBefore();
     void movieCutShortAnywherePlaysUpToThere();
     void movieAboveFourGibibytes();
-    void whatIsNoMovieInPiecesIsLeftAlone_data();
-    void whatIsNoMovieInPiecesIsLeftAlone();
+    void whatIsNotFragmentedIsLeftAlone_data();
+    void whatIsNotFragmentedIsLeftAlone();
     void fullDiskLeavesTheMovieAsItWas();
     void fullDiskLeavesATornMovieWithoutItsEnd();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     QString Path(const QString& name) const { return m_folder.filePath(name); }
-    QString InPieces(const QString& name) const { return Path("pieces of " + name); }
+    QString Fragmented(const QString& name) const { return Path("fragmented " + name); }
     void Make(const QString& name, const QStringList& arguments);
 
     QTemporaryDir m_folder;
@@ -98,7 +98,7 @@ Outcome Decoded(const QString& path)
     return outcome;
 }
 
-constexpr const char* kPieces =
+constexpr const char* kFragments =
     "-movflags +frag_keyframe+delay_moov+default_base_moof -frag_duration 1000000";
 
 // Limits file sizes to this many bytes, like a full disk.
@@ -126,12 +126,12 @@ private:
 void ToolSettleTest::Make(const QString& name, const QStringList& arguments)
 {
     const QStringList exactly = {"-fflags", "+bitexact", "-flags", "+bitexact", "-threads", "1"};
-    const QByteArray one =
-        MakeMovie(arguments + exactly + QString(kPieces).split(' ') + QStringList{InPieces(name)});
+    const QByteArray one = MakeMovie(arguments + exactly + QString(kFragments).split(' ') +
+                                     QStringList{Fragmented(name)});
     QVERIFY2(one.isEmpty(), one);
     const QByteArray other = MakeMovie(arguments + exactly + QStringList{Path(name)});
     QVERIFY2(other.isEmpty(), other);
-    QVERIFY2(!IsOrdinary(InPieces(name)), "nothing is in pieces");
+    QVERIFY2(!IsOrdinary(Fragmented(name)), "nothing is fragmented");
 }
 
 void ToolSettleTest::initTestCase()
@@ -165,9 +165,9 @@ void ToolSettleTest::settledMovieIsTheOrdinaryOne()
 {
     QFETCH(QString, name);
     const QString path = Path("settled " + name);
-    QVERIFY(QFile::copy(InPieces(name), path));
+    QVERIFY(QFile::copy(Fragmented(name), path));
     QVERIFY2(Settle(path), "it is refused");
-    QVERIFY2(IsOrdinary(path), "it is still in pieces");
+    QVERIFY2(IsOrdinary(path), "it is still fragmented");
     QCOMPARE(Packets(path), Packets(Path(name)));
     QCOMPARE(DecodingErrors(path), QByteArray());
     const QStringList later = {"-ss", "3"};
@@ -180,7 +180,7 @@ void ToolSettleTest::settledMovieIsTheOrdinaryOne()
 void ToolSettleTest::settledMovieIsReadWithoutFfmpeg()
 {
     const QString path = Path("read.mp4");
-    QVERIFY(QFile::copy(InPieces("recorded.mp4"), path));
+    QVERIFY(QFile::copy(Fragmented("recorded.mp4"), path));
     QVERIFY(!tool::ProbeText(path.toStdString()));
     QVERIFY(Settle(path));
     const auto text = tool::ProbeText(path.toStdString());
@@ -193,38 +193,38 @@ void ToolSettleTest::settledMovieIsReadWithoutFfmpeg()
 void ToolSettleTest::movieHalfSettledPlaysAsBefore()
 {
     const QString path = Path("half settled.mp4");
-    const QString source = InPieces("recorded.mp4");
-    const QByteArray pieces = Content(source);
+    const QString source = Fragmented("recorded.mp4");
+    const QByteArray fragmented = Content(source);
     QVERIFY(QFile::copy(source, path) && Settle(path));
     const QByteArray settled = Content(path);
-    QVERIFY2(settled.size() > pieces.size() + 1000, "the index is not behind the pieces");
-    for (const qsizetype size : {pieces.size() + 4, pieces.size() + 700, settled.size()}) {
-        QVERIFY(Write(path, pieces + settled.mid(pieces.size(), size - pieces.size())));
+    QVERIFY2(settled.size() > fragmented.size() + 1000, "the index is not behind the fragments");
+    for (const qsizetype size : {fragmented.size() + 4, fragmented.size() + 700, settled.size()}) {
+        QVERIFY(Write(path, fragmented + settled.mid(fragmented.size(), size - fragmented.size())));
         const Outcome decoded = Decoded(path);
         QCOMPARE(decoded.error, QByteArray());
         QCOMPARE(decoded.output, Decoded(source).output);
     }
     // Only the header was changed.
     qsizetype first = 0;
-    while (settled[first] == pieces[first]) {
+    while (settled[first] == fragmented[first]) {
         ++first;
     }
-    QVERIFY2(settled.mid(first + 16, pieces.size() - first - 16) == pieces.mid(first + 16),
+    QVERIFY2(settled.mid(first + 16, fragmented.size() - first - 16) == fragmented.mid(first + 16),
              "the data was changed");
 }
 
 // At each end of a box, next to it, and anywhere.
 void ToolSettleTest::movieCutShortAnywherePlaysUpToThere()
 {
-    const QString source = InPieces("recorded.mp4");
+    const QString source = Fragmented("recorded.mp4");
     const QByteArray whole = Content(source);
     const QList<QByteArray> pictures = Decoded(source).output.split('\n');
-    qint64 firstPiece = 0; // where the first fragment ends
+    qint64 firstFragment = 0; // where the first fragment ends
     QList<qint64> sizes = {1, 7};
     for (const TopBox& box : TopBoxes(source)) {
         sizes << box.end << box.end + 9;
-        if (box.type == tool::BoxType("mdat") && firstPiece == 0) {
-            firstPiece = box.end;
+        if (box.type == tool::BoxType("mdat") && firstFragment == 0) {
+            firstFragment = box.end;
         }
     }
     const quint32 seed = QRandomGenerator::global()->generate();
@@ -239,7 +239,7 @@ void ToolSettleTest::movieCutShortAnywherePlaysUpToThere()
                                  QByteArray::number(seed);
         QVERIFY(Write(path, whole.left(size)));
         const bool settled = Settle(path);
-        QVERIFY2(settled || size < firstPiece, place);
+        QVERIFY2(settled || size < firstFragment, place);
         if (!settled) {
             QVERIFY2(Content(path) == whole.left(size), place);
             continue;
@@ -262,19 +262,19 @@ void ToolSettleTest::movieAboveFourGibibytes()
     const QString path = Path("large.mp4");
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadWrite));
-    const QByteArray pieces = Content(InPieces("sound.mp4"));
-    const qint64 header = TopBoxes(InPieces("sound.mp4"))[1].end;
+    const QByteArray fragmented = Content(Fragmented("sound.mp4"));
+    const qint64 header = TopBoxes(Fragmented("sound.mp4"))[1].end;
     constexpr qint64 hole = 5LL << 30;
     QByteArray free = QByteArray::fromHex("00000001") + "free" + QByteArray(8, '\0');
     for (int i = 0; i < 8; ++i) {
         free[8 + i] = static_cast<char>(hole >> 8 * (7 - i) & 0xff);
     }
-    file.write(pieces.left(header) + free);
+    file.write(fragmented.left(header) + free);
     if (!file.resize(header + hole)) {
         QSKIP("no file of 5 GiB can be made here");
     }
     file.seek(header + hole);
-    file.write(pieces.mid(header));
+    file.write(fragmented.mid(header));
     file.close();
     QVERIFY2(Settle(path), "it is refused");
     QVERIFY(IsOrdinary(path));
@@ -283,28 +283,28 @@ void ToolSettleTest::movieAboveFourGibibytes()
     QVERIFY(QFile::remove(path));
 }
 
-void ToolSettleTest::whatIsNoMovieInPiecesIsLeftAlone_data()
+void ToolSettleTest::whatIsNotFragmentedIsLeftAlone_data()
 {
     QTest::addColumn<QByteArray>("content");
-    const QByteArray pieces = Content(InPieces("sound.mp4"));
-    const QList<TopBox> boxes = TopBoxes(InPieces("sound.mp4"));
+    const QByteArray fragmented = Content(Fragmented("sound.mp4"));
+    const QList<TopBox> boxes = TopBoxes(Fragmented("sound.mp4"));
     const auto changed = [&](const QByteArray& box, qsizetype offset, const QByteArray& bytes) {
-        QByteArray content = pieces;
+        QByteArray content = fragmented;
         const qsizetype place = content.indexOf(box);
         return place < 0 ? QByteArray() : content.replace(place + offset, bytes.size(), bytes);
     };
     QTest::newRow("empty") << QByteArray();
     QTest::newRow("text") << QByteArray("This is no movie, though it is rather long.");
     QTest::newRow("ordinary movie") << Content(Path("sound.mp4"));
-    QTest::newRow("header alone") << pieces.left(boxes[1].end);
-    QTest::newRow("without its header") << pieces.mid(boxes[1].end);
-    QTest::newRow("header twice") << pieces + pieces.mid(boxes[0].end, boxes[1].end);
+    QTest::newRow("header alone") << fragmented.left(boxes[1].end);
+    QTest::newRow("without its header") << fragmented.mid(boxes[1].end);
+    QTest::newRow("header twice") << fragmented + fragmented.mid(boxes[0].end, boxes[1].end);
     QTest::newRow("box of four gigabytes") << changed("trak", -4, "\xff\xff\xff\xff");
     QTest::newRow("box of no size") << changed("mdia", -4, QByteArray(4, '\0'));
     QTest::newRow("no track's number") << changed("trex", 8, "\x7f\xff\xff\xff");
     QTest::newRow("track of no scale") << changed("mdhd", 16, QByteArray(4, '\0'));
     QTest::newRow("a thousand edits") << changed("elst", 8, QByteArray::fromHex("000003e8"));
-    QTest::newRow("a piece that goes elsewhere") << changed("tfhd", 7, QByteArray(1, '\x01'));
+    QTest::newRow("samples in another file") << changed("tfhd", 7, QByteArray(1, '\x01'));
     QTest::newRow("four billion samples") << changed("trun", 8, "\xff\xff\xff\xff");
     QByteArray nothing = changed("trun", 4, QByteArray::fromHex("00000001ffffffff"));
     nothing.replace(nothing.indexOf("tfhd") + 16, 4, QByteArray(4, '\0')); // no default size
@@ -314,7 +314,7 @@ void ToolSettleTest::whatIsNoMovieInPiecesIsLeftAlone_data()
         << changed("tfdt", 8, QByteArray(1, '\0') + QByteArray(7, '\xff'));
 }
 
-void ToolSettleTest::whatIsNoMovieInPiecesIsLeftAlone()
+void ToolSettleTest::whatIsNotFragmentedIsLeftAlone()
 {
     QFETCH(QByteArray, content);
     const QString path = Path("odd.mp4");
@@ -332,7 +332,7 @@ void ToolSettleTest::whatIsNoMovieInPiecesIsLeftAlone()
 void ToolSettleTest::fullDiskLeavesTheMovieAsItWas()
 {
     const QString path = Path("full.mp4");
-    const QByteArray content = Content(InPieces("sound.mp4"));
+    const QByteArray content = Content(Fragmented("sound.mp4"));
     for (const int room : {0, 1, 700}) {
         QVERIFY(Write(path, content));
         {
@@ -347,8 +347,8 @@ void ToolSettleTest::fullDiskLeavesTheMovieAsItWas()
 void ToolSettleTest::fullDiskLeavesATornMovieWithoutItsEnd()
 {
     const QString path = Path("full and torn.mp4");
-    const QByteArray content = Content(InPieces("sound.mp4"));
-    const QList<TopBox> boxes = TopBoxes(InPieces("sound.mp4"));
+    const QByteArray content = Content(Fragmented("sound.mp4"));
+    const QList<TopBox> boxes = TopBoxes(Fragmented("sound.mp4"));
     const qint64 whole = boxes[5].end; // of the second fragment
     for (const qint64 size : {whole + 5, whole + 100, boxes[7].end - 1}) {
         QVERIFY(Write(path, content.left(size)));

@@ -16,7 +16,7 @@ private slots:
     void initTestCase();
     void recordingCutShortIsCutAndMerged_data();
     void recordingCutShortIsCutAndMerged();
-    void everyTornInputIsReadUpToItsLastWholePiece();
+    void everyTornInputIsReadUpToItsLastCompleteFragment();
     void everythingElseIsReadAsItIs_data();
     void everythingElseIsReadAsItIs();
 
@@ -24,8 +24,8 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is not
     QString Path(const QString& name) const { return m_folder.filePath(name); }
 
     QTemporaryDir m_folder;
-    QByteArray m_recording; // 6 s, in fragments of a second
-    QList<qint64> m_pieces; // where each fragment ends
+    QByteArray m_recording;       // 6 s, in fragments of a second
+    QList<qint64> m_fragmentEnds; // where each fragment ends
 };
 
 namespace {
@@ -51,10 +51,10 @@ void ToolTornInputTest::initTestCase()
     tool::BoxWalk walk(file, 0, file.Size());
     while (const auto box = walk.Next()) {
         if (box->type == tool::BoxType("mdat")) {
-            m_pieces << static_cast<qint64>(box->end);
+            m_fragmentEnds << static_cast<qint64>(box->end);
         }
     }
-    QVERIFY(m_pieces.size() >= 6);
+    QVERIFY(m_fragmentEnds.size() >= 6);
 }
 
 void ToolTornInputTest::recordingCutShortIsCutAndMerged_data()
@@ -62,12 +62,12 @@ void ToolTornInputTest::recordingCutShortIsCutAndMerged_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<qint64>("size");
     QTest::addColumn<int>("zeros");
-    const qint64 piece = m_pieces.size() > 4 ? m_pieces[4] : 0;
-    QTest::newRow("whole pieces") << "a.mp4" << piece << 0;
-    QTest::newRow("half of what tells the samples") << "a.mp4" << piece + 60 << 0;
-    QTest::newRow("half of the samples") << "a.mp4" << (piece + m_pieces.value(5)) / 2 << 0;
-    QTest::newRow("zeros of the file system") << "a.mp4" << piece << 5000;
-    QTest::newRow("odd name") << "2026-11-21 10-00-00,end,1,,:\u4e2d.mp4" << piece + 60 << 0;
+    const qint64 end = m_fragmentEnds.size() > 4 ? m_fragmentEnds[4] : 0;
+    QTest::newRow("complete fragments") << "a.mp4" << end << 0;
+    QTest::newRow("half of what tells the samples") << "a.mp4" << end + 60 << 0;
+    QTest::newRow("half of the samples") << "a.mp4" << (end + m_fragmentEnds.value(5)) / 2 << 0;
+    QTest::newRow("zeros of the file system") << "a.mp4" << end << 5000;
+    QTest::newRow("odd name") << "2026-11-21 10-00-00,end,1,,:\u4e2d.mp4" << end + 60 << 0;
 }
 
 void ToolTornInputTest::recordingCutShortIsCutAndMerged()
@@ -106,15 +106,15 @@ void ToolTornInputTest::recordingCutShortIsCutAndMerged()
     QVERIFY2(Content(source) == content, "the source was changed");
 }
 
-void ToolTornInputTest::everyTornInputIsReadUpToItsLastWholePiece()
+void ToolTornInputTest::everyTornInputIsReadUpToItsLastCompleteFragment()
 {
     const std::string torn = Path("torn.mp4").toStdString();
     const std::string other = Path("torn elsewhere.mp4").toStdString();
     const std::string whole = Path("whole.mp4").toStdString();
-    QVERIFY(Write(Path("torn.mp4"), m_recording.left(m_pieces[2] + 60)));
-    QVERIFY(Write(Path("torn elsewhere.mp4"), m_recording.left(m_pieces[4] - 1)));
-    const auto part = [&](int piece, const std::string& path) {
-        return "subfile,,start,0,end," + std::to_string(m_pieces[piece]) + ",,:" + path;
+    QVERIFY(Write(Path("torn.mp4"), m_recording.left(m_fragmentEnds[2] + 60)));
+    QVERIFY(Write(Path("torn elsewhere.mp4"), m_recording.left(m_fragmentEnds[4] - 1)));
+    const auto part = [&](int fragment, const std::string& path) {
+        return "subfile,,start,0,end," + std::to_string(m_fragmentEnds[fragment]) + ",,:" + path;
     };
     const tool::Arguments given = {"-i", torn,  "-i", whole, "-ss", torn,
                                    "-i", other, "-t", "3",   torn,  "-i"};
@@ -127,12 +127,13 @@ void ToolTornInputTest::everythingElseIsReadAsItIs_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::newRow("whole") << m_recording;
-    QTest::newRow("torn in its first piece") << m_recording.left(m_pieces.value(0) - 1);
+    QTest::newRow("torn in its first fragment") << m_recording.left(m_fragmentEnds.value(0) - 1);
     QTest::newRow("header alone") << m_recording.left(40);
     QTest::newRow("text") << QByteArray("no movie at all, and rather long");
     QTest::newRow("empty") << QByteArray();
     QByteArray ordinary = m_recording;
-    QTest::newRow("ordinary, torn") << ordinary.replace("moof", "free").left(m_pieces.value(3) + 9);
+    QTest::newRow("ordinary, torn")
+        << ordinary.replace("moof", "free").left(m_fragmentEnds.value(3) + 9);
 }
 
 void ToolTornInputTest::everythingElseIsReadAsItIs()

@@ -26,7 +26,7 @@ bool EndTogether(const Movie& movie)
     std::optional<int64_t> sound;
     for (const MovieTrack& track : movie.tracks) {
         if (track.end) {
-            auto& end = track.kind == TrackKind::Picture ? picture : sound;
+            auto& end = track.kind == TrackKind::Video ? picture : sound;
             end = std::max(end.value_or(*track.end), *track.end);
         }
     }
@@ -53,13 +53,14 @@ Intermediate ChooseIntermediate(const std::optional<Movie>& movie)
     }
     auto chosen = Intermediate::AsAsked;
     for (const MovieTrack& track : movie->tracks) {
-        const bool isPicture = track.kind == TrackKind::Picture;
+        const bool isPicture = track.kind == TrackKind::Video;
         if (track.kind == TrackKind::Other || track.codec.empty()) {
             continue;
         }
         const bool known = isPicture ? IsOneOf(h264, track.codec) || IsOneOf(h265, track.codec)
                                      : track.codec == "aac ";
-        if (!known || track.turned || track.pieced || track.hidden > hardlyHidden) {
+        if (!known || track.transformed || track.unusualEdits ||
+            track.trimmedStart > hardlyHidden) {
             return Intermediate::Movie;
         }
         if (IsOneOf(h265, track.codec)) {

@@ -1,7 +1,7 @@
 #include "tool/edit/torn_input.h"
 
+#include "tool/mp4/fragments.h"
 #include "tool/mp4/frugal_file.h"
-#include "tool/mp4/movie_pieces.h"
 
 namespace tool {
 
@@ -14,7 +14,7 @@ Arguments WithoutTornEnds(Arguments arguments)
         }
         std::string& input = arguments[++i];
         FrugalFile file(input, allowance);
-        if (const auto whole = WholePart(file)) {
+        if (const auto whole = CompleteSize(file)) {
             input.insert(0, "subfile,,start,0,end," + std::to_string(*whole) + ",,:");
         }
     }

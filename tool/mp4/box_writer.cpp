@@ -9,10 +9,10 @@ void AppendNumber(std::string& bytes, uint64_t value, size_t size)
     }
 }
 
-void ReplaceNumber(std::string& bytes, size_t place, uint64_t value, size_t size)
+void ReplaceNumber(std::string& bytes, size_t offset, uint64_t value, size_t size)
 {
     for (size_t i = 0; i < size; ++i) {
-        bytes[place + i] = static_cast<char>(value >> 8U * (size - 1 - i) & 0xffU);
+        bytes[offset + i] = static_cast<char>(value >> 8U * (size - 1 - i) & 0xffU);
     }
 }
 

@@ -10,8 +10,8 @@ namespace tool {
 // Appends a big-endian number of 1 to 8 bytes.
 void AppendNumber(std::string& bytes, uint64_t value, size_t size);
 
-// Overwrites the existing bytes at `place` with such a number.
-void ReplaceNumber(std::string& bytes, size_t place, uint64_t value, size_t size);
+// Overwrites the existing bytes at `offset` with such a number.
+void ReplaceNumber(std::string& bytes, size_t offset, uint64_t value, size_t size);
 
 // Opens a box at the end of `bytes` and closes it when destroyed. Bytes appended in between are its
 // content.

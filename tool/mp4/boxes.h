@@ -1,8 +1,11 @@
 // Reads MP4 boxes.
 #pragma once
 
+#include "tool/mp4/byte_reader.h"
+
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace tool {
@@ -12,11 +15,7 @@ class FrugalFile;
 // A box's four-character type as a number.
 constexpr uint32_t BoxType(std::string_view letters)
 {
-    uint32_t type = 0;
-    for (const char letter : letters) {
-        type = type << 8U | static_cast<uint8_t>(letter);
-    }
-    return type;
+    return static_cast<uint32_t>(BigEndian(letters));
 }
 
 // The content of a box: file offsets from `begin` up to `end`.
@@ -48,5 +47,11 @@ private:
     uint64_t m_end;
     bool m_damaged = false;
 };
+
+// The first child of this type, if there is one.
+std::optional<Box> FindChild(FrugalFile& file, const Box& parent, uint32_t type);
+
+// The first `most` bytes of the content. Empty if the file cannot be read.
+std::string ReadContent(FrugalFile& file, const Box& box, uint64_t most);
 
 } // namespace tool

@@ -1,5 +1,7 @@
 #include "tool/mp4/frugal_file.h"
 
+#include "tool/mp4/byte_reader.h"
+
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
@@ -26,16 +28,16 @@ FrugalFile::~FrugalFile()
     }
 }
 
-bool FrugalFile::Read(uint64_t place, void* target, size_t count)
+bool FrugalFile::Read(uint64_t offset, void* target, size_t count)
 {
-    if (m_file < 0 || count > m_allowed - m_read || place > m_size || count > m_size - place) {
+    if (m_file < 0 || count > m_allowed - m_read || offset > m_size || count > m_size - offset) {
         m_failed = true;
         return false;
     }
     m_read += count;
     auto* bytes = static_cast<char*>(target);
     while (count > 0) {
-        const ssize_t got = pread(m_file, bytes, count, static_cast<off_t>(place));
+        const ssize_t got = pread(m_file, bytes, count, static_cast<off_t>(offset));
         if (got < 0 && errno == EINTR) {
             continue;
         }
@@ -44,23 +46,16 @@ bool FrugalFile::Read(uint64_t place, void* target, size_t count)
             return false;
         }
         bytes += got;
-        place += static_cast<uint64_t>(got);
+        offset += static_cast<uint64_t>(got);
         count -= static_cast<size_t>(got);
     }
     return true;
 }
 
-uint64_t FrugalFile::Number(uint64_t place, size_t bytes)
+uint64_t FrugalFile::Number(uint64_t offset, size_t bytes)
 {
-    std::array<uint8_t, 8> raw{};
-    if (!Read(place, raw.data(), bytes)) {
-        return 0;
-    }
-    uint64_t value = 0;
-    for (size_t i = 0; i < bytes; ++i) {
-        value = value << 8U | raw.at(i);
-    }
-    return value;
+    std::array<char, 8> raw{};
+    return Read(offset, raw.data(), bytes) ? BigEndian({raw.data(), bytes}) : 0;
 }
 
 } // namespace tool

@@ -22,13 +22,13 @@ public:
     uint64_t Size() const { return m_size; } // bytes
     uint64_t BytesRead() const { return m_read; }
 
-    // Reads `count` bytes at `place` into `target`. Returns false if there are fewer, the allowance
-    // is used up, or the disk fails.
-    bool Read(uint64_t place, void* target, size_t count);
+    // Reads `count` bytes at `offset` into `target`. Returns false if there are fewer, the
+    // allowance is used up, or the disk fails.
+    bool Read(uint64_t offset, void* target, size_t count);
 
-    // The big-endian number of 1 to 8 bytes at `place`. If it cannot be read, returns 0, and
+    // The big-endian number of 1 to 8 bytes at `offset`. If it cannot be read, returns 0, and
     // Failed() is true from then on.
-    uint64_t Number(uint64_t place, size_t bytes);
+    uint64_t Number(uint64_t offset, size_t bytes);
     bool Failed() const { return m_failed; }
 
 private:

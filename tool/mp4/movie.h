@@ -10,15 +10,15 @@ namespace tool {
 
 class FrugalFile;
 
-enum class TrackKind { Picture, Sound, Other };
+enum class TrackKind { Video, Audio, Other };
 
 struct MovieTrack
 {
     TrackKind kind = TrackKind::Other;
-    std::string codec;   // four characters, "aac " for AAC; empty if unsure
-    bool turned = false; // shown rotated or mirrored
-    bool pieced = false; // the edit list has several edits or another speed
-    int64_t hidden = 0;  // microseconds at the start that the edit list hides
+    std::string codec;         // four characters, "aac " for AAC; empty if unsure
+    bool transformed = false;  // shown rotated or mirrored
+    bool unusualEdits = false; // the edit list has several edits or another speed
+    int64_t trimmedStart = 0;  // microseconds at the start that the edit list hides
     // Start and end in microseconds of the movie; nothing if the headers do not say.
     std::optional<int64_t> start;
     std::optional<int64_t> end;

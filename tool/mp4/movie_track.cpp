@@ -125,8 +125,8 @@ void TrackReader::ReadKind()
 {
     const uint64_t kind =
         m_boxes.handler.Size() >= 12 ? m_file.Number(m_boxes.handler.begin + 8, 4) : 0;
-    m_track.kind = kind == BoxType("vide")   ? TrackKind::Picture
-                   : kind == BoxType("soun") ? TrackKind::Sound
+    m_track.kind = kind == BoxType("vide")   ? TrackKind::Video
+                   : kind == BoxType("soun") ? TrackKind::Audio
                                              : TrackKind::Other;
 }
 
@@ -136,7 +136,7 @@ void TrackReader::ReadCodec()
     BoxWalk walk(m_file, box.begin + 8, box.end);
     const bool one = m_file.Number(box.begin, 4) == 0 && Count(box) == 1;
     const auto entry = one ? walk.Next() : std::nullopt;
-    const uint64_t fields = m_track.kind == TrackKind::Sound ? 28 : 78;
+    const uint64_t fields = m_track.kind == TrackKind::Audio ? 28 : 78;
     if (!entry || entry->end != box.end || entry->Size() < fields) {
         return;
     }
@@ -189,12 +189,13 @@ void TrackReader::ReadTurn()
     const bool wide = m_file.Number(m_boxes.header.begin, 1) == 1;
     const uint64_t matrix = m_boxes.header.begin + (wide ? 52 : 40);
     if (m_boxes.header.end < matrix + 36) {
-        m_track.turned = true;
+        m_track.transformed = true;
         return;
     }
     constexpr uint64_t one = 0x10000;
-    m_track.turned = m_file.Number(matrix, 4) != one || m_file.Number(matrix + 4, 4) != 0 ||
-                     m_file.Number(matrix + 12, 4) != 0 || m_file.Number(matrix + 16, 4) != one;
+    m_track.transformed = m_file.Number(matrix, 4) != one || m_file.Number(matrix + 4, 4) != 0 ||
+                          m_file.Number(matrix + 12, 4) != 0 ||
+                          m_file.Number(matrix + 16, 4) != one;
 }
 
 // Whether the table has entries of `width` bytes each from `offset` on, and nothing else.
@@ -248,13 +249,13 @@ void TrackReader::ReadEdits(uint64_t firstShift)
     const uint64_t count = Count(edits);
     uint64_t entry = edits.begin + 8;
     if (version > 1 || count == 0 || count > 2 || edits.Size() < 8 + count * entrySize) {
-        m_track.pieced = true;
+        m_track.unusualEdits = true;
         return;
     }
     std::optional<int64_t> pause = 0;
     if (count == 2) {
         if (m_file.Number(entry + width, width) != nothing) {
-            m_track.pieced = true;
+            m_track.unusualEdits = true;
             return;
         }
         pause = Microseconds(m_file.Number(entry, width), m_movieScale);
@@ -263,10 +264,10 @@ void TrackReader::ReadEdits(uint64_t firstShift)
     const uint64_t from = m_file.Number(entry + width, width);
     const auto hidden = Microseconds(from > firstShift ? from - firstShift : 0, m_scale);
     const bool usualSpeed = m_file.Number(entry + 2 * width, 4) == 0x10000;
-    m_track.pieced = !usualSpeed || !hidden;
-    m_track.hidden = hidden.value_or(0);
+    m_track.unusualEdits = !usualSpeed || !hidden;
+    m_track.trimmedStart = hidden.value_or(0);
     // Starts before the first frame or after the last one are left to ffmpeg.
-    if (!m_track.pieced && from >= firstShift && from < m_duration) {
+    if (!m_track.unusualEdits && from >= firstShift && from < m_duration) {
         m_track.start = pause;
     }
 }
@@ -289,7 +290,7 @@ void TrackReader::ReadStart()
     }
     const auto length = Microseconds(m_duration, m_scale);
     if (m_track.start && length) {
-        m_track.end = *m_track.start + *length - m_track.hidden;
+        m_track.end = *m_track.start + *length - m_track.trimmedStart;
     }
 }
 

@@ -38,46 +38,47 @@ private:
     std::vector<std::pair<uint64_t, uint64_t>> m_runs;
 };
 
-bool AppendTimes(std::string& bytes, const std::vector<Sample>& samples)
+bool AppendDurationsAndCompositionOffsets(std::string& bytes, const std::vector<Sample>& samples)
 {
-    RunTable times;
-    RunTable shifts;
-    bool shifted = false;
+    RunTable durations;
+    RunTable compositionOffsets;
+    bool reordered = false;
     for (size_t i = 0; i < samples.size(); ++i) {
         const bool last = i + 1 == samples.size();
-        const uint64_t ticks = last ? samples[i].duration : samples[i + 1].time - samples[i].time;
-        if (ticks > most32) {
+        const uint64_t duration =
+            last ? samples[i].duration : samples[i + 1].decodeTime - samples[i].decodeTime;
+        if (duration > most32) {
             return false;
         }
-        times.Add(ticks);
-        shifts.Add(static_cast<uint32_t>(samples[i].shift));
-        shifted = shifted || samples[i].shift != 0;
+        durations.Add(duration);
+        compositionOffsets.Add(static_cast<uint32_t>(samples[i].compositionOffset));
+        reordered = reordered || samples[i].compositionOffset != 0;
     }
-    times.Append(bytes, BoxType("stts"), 0);
-    if (shifted) {
-        shifts.Append(bytes, BoxType("ctts"), 1);
+    durations.Append(bytes, BoxType("stts"), 0);
+    if (reordered) {
+        compositionOffsets.Append(bytes, BoxType("ctts"), 1);
     }
     return true;
 }
 
-void AppendKeys(std::string& bytes, const std::vector<Sample>& samples)
+void AppendSyncSamples(std::string& bytes, const std::vector<Sample>& samples)
 {
-    const auto keys = std::count_if(samples.begin(), samples.end(),
-                                    [](const Sample& sample) { return sample.key; });
-    if (static_cast<size_t>(keys) == samples.size()) {
+    const auto syncSamples = std::count_if(samples.begin(), samples.end(),
+                                           [](const Sample& sample) { return sample.isSync; });
+    if (static_cast<size_t>(syncSamples) == samples.size()) {
         return; // without this table all samples are sync samples
     }
     const OpenBox box(bytes, BoxType("stss"));
     AppendNumber(bytes, 0, 4);
-    AppendNumber(bytes, static_cast<uint64_t>(keys), 4);
+    AppendNumber(bytes, static_cast<uint64_t>(syncSamples), 4);
     for (size_t i = 0; i < samples.size(); ++i) {
-        if (samples[i].key) {
+        if (samples[i].isSync) {
             AppendNumber(bytes, i + 1, 4);
         }
     }
 }
 
-void AppendSizes(std::string& bytes, const std::vector<Sample>& samples)
+void AppendSampleSizes(std::string& bytes, const std::vector<Sample>& samples)
 {
     const OpenBox box(bytes, BoxType("stsz"));
     AppendNumber(bytes, 0, 8); // no common size
@@ -88,21 +89,21 @@ void AppendSizes(std::string& bytes, const std::vector<Sample>& samples)
 }
 
 // Contiguous samples form a chunk.
-void AppendPlaces(std::string& bytes, const std::vector<Sample>& samples)
+void AppendChunks(std::string& bytes, const std::vector<Sample>& samples)
 {
     struct Chunk
     {
-        uint64_t place;
+        uint64_t offset;
         uint64_t samples;
     };
     std::vector<Chunk> chunks;
     uint64_t end = 0;
     for (const Sample& sample : samples) {
-        if (chunks.empty() || sample.place != end) {
-            chunks.push_back({sample.place, 0});
+        if (chunks.empty() || sample.offset != end) {
+            chunks.push_back({sample.offset, 0});
         }
         ++chunks.back().samples;
-        end = sample.place + sample.size;
+        end = sample.offset + sample.size;
     }
     {
         const OpenBox box(bytes, BoxType("stsc"));
@@ -125,7 +126,7 @@ void AppendPlaces(std::string& bytes, const std::vector<Sample>& samples)
     AppendNumber(bytes, 0, 4);
     AppendNumber(bytes, chunks.size(), 4);
     for (const Chunk& chunk : chunks) {
-        AppendNumber(bytes, chunk.place, wide ? 8 : 4);
+        AppendNumber(bytes, chunk.offset, wide ? 8 : 4);
     }
 }
 
@@ -133,12 +134,12 @@ void AppendPlaces(std::string& bytes, const std::vector<Sample>& samples)
 
 bool AppendSampleTables(std::string& bytes, const std::vector<Sample>& samples)
 {
-    if (!AppendTimes(bytes, samples)) {
+    if (!AppendDurationsAndCompositionOffsets(bytes, samples)) {
         return false;
     }
-    AppendKeys(bytes, samples);
-    AppendSizes(bytes, samples);
-    AppendPlaces(bytes, samples);
+    AppendSyncSamples(bytes, samples);
+    AppendSampleSizes(bytes, samples);
+    AppendChunks(bytes, samples);
     return true;
 }
 

@@ -1,7 +1,7 @@
 // Writes the sample tables of an MP4 track.
 #pragma once
 
-#include "tool/mp4/movie_pieces.h"
+#include "tool/mp4/fragments.h"
 
 #include <string>
 #include <vector>

@@ -1,9 +1,9 @@
 #include "tool/mp4/settle.h"
 
 #include "tool/mp4/box_writer.h"
+#include "tool/mp4/fragments.h"
 #include "tool/mp4/frugal_file.h"
-#include "tool/mp4/movie_index.h"
-#include "tool/mp4/movie_pieces.h"
+#include "tool/mp4/movie_box.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -30,11 +30,11 @@ public:
     WritableFile(const WritableFile&) = delete;
     WritableFile& operator=(const WritableFile&) = delete;
 
-    bool Write(std::string_view bytes, uint64_t place) const
+    bool Write(std::string_view bytes, uint64_t offset) const
     {
         while (!bytes.empty()) {
             const ssize_t count =
-                pwrite(m_file, bytes.data(), bytes.size(), static_cast<off_t>(place));
+                pwrite(m_file, bytes.data(), bytes.size(), static_cast<off_t>(offset));
             if (count < 0 && errno == EINTR) {
                 continue;
             }
@@ -42,7 +42,7 @@ public:
                 return false;
             }
             bytes.remove_prefix(static_cast<size_t>(count));
-            place += static_cast<uint64_t>(count);
+            offset += static_cast<uint64_t>(count);
         }
         return true;
     }
@@ -54,16 +54,17 @@ private:
     int m_file;
 };
 
-// The file is valid at every moment. If there is no room for the index, it stays as it was.
-bool AppendIndex(const WritableFile& target, const PiecedMovie& movie, const std::string& index,
-                 uint64_t end)
+// The file is valid at every moment. If there is no room for the box, the file stays as it was.
+bool AppendMovieBox(const WritableFile& target, const FragmentedMovie& movie,
+                    const std::string& movieBox, uint64_t end)
 {
     // Overwrites the header of the old movie box with that of an mdat with a 64-bit size.
     std::string header;
     AppendNumber(header, 1, 4);
     AppendNumber(header, BoxType("mdat"), 4);
-    AppendNumber(header, end - movie.place, 8);
-    if (!target.Write(index, end) || !target.Sync() || !target.Write(header, movie.place)) {
+    AppendNumber(header, end - movie.movieBoxOffset, 8);
+    if (!target.Write(movieBox, end) || !target.Sync() ||
+        !target.Write(header, movie.movieBoxOffset)) {
         target.Shorten(end);
         return false;
     }
@@ -75,17 +76,17 @@ bool AppendIndex(const WritableFile& target, const PiecedMovie& movie, const std
 bool SettleMovie(const std::string& path)
 {
     FrugalFile file(path, std::numeric_limits<uint64_t>::max());
-    const auto movie = ReadPieces(file);
-    const auto index = movie ? MovieIndex(file, *movie) : std::string();
-    if (index.empty()) {
+    const auto movie = ReadFragments(file);
+    const std::string movieBox = movie ? MovieBox(file, *movie) : std::string();
+    if (movieBox.empty()) {
         return false;
     }
     const WritableFile target(path);
-    if (AppendIndex(target, *movie, index, file.Size())) {
+    if (AppendMovieBox(target, *movie, movieBox, file.Size())) {
         return true;
     }
-    if (const auto whole = WholePart(file)) {
-        target.Shorten(*whole); // an incomplete fragment keeps players from opening the file
+    if (const auto complete = CompleteSize(file)) {
+        target.Shorten(*complete); // an incomplete fragment keeps players from opening the file
     }
     return false;
 }
