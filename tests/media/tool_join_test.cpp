@@ -109,8 +109,16 @@ void ToolJoinTest::intermediateSuitsTheMovie_data()
     QTest::addColumn<tool::MovieTrack>("picture");
     QTest::addColumn<tool::MovieTrack>("sound");
     QTest::addColumn<Intermediate>("expected");
-    const tool::MovieTrack h264{TrackKind::Video, "avc1", false, false, 0, 0, 5000000};
-    const tool::MovieTrack aac{TrackKind::Audio, "aac ", false, false, 0, 0, 5010000};
+    const auto track = [](TrackKind kind, const char* codec, int64_t end) {
+        tool::MovieTrack made;
+        made.kind = kind;
+        made.codec = codec;
+        made.start = 0;
+        made.end = end;
+        return made;
+    };
+    const tool::MovieTrack h264 = track(TrackKind::Video, "avc1", 5000000);
+    const tool::MovieTrack aac = track(TrackKind::Audio, "aac ", 5010000);
     const auto row = [&](const char* name, auto change, Intermediate expected) {
         tool::MovieTrack picture = h264;
         tool::MovieTrack sound = aac;

@@ -16,12 +16,12 @@ namespace {
 constexpr int64_t second = 1000000; // in microseconds
 
 // Boxes that can be next to the movie box of an ordinary movie.
-constexpr std::array<uint32_t, 5> harmless = {BoxType("mdat"), BoxType("free"), BoxType("skip"),
-                                              BoxType("wide"), BoxType("uuid")};
+constexpr std::array<uint32_t, 5> harmlessBoxes = {
+    BoxType("mdat"), BoxType("free"), BoxType("skip"), BoxType("wide"), BoxType("uuid")};
 
 // Boxes of a fragmented movie.
-constexpr std::array<uint32_t, 4> pieces = {BoxType("moof"), BoxType("sidx"), BoxType("mfra"),
-                                            BoxType("styp")};
+constexpr std::array<uint32_t, 4> fragmentBoxes = {BoxType("moof"), BoxType("sidx"),
+                                                   BoxType("mfra"), BoxType("styp")};
 
 class MovieReader
 {
@@ -38,12 +38,12 @@ private:
     bool ReadTopLevel();
     bool ReadMovieBox();
     bool ReadMovieHeader(const Box& box);
-    bool ReadPart(const Box& box);
+    bool ReadChild(const Box& box);
 
     FrugalFile& m_file;
     Movie m_movie;
-    Box m_box;
-    uint64_t m_scale = 0; // ticks per second
+    Box m_movieBox;
+    uint64_t m_timescale = 0; // ticks per second
 };
 
 bool MovieReader::ReadTopLevel()
@@ -54,40 +54,44 @@ bool MovieReader::ReadTopLevel()
         return false;
     }
     while (const auto box = walk.Next()) {
-        if (box->type == BoxType("moov") && m_box.end == 0) {
-            m_box = *box;
-        } else if (IsOneOf(pieces, box->type)) {
+        if (box->type == BoxType("moov") && m_movieBox.end == 0) {
+            m_movieBox = *box;
+        } else if (IsOneOf(fragmentBoxes, box->type)) {
             m_movie.fragmented = true;
-        } else if (!IsOneOf(harmless, box->type)) {
+        } else if (!IsOneOf(harmlessBoxes, box->type)) {
             return false;
         }
     }
-    return !walk.Damaged() && m_box.end != 0;
+    return !walk.Damaged() && m_movieBox.end != 0;
 }
 
 bool MovieReader::ReadMovieHeader(const Box& box)
 {
-    const uint64_t version = m_file.Number(box.begin, 1);
+    constexpr uint64_t mostBytes = 112; // version 1
+    const std::string content = ReadContent(m_file, box, mostBytes);
+    ByteReader reader(content);
+    const uint32_t version = reader.Take32() >> 24U;
     const bool wide = version == 1;
-    if (version > 1 || m_scale != 0 || box.Size() < (wide ? 112U : 100U)) {
+    if (version > 1 || m_timescale != 0 || content.size() < (wide ? mostBytes : 100U)) {
         return false;
     }
-    const uint64_t place = box.begin + (wide ? 20 : 12);
-    m_scale = m_file.Number(place, 4);
-    m_movie.duration = Microseconds(m_file.Number(place + 4, wide ? 8 : 4), m_scale);
+    const size_t width = wide ? 8 : 4;
+    reader.Skip(2 * width); // creation and modification
+    m_timescale = reader.Take32();
+    m_movie.duration = Microseconds(reader.Take(width), m_timescale);
     if (m_movie.duration == 0) {
         m_movie.duration.reset(); // the tracks or fragments have it, if anything does
     }
-    return m_scale != 0 && m_scale <= INT32_MAX;
+    return m_timescale != 0 && m_timescale <= INT32_MAX;
 }
 
-bool MovieReader::ReadPart(const Box& box)
+bool MovieReader::ReadChild(const Box& box)
 {
     switch (box.type) {
     case BoxType("mvhd"):
         return ReadMovieHeader(box);
     case BoxType("trak"): {
-        const auto track = m_scale != 0 ? ReadTrack(m_file, box, m_scale) : std::nullopt;
+        const auto track = m_timescale != 0 ? ReadTrack(m_file, box, m_timescale) : std::nullopt;
         if (track) {
             m_movie.tracks.push_back(*track);
         }
@@ -97,7 +101,7 @@ bool MovieReader::ReadPart(const Box& box)
         m_movie.fragmented = true;
         return true;
     case BoxType("udta"):
-        return IsPlainDescription(m_file, box);
+        return IsPlainUserData(m_file, box);
     case BoxType("iods"):
     case BoxType("meta"):
     case BoxType("free"):
@@ -109,13 +113,13 @@ bool MovieReader::ReadPart(const Box& box)
 
 bool MovieReader::ReadMovieBox()
 {
-    BoxWalk walk(m_file, m_box);
+    BoxWalk walk(m_file, m_movieBox);
     while (const auto box = walk.Next()) {
-        if (!ReadPart(*box)) {
+        if (!ReadChild(*box)) {
             return false;
         }
     }
-    return !walk.Damaged() && m_scale != 0 && !m_movie.tracks.empty();
+    return !walk.Damaged() && m_timescale != 0 && !m_movie.tracks.empty();
 }
 
 // Whether ffmpeg would open this as a file, not a protocol, and read it as a movie.

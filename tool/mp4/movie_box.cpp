@@ -1,6 +1,7 @@
 #include "tool/mp4/movie_box.h"
 
 #include "tool/mp4/box_writer.h"
+#include "tool/mp4/edit_list.h"
 #include "tool/mp4/fragments.h"
 #include "tool/mp4/frugal_file.h"
 #include "tool/mp4/sample_tables.h"
@@ -75,7 +76,7 @@ private:
     Box Child(const Box& parent, const char* type);
     const std::vector<Sample>* SamplesOf(uint64_t id) const;
     uint64_t InMovieTimescale(uint64_t trackTicks) const;
-    std::string EditListOf(const Box& track);
+    std::optional<EditList> EditListOf(const Box& track);
     void Copy(const Box& box, const std::string& content);
     void CopyTrack(const Box& box);
     void CopyMedia(const Box& box);
@@ -139,31 +140,22 @@ uint64_t MovieBoxWriter::InMovieTimescale(uint64_t trackTicks) const
     return (trackTicks * m_movieTimescale + m_mediaTimescale - 1) / m_mediaTimescale;
 }
 
-// The last edit covers everything. A recording has at most an empty edit before it.
-std::string MovieBoxWriter::EditListOf(const Box& track)
+// What the track's own edit list shows of all its samples. Sets the track's duration.
+std::optional<EditList> MovieBoxWriter::EditListOf(const Box& track)
 {
-    BoxWalk walk(m_file, track);
-    m_trackDuration = InMovieTimescale(m_compositionEnd);
-    while (const auto child = walk.Next()) {
-        if (child->type != BoxType("edts")) {
-            continue;
-        }
-        std::string editList = Content(Child(*child, "elst"));
-        const size_t size = IsWide(editList) ? 8 : 4;
-        const size_t entry = 2 * size + 4;
-        const uint64_t count = Get(editList, 4, 4);
-        if (count == 0 || count > 2 || editList.size() < 8 + count * entry) {
-            throw DoubtfulMovie();
-        }
-        const size_t last = 8 + (count - 1) * entry;
-        const uint64_t mediaTime = Get(editList, last + size, size);
-        m_trackDuration =
-            mediaTime < m_compositionEnd ? InMovieTimescale(m_compositionEnd - mediaTime) : 0;
-        Put(editList, last, size, m_trackDuration);
-        m_trackDuration += count == 2 && m_trackDuration > 0 ? Get(editList, 8, size) : 0;
-        return editList;
+    const auto edits = FindChild(m_file, track, BoxType("edts"));
+    if (!edits) {
+        m_trackDuration = InMovieTimescale(m_compositionEnd);
+        return std::nullopt;
     }
-    return {};
+    auto list = ReadEditList(m_file, Child(*edits, "elst"));
+    if (!list) {
+        throw DoubtfulMovie(); // a recording has at most an empty edit before its media
+    }
+    const uint64_t hidden = std::min(list->mediaTime, m_compositionEnd);
+    list->segmentDuration = InMovieTimescale(m_compositionEnd - hidden);
+    m_trackDuration = list->segmentDuration > 0 ? list->emptyDuration + list->segmentDuration : 0;
+    return list;
 }
 
 // Leaves out a track without samples, as in a recording interrupted at its start.
@@ -186,7 +178,7 @@ void MovieBoxWriter::CopyTrack(const Box& box)
         m_compositionEnd =
             std::max(m_compositionEnd, static_cast<uint64_t>(std::max<int64_t>(end, 0)));
     }
-    const std::string editList = EditListOf(box);
+    const auto editList = EditListOf(box);
     if (m_trackDuration == 0) {
         return;
     }
@@ -199,9 +191,7 @@ void MovieBoxWriter::CopyTrack(const Box& box)
         if (child->type == BoxType("tkhd")) {
             Copy(*child, header);
         } else if (child->type == BoxType("edts")) {
-            const OpenBox outer(m_bytes, child->type);
-            const OpenBox inner(m_bytes, BoxType("elst"));
-            m_bytes += editList;
+            AppendEditList(m_bytes, editList.value_or(EditList()));
         } else if (child->type == BoxType("mdia")) {
             CopyMedia(*child);
         } else {

@@ -1,6 +1,9 @@
 #include "tool/mp4/movie_track.h"
 
+#include "tool/mp4/edit_list.h"
 #include "tool/mp4/frugal_file.h"
+#include "tool/mp4/sample_description.h"
+#include "tool/mp4/sample_table_check.h"
 
 #include <algorithm>
 #include <array>
@@ -13,39 +16,32 @@ namespace {
 // Anything longer is an error in the file, and rounding it would overflow 64 bits.
 constexpr uint64_t longest = 100ULL * 365 * 24 * 3600; // seconds
 
-// Larger descriptive boxes are left to ffmpeg.
-constexpr uint64_t largestDescription = 2048;
+// Larger user data is left to ffmpeg.
+constexpr uint64_t largestUserData = 2048;
 
-// The boxes of a track by type. Missing ones are empty boxes at 0.
-struct TrackBoxes
+// The boxes of a track. Missing ones are empty boxes at 0.
+struct TrackBoxes : SampleTableBoxes
 {
-    Box header;
-    Box edits;
+    Box trackHeader;
+    Box editList;
     Box mediaHeader;
     Box handler;
-    Box descriptions;
-    Box times;
-    Box shifts;
-    Box keys;
-    Box sizes;
-    Box runs;
-    Box chunks;
-    Box wideChunks;
+    Box sampleDescription;
 };
 
 constexpr std::array<std::pair<uint32_t, Box TrackBoxes::*>, 12> wanted = {{
-    {BoxType("tkhd"), &TrackBoxes::header},
-    {BoxType("elst"), &TrackBoxes::edits},
+    {BoxType("tkhd"), &TrackBoxes::trackHeader},
+    {BoxType("elst"), &TrackBoxes::editList},
     {BoxType("mdhd"), &TrackBoxes::mediaHeader},
     {BoxType("hdlr"), &TrackBoxes::handler},
-    {BoxType("stsd"), &TrackBoxes::descriptions},
-    {BoxType("stts"), &TrackBoxes::times},
-    {BoxType("ctts"), &TrackBoxes::shifts},
-    {BoxType("stss"), &TrackBoxes::keys},
+    {BoxType("stsd"), &TrackBoxes::sampleDescription},
+    {BoxType("stts"), &TrackBoxes::durations},
+    {BoxType("ctts"), &TrackBoxes::compositionOffsets},
+    {BoxType("stss"), &TrackBoxes::syncSamples},
     {BoxType("stsz"), &TrackBoxes::sizes},
-    {BoxType("stsc"), &TrackBoxes::runs},
-    {BoxType("stco"), &TrackBoxes::chunks},
-    {BoxType("co64"), &TrackBoxes::wideChunks},
+    {BoxType("stsc"), &TrackBoxes::chunks},
+    {BoxType("stco"), &TrackBoxes::chunkOffsets},
+    {BoxType("co64"), &TrackBoxes::longChunkOffsets},
 }};
 
 bool IsContainer(uint32_t type)
@@ -57,26 +53,23 @@ bool IsContainer(uint32_t type)
 class TrackReader
 {
 public:
-    TrackReader(FrugalFile& file, uint64_t movieScale) : m_file(file), m_movieScale(movieScale) {}
+    TrackReader(FrugalFile& file, uint64_t movieTimescale)
+        : m_file(file),
+          m_movieTimescale(movieTimescale)
+    {
+    }
     std::optional<MovieTrack> Read(const Box& box);
 
 private:
     bool Collect(const Box& box, int depth);
+    bool ReadTrackHeader();
     bool ReadMediaHeader();
-    void ReadKind();
-    void ReadCodec();
-    bool IsAac(const Box& details);
-    void ReadTurn();
-    void ReadStart();
-    void ReadEdits(uint64_t firstShift);
-    bool IsWholeTable(const Box& table, uint64_t width, uint64_t offset);
-    bool BeginsWhole();
-    uint64_t Count(const Box& table) { return m_file.Number(table.begin + 4, 4); }
+    void ReadHandler();
+    std::optional<uint64_t> FirstCompositionOffset();
+    void ReadEdits();
 
     FrugalFile& m_file;
-    uint64_t m_movieScale;
-    uint64_t m_scale = 0;    // ticks per second
-    uint64_t m_duration = 0; // ticks
+    uint64_t m_movieTimescale;
     TrackBoxes m_boxes;
     MovieTrack m_track;
 };
@@ -85,253 +78,155 @@ private:
 bool TrackReader::Collect(const Box& box, int depth)
 {
     BoxWalk walk(m_file, box);
-    while (const auto part = walk.Next()) {
-        if (IsContainer(part->type)) {
-            if (depth == 0 || !Collect(*part, depth - 1)) {
+    while (const auto child = walk.Next()) {
+        if (IsContainer(child->type)) {
+            if (depth == 0 || !Collect(*child, depth - 1)) {
                 return false;
             }
-        } else if (part->type == BoxType("udta")) {
-            if (!IsPlainDescription(m_file, *part)) {
-                return false;
-            }
+        } else if (child->type == BoxType("udta") && !IsPlainUserData(m_file, *child)) {
+            return false;
         }
-        for (const auto& [type, place] : wanted) {
-            if (part->type == type) {
-                if ((m_boxes.*place).end != 0 || part->Size() < 8) {
+        for (const auto& [type, member] : wanted) {
+            if (child->type == type) {
+                if ((m_boxes.*member).end != 0 || child->Size() < 8) {
                     return false;
                 }
-                m_boxes.*place = *part;
+                m_boxes.*member = *child;
             }
         }
     }
     return !walk.Damaged();
 }
 
-bool TrackReader::ReadMediaHeader()
+// The first four numbers of the matrix describe rotation and mirroring.
+bool TrackReader::ReadTrackHeader()
 {
-    const Box& box = m_boxes.mediaHeader;
-    const uint64_t version = box.end != 0 ? m_file.Number(box.begin, 1) : 0;
-    const bool wide = version == 1;
-    if (version > 1 || box.Size() < (wide ? 32U : 20U)) {
-        return false;
-    }
-    const uint64_t place = box.begin + (wide ? 20 : 12);
-    m_scale = m_file.Number(place, 4);
-    m_duration = m_file.Number(place + 4, wide ? 8 : 4);
-    return m_scale != 0;
+    constexpr uint64_t mostBytes = 96; // version 1
+    ByteReader reader(ReadContent(m_file, m_boxes.trackHeader, mostBytes));
+    const size_t width = reader.Take32() >> 24U == 1 ? 8 : 4;
+    reader.Skip(2 * width); // creation and modification
+    m_track.id = reader.Take32();
+    reader.Skip(4 + width + 16); // duration, layer, group and volume
+    constexpr uint32_t one = 0x10000;
+    std::array<uint32_t, 9> matrix{};
+    std::generate(matrix.begin(), matrix.end(), [&] { return reader.Take32(); });
+    m_track.transformed = matrix[0] != one || matrix[1] != 0 || matrix[3] != 0 || matrix[4] != one;
+    m_track.width = reader.Take32();
+    m_track.height = reader.Take32();
+    return !reader.Failed();
 }
 
-void TrackReader::ReadKind()
+bool TrackReader::ReadMediaHeader()
 {
-    const uint64_t kind =
-        m_boxes.handler.Size() >= 12 ? m_file.Number(m_boxes.handler.begin + 8, 4) : 0;
-    m_track.kind = kind == BoxType("vide")   ? TrackKind::Video
-                   : kind == BoxType("soun") ? TrackKind::Audio
+    constexpr uint64_t mostBytes = 36; // version 1
+    const std::string content = ReadContent(m_file, m_boxes.mediaHeader, mostBytes);
+    ByteReader reader(content);
+    const uint32_t version = reader.Take32() >> 24U;
+    const size_t width = version == 1 ? 8 : 4;
+    reader.Skip(2 * width); // creation and modification
+    m_track.timescale = reader.Take32();
+    m_track.mediaDuration = reader.Take(width);
+    return version <= 1 && !reader.Failed() && m_track.timescale != 0;
+}
+
+void TrackReader::ReadHandler()
+{
+    constexpr uint64_t mostBytes = 12;
+    ByteReader reader(ReadContent(m_file, m_boxes.handler, mostBytes));
+    reader.Skip(8); // version, flags and a field of an older format
+    const uint32_t type = reader.Take32();
+    m_track.kind = type == BoxType("vide")   ? TrackKind::Video
+                   : type == BoxType("soun") ? TrackKind::Audio
                                              : TrackKind::Other;
 }
 
-void TrackReader::ReadCodec()
+// Nothing if the offsets may be negative, which shifts everything else.
+std::optional<uint64_t> TrackReader::FirstCompositionOffset()
 {
-    const Box& box = m_boxes.descriptions;
-    BoxWalk walk(m_file, box.begin + 8, box.end);
-    const bool one = m_file.Number(box.begin, 4) == 0 && Count(box) == 1;
-    const auto entry = one ? walk.Next() : std::nullopt;
-    const uint64_t fields = m_track.kind == TrackKind::Audio ? 28 : 78;
-    if (!entry || entry->end != box.end || entry->Size() < fields) {
-        return;
+    constexpr uint64_t mostBytes = 16;
+    ByteReader reader(ReadContent(m_file, m_boxes.compositionOffsets, mostBytes));
+    const uint32_t version = reader.Take32() >> 24U;
+    if (reader.Take32() == 0) {
+        return 0;
     }
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        m_track.codec += static_cast<char>(entry->type >> static_cast<unsigned>(shift) & 0xffU);
-    }
-    BoxWalk parts(m_file, entry->begin + fields, entry->end);
-    while (const auto part = parts.Next()) {
-        if (part->type == BoxType("esds") && entry->type == BoxType("mp4a") && IsAac(*part)) {
-            m_track.codec = "aac ";
-        }
-    }
-    if (parts.Damaged()) {
-        m_track.codec.clear();
-    }
+    reader.Skip(4); // the number of samples with this offset
+    const uint32_t offset = reader.Take32();
+    return reader.Failed() || version != 0 ? std::nullopt : std::optional<uint64_t>(offset);
 }
 
-// "mp4a" stands for several codecs. A number after two tags and their lengths says which.
-bool TrackReader::IsAac(const Box& details)
+void TrackReader::ReadEdits()
 {
-    std::array<uint8_t, 32> bytes{};
-    const size_t size = std::min<uint64_t>(bytes.size(), details.Size());
-    if (!m_file.Read(details.begin, bytes.data(), size)) {
-        return false;
+    const auto firstOffset = FirstCompositionOffset();
+    EditList list;
+    if (m_boxes.editList.end != 0) {
+        const auto found = ReadEditList(m_file, m_boxes.editList);
+        m_track.unusualEdits = !found;
+        list = found.value_or(list);
     }
-    size_t at = 4;
-    const auto next = [&] { return at < size ? bytes.at(at++) : uint8_t{0}; };
-    const auto skipLength = [&] {
-        while ((next() & 0x80U) != 0) {
-        }
-    };
-    constexpr uint8_t streamTag = 3;
-    constexpr uint8_t decoderTag = 4;
-    constexpr uint8_t aac = 0x40;
-    if (next() != streamTag) {
-        return false;
-    }
-    skipLength();
-    at += 3;
-    if (next() != decoderTag) {
-        return false;
-    }
-    skipLength();
-    return next() == aac;
-}
-
-// The first four numbers of the matrix describe rotation and mirroring.
-void TrackReader::ReadTurn()
-{
-    const bool wide = m_file.Number(m_boxes.header.begin, 1) == 1;
-    const uint64_t matrix = m_boxes.header.begin + (wide ? 52 : 40);
-    if (m_boxes.header.end < matrix + 36) {
-        m_track.transformed = true;
-        return;
-    }
-    constexpr uint64_t one = 0x10000;
-    m_track.transformed = m_file.Number(matrix, 4) != one || m_file.Number(matrix + 4, 4) != 0 ||
-                          m_file.Number(matrix + 12, 4) != 0 ||
-                          m_file.Number(matrix + 16, 4) != one;
-}
-
-// Whether the table has entries of `width` bytes each from `offset` on, and nothing else.
-bool TrackReader::IsWholeTable(const Box& table, uint64_t width, uint64_t offset)
-{
-    if (table.Size() < offset + width || m_file.Number(table.begin, 4) != 0) {
-        return false;
-    }
-    const uint64_t count = m_file.Number(table.begin + offset - 4, 4);
-    return count > 0 && table.Size() == offset + count * width;
-}
-
-// Whether there are samples where the file says, and the first one is a sync sample. Checks all
-// tables, because players reject a file for an error in any of them.
-bool TrackReader::BeginsWhole()
-{
-    constexpr uint64_t behindCount = 8;
-    const bool wide = m_boxes.wideChunks.end != 0;
-    const Box& chunks = wide ? m_boxes.wideChunks : m_boxes.chunks;
-    const size_t width = wide ? 8 : 4;
-    if ((wide && m_boxes.chunks.end != 0) || !IsWholeTable(m_boxes.times, 8, behindCount) ||
-        !IsWholeTable(chunks, width, behindCount) || !IsWholeTable(m_boxes.runs, 12, behindCount) ||
-        (m_boxes.shifts.end != 0 && !IsWholeTable(m_boxes.shifts, 8, behindCount)) ||
-        (m_boxes.keys.end != 0 && !IsWholeTable(m_boxes.keys, 4, behindCount))) {
-        return false;
-    }
-    const Box& sizes = m_boxes.sizes;
-    const bool equal = sizes.Size() == 12 && m_file.Number(sizes.begin, 4) == 0 &&
-                       m_file.Number(sizes.begin + 4, 4) > 0 &&
-                       m_file.Number(sizes.begin + 8, 4) > 0;
-    const bool each =
-        !equal && IsWholeTable(sizes, 4, 12) && m_file.Number(sizes.begin + 4, 4) == 0;
-    const uint64_t firstRun = m_boxes.runs.begin + 8;
-    return (equal || each) && m_file.Number(m_boxes.times.begin + 12, 4) > 0 &&
-           m_file.Number(chunks.begin + 8, width) < m_file.Size() &&
-           m_file.Number(firstRun, 4) == 1 && m_file.Number(firstRun + 4, 4) > 0 &&
-           m_file.Number(firstRun + 8, 4) == 1 &&
-           (m_boxes.keys.end == 0 || m_file.Number(m_boxes.keys.begin + 8, 4) == 1);
-}
-
-// Reads the usual edit list: optionally an empty edit, then the media from some time on.
-// `firstShift` is the composition offset of the first frame, in ticks.
-void TrackReader::ReadEdits(uint64_t firstShift)
-{
-    const Box& edits = m_boxes.edits;
-    const uint64_t version = m_file.Number(edits.begin, 1);
-    const bool wide = version == 1;
-    const uint64_t entrySize = wide ? 20 : 12;
-    const uint64_t nothing = wide ? UINT64_MAX : UINT32_MAX;
-    const size_t width = wide ? 8 : 4;
-    const uint64_t count = Count(edits);
-    uint64_t entry = edits.begin + 8;
-    if (version > 1 || count == 0 || count > 2 || edits.Size() < 8 + count * entrySize) {
-        m_track.unusualEdits = true;
-        return;
-    }
-    std::optional<int64_t> pause = 0;
-    if (count == 2) {
-        if (m_file.Number(entry + width, width) != nothing) {
-            m_track.unusualEdits = true;
-            return;
-        }
-        pause = Microseconds(m_file.Number(entry, width), m_movieScale);
-        entry += entrySize;
-    }
-    const uint64_t from = m_file.Number(entry + width, width);
-    const auto hidden = Microseconds(from > firstShift ? from - firstShift : 0, m_scale);
-    const bool usualSpeed = m_file.Number(entry + 2 * width, 4) == 0x10000;
-    m_track.unusualEdits = !usualSpeed || !hidden;
-    m_track.trimmedStart = hidden.value_or(0);
+    const uint64_t first = firstOffset.value_or(0);
+    m_track.trimmedTicks = list.mediaTime > first ? list.mediaTime - first : 0;
+    const auto trimmed = Microseconds(m_track.trimmedTicks, m_track.timescale);
+    m_track.unusualEdits = m_track.unusualEdits || !trimmed;
+    m_track.trimmedStart = trimmed.value_or(0);
     // Starts before the first frame or after the last one are left to ffmpeg.
-    if (!m_track.unusualEdits && from >= firstShift && from < m_duration) {
-        m_track.start = pause;
+    if (m_track.unusualEdits || !firstOffset || list.mediaTime < first ||
+        (m_boxes.editList.end != 0 && list.mediaTime >= m_track.mediaDuration) ||
+        m_track.codec.empty() || !BeginWithSyncSample(m_file, m_boxes)) {
+        return;
     }
-}
-
-void TrackReader::ReadStart()
-{
-    const bool shifted = m_boxes.shifts.end != 0 && Count(m_boxes.shifts) > 0;
-    // Version 1 allows negative composition offsets, which shift everything else.
-    const bool usualShifts =
-        !shifted || (m_boxes.shifts.Size() >= 16 && m_file.Number(m_boxes.shifts.begin, 1) == 0);
-    const uint64_t firstShift =
-        shifted && usualShifts ? m_file.Number(m_boxes.shifts.begin + 12, 4) : 0;
-    if (m_boxes.edits.end != 0) {
-        ReadEdits(firstShift);
-    } else if (!shifted) {
-        m_track.start = 0;
+    m_track.start = Microseconds(list.emptyDuration, m_movieTimescale);
+    auto shown = Microseconds(m_track.mediaDuration, m_track.timescale);
+    if (!m_track.start || !shown) {
+        return;
     }
-    if (!usualShifts || m_track.codec.empty() || !BeginsWhole()) {
-        m_track.start.reset();
+    *shown -= m_track.trimmedStart;
+    if (list.segmentDuration > 0) {
+        shown =
+            std::min(*shown, Microseconds(list.segmentDuration, m_movieTimescale).value_or(*shown));
     }
-    const auto length = Microseconds(m_duration, m_scale);
-    if (m_track.start && length) {
-        m_track.end = *m_track.start + *length - m_track.trimmedStart;
-    }
+    m_track.end = *m_track.start + *shown;
 }
 
 std::optional<MovieTrack> TrackReader::Read(const Box& box)
 {
     constexpr int deepest = 3; // mdia, minf, stbl
-    if (!Collect(box, deepest) || m_boxes.header.end == 0 || m_boxes.handler.end == 0 ||
-        m_boxes.descriptions.end == 0 || !ReadMediaHeader()) {
+    if (!Collect(box, deepest) || m_boxes.trackHeader.end == 0 || m_boxes.handler.end == 0 ||
+        m_boxes.sampleDescription.end == 0 || m_boxes.mediaHeader.end == 0 || !ReadTrackHeader() ||
+        !ReadMediaHeader()) {
         return std::nullopt;
     }
-    ReadKind();
-    ReadCodec();
-    ReadTurn();
-    ReadStart();
-    return m_file.Failed() ? std::nullopt : std::optional<MovieTrack>(m_track);
+    ReadHandler();
+    auto description = ReadSampleDescription(m_file, m_boxes.sampleDescription, m_track.kind);
+    m_track.codec = std::move(description.codec);
+    m_track.configuration = std::move(description.configuration);
+    ReadEdits();
+    return m_file.Failed() ? std::nullopt : std::optional(std::move(m_track));
 }
 
 } // namespace
 
-std::optional<int64_t> Microseconds(uint64_t count, uint64_t scale)
+std::optional<int64_t> Microseconds(uint64_t ticks, uint64_t timescale)
 {
     constexpr uint64_t second = 1000000;
-    if (scale == 0 || scale > UINT32_MAX || count / scale > longest) {
+    if (timescale == 0 || timescale > UINT32_MAX || ticks / timescale > longest) {
         return std::nullopt;
     }
-    const uint64_t rest = count % scale;
-    return static_cast<int64_t>(count / scale * second + (rest * second + scale / 2) / scale);
+    const uint64_t rest = ticks % timescale;
+    return static_cast<int64_t>(ticks / timescale * second +
+                                (rest * second + timescale / 2) / timescale);
 }
 
 // "iTunSMPB" is a note on leading silence, which ffmpeg honours.
-bool IsPlainDescription(FrugalFile& file, const Box& box)
+bool IsPlainUserData(FrugalFile& file, const Box& box)
 {
-    std::array<char, largestDescription> text{};
-    const uint64_t size = box.Size();
-    return size <= text.size() && file.Read(box.begin, text.data(), size) &&
-           std::string_view(text.data(), size).find("iTunSMPB") == std::string_view::npos;
+    const std::string content = ReadContent(file, box, largestUserData);
+    return box.Size() <= largestUserData && content.size() == box.Size() &&
+           content.find("iTunSMPB") == std::string::npos;
 }
 
-std::optional<MovieTrack> ReadTrack(FrugalFile& file, const Box& box, uint64_t movieScale)
+std::optional<MovieTrack> ReadTrack(FrugalFile& file, const Box& box, uint64_t movieTimescale)
 {
-    return TrackReader(file, movieScale).Read(box);
+    return TrackReader(file, movieTimescale).Read(box);
 }
 
 } // namespace tool

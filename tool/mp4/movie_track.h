@@ -6,14 +6,14 @@
 
 namespace tool {
 
-// Converts `count` ticks, `scale` per second, to microseconds, rounded like ffmpeg. Returns nothing
-// if the result is not a plausible time.
-std::optional<int64_t> Microseconds(uint64_t count, uint64_t scale);
+// Converts a time in ticks, `timescale` of them a second, to microseconds, rounded like ffmpeg.
+// Returns nothing if the result is not a plausible time.
+std::optional<int64_t> Microseconds(uint64_t ticks, uint64_t timescale);
 
-// Whether the descriptive box is small and has nothing that changes where the sound begins.
-bool IsPlainDescription(FrugalFile& file, const Box& box);
+// Whether this "udta" box is small and has nothing that changes where the sound begins.
+bool IsPlainUserData(FrugalFile& file, const Box& box);
 
-// Reads a "trak" box. `movieScale`: the movie's ticks per second. Returns nothing if it is damaged.
-std::optional<MovieTrack> ReadTrack(FrugalFile& file, const Box& box, uint64_t movieScale);
+// Reads a "trak" box. Returns nothing if it is damaged.
+std::optional<MovieTrack> ReadTrack(FrugalFile& file, const Box& box, uint64_t movieTimescale);
 
 } // namespace tool
