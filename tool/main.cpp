@@ -17,7 +17,7 @@
 #include "tool/record/early_keys.h"
 #include "tool/record/end_signal.h"
 #include "tool/record/keeper.h"
-#include "tool/record/recording_start.h"
+#include "tool/record/recording_time.h"
 #include "tool/record/screen_feeder.h"
 #include "tool/record/sound_feeder.h"
 #include "tool/screen/x11/monitors.h"
@@ -144,7 +144,7 @@ int Become(const std::string& ffmpeg, const tool::Arguments& arguments)
 
 // Returns the frame pipe, or nothing if ffmpeg should grab the screen itself.
 std::optional<int> StartPictures(const tool::CapturePlan& plan, const tool::Arguments& arguments,
-                                 tool::RecordingStart* start)
+                                 tool::RecordingTime* start)
 {
     const auto rate = tool::ParseRate(tool::FrameRate(arguments));
     if (!rate || !tool::WantsYuv420(arguments)) {
@@ -183,12 +183,12 @@ int Record(const std::string& ffmpeg, const tool::Arguments& arguments,
     const bool passesKeys = tool::HoldEarlyKeys(STDIN_FILENO, arguments.back(), untilFirstPicture);
     const bool keepsFile =
         tool::RecordsInPieces(arguments) && tool::StartKeeper(arguments.back(), !passesKeys);
-    tool::RecordingStart* start = tool::RecordingStart::Make();
+    tool::RecordingTime* start = tool::RecordingTime::Make();
     plan.screenPipe = StartPictures(plan, arguments, start);
     if (!sources->empty()) {
         // A screen feeder that was given up exits early. It must not end the sound.
-        const int pipe = tool::StartSoundFeeder(
-            {*sources, tool::SampleRate(arguments), plan.screenPipe ? start : nullptr});
+        const int pipe = tool::StartSoundFeeder({*sources, tool::SampleRate(arguments)},
+                                                plan.screenPipe ? start : nullptr);
         if (pipe < 0) {
             return Complain(std::string("no sound can be read: ") + std::strerror(errno), failed);
         }

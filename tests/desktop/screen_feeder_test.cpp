@@ -14,14 +14,14 @@
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
-using tool::RecordingStart;
+using tool::RecordingTime;
 
 namespace {
 
 constexpr tool::Rectangle kSmall{0, 0, 64, 48};
 constexpr int kPictureRate = 30;
 
-std::unique_ptr<Outlet> Pictures(RecordingStart* start, const tool::Rectangle& area = kSmall,
+std::unique_ptr<Outlet> Pictures(RecordingTime* start, const tool::Rectangle& area = kSmall,
                                  const QString& display = qEnvironmentVariable("DISPLAY"))
 {
     return std::make_unique<Outlet>([&] {
@@ -44,12 +44,12 @@ bool IsWhite(const Outlet& outlet, qsizetype picture)
 }
 
 // Checks that there are as many frames as the time since the start needs, or soon are again.
-void ExpectInTime(Outlet& outlet, const RecordingStart& start, const tool::Rectangle& area = kSmall)
+void ExpectInTime(Outlet& outlet, const RecordingTime& start, const tool::Rectangle& area = kSmall)
 {
     double due = 0;
     double count = 0;
     const auto inTime = [&] {
-        due = SecondsSince(*start.Get()) * kPictureRate + 1;
+        due = SecondsSince(*start.Start()) * kPictureRate + 1;
         count = static_cast<double>(CountOfPictures(outlet, area));
         return count > due - 4 && count <= due + 1;
     };
@@ -74,12 +74,12 @@ private slots:
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     // Never freed: other processes use it too.
-    RecordingStart* m_pStart = nullptr;
+    RecordingTime* m_pStart = nullptr;
 };
 
 void ScreenFeederTest::init()
 {
-    m_pStart = RecordingStart::Make();
+    m_pStart = RecordingTime::Make();
     QVERIFY(m_pStart != nullptr);
 }
 
@@ -88,12 +88,12 @@ void ScreenFeederTest::startIsToldWhenThePicturesAreRead()
     const auto outlet = Pictures(m_pStart);
     QVERIFY2(outlet->IsGood(), "no pictures");
     QTest::qWait(300);
-    QVERIFY2(!m_pStart->Get(), "it is told before anybody reads");
+    QVERIFY2(!m_pStart->Start(), "it is told before anybody reads");
     const Clock::time_point before = Clock::now();
-    QVERIFY(outlet->ReadUntil([&] { return m_pStart->Get().has_value(); }));
-    QVERIFY(*m_pStart->Get() >= before && *m_pStart->Get() <= Clock::now());
+    QVERIFY(outlet->ReadUntil([&] { return m_pStart->Start().has_value(); }));
+    QVERIFY(*m_pStart->Start() >= before && *m_pStart->Start() <= Clock::now());
     // The first frame is taken at that moment, and the others follow at the frame rate.
-    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Get()) >= 1; }));
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Start()) >= 1; }));
     ExpectInTime(*outlet, *m_pStart);
 }
 
@@ -111,7 +111,8 @@ void ScreenFeederTest::pictureShowsTheScreenOfItsTime()
     for (int i = 0; i < changes; ++i) {
         const bool white = i % 2 == 0;
         screen.Paint(0, 0, kSmall.width, kSmall.height, white ? 0xffffff : 0);
-        const auto due = static_cast<qsizetype>(SecondsSince(*m_pStart->Get()) * kPictureRate) + 1;
+        const auto due =
+            static_cast<qsizetype>(SecondsSince(*m_pStart->Start()) * kPictureRate) + 1;
         QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet) >= due + 3; }));
         right += IsWhite(*outlet, due) == white ? 1 : 0;
         QCOMPARE(IsWhite(*outlet, due + 2), white);
@@ -128,7 +129,7 @@ void ScreenFeederTest::picturesThatWereMissedAreFilledIn()
     outlet->Signal(SIGSTOP);
     QTest::qWait(1000);
     outlet->Signal(SIGCONT);
-    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Get()) >= 1.7; }));
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Start()) >= 1.7; }));
     ExpectInTime(*outlet, *m_pStart);
 }
 
@@ -140,7 +141,7 @@ void ScreenFeederTest::picturesAreAllThereForASlowReader()
     QVERIFY2(outlet->IsGood(), "no pictures");
     QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet, area) >= 5; }));
     QTest::qWait(1500);
-    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Get()) >= 2.2; }));
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Start()) >= 2.2; }));
     ExpectInTime(*outlet, *m_pStart, area);
 }
 

@@ -16,7 +16,7 @@
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
-using tool::RecordingStart;
+using tool::RecordingTime;
 
 namespace {
 
@@ -30,9 +30,9 @@ load-module module-sine-source source_name=low frequency=500
 load-module module-sine-source source_name=high frequency=1300
 )";
 
-std::unique_ptr<Outlet> Sound(const tool::FeederPlan& plan)
+std::unique_ptr<Outlet> Sound(const std::vector<std::string>& sources, RecordingTime* time)
 {
-    return std::make_unique<Outlet>([&] { return tool::StartSoundFeeder(plan); });
+    return std::make_unique<Outlet>([&] { return tool::StartSoundFeeder({sources, kRate}, time); });
 }
 
 double SecondsOfSound(const Outlet& outlet)
@@ -89,28 +89,28 @@ private slots:
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     // Never freed: other processes use it too.
-    RecordingStart* m_pStart = nullptr;
+    RecordingTime* m_pStart = nullptr;
 };
 
 void SoundFeederTest::init()
 {
-    m_pStart = RecordingStart::Make();
+    m_pStart = RecordingTime::Make();
     QVERIFY(m_pStart != nullptr);
 }
 
 void SoundFeederTest::soundCountsFromTheFirstPicture()
 {
-    const auto outlet = Sound({{"missing"}, kRate, m_pStart});
+    const auto outlet = Sound({"missing"}, m_pStart);
     QVERIFY(outlet->IsGood());
     const Clock::time_point moment = Clock::now() - 700ms;
-    m_pStart->Set(moment);
+    m_pStart->Begin(moment);
     QVERIFY(outlet->ReadUntil([&] { return SecondsSince(moment) >= 2; }));
     ExpectInTime(*outlet, moment);
 }
 
 void SoundFeederTest::soundWithoutPicturesBesideItBeginsWhenItIsRead()
 {
-    const auto outlet = Sound({{"missing"}, kRate, nullptr});
+    const auto outlet = Sound({"missing"}, nullptr);
     QVERIFY(outlet->IsGood());
     QTest::qWait(500);
     const Clock::time_point moment = Clock::now();
@@ -122,7 +122,7 @@ void SoundFeederTest::soundIsTheSumOfItsSources()
 {
     SoundServer server(kTones);
     QVERIFY(server.Start());
-    const auto outlet = Sound({{"low", "high"}, kRate, nullptr});
+    const auto outlet = Sound({"low", "high"}, nullptr);
     QString levels;
     const auto both = [&] {
         const double low = Level(*outlet, kLow);
@@ -146,7 +146,7 @@ void SoundFeederTest::soundIsTheSumOfItsSources()
 void SoundFeederTest::soundGoesOnWithoutAServer()
 {
     qputenv("PULSE_SERVER", "unix:/nonexistent/socket");
-    const auto outlet = Sound({{"low"}, kRate, nullptr});
+    const auto outlet = Sound({"low"}, nullptr);
     QVERIFY(outlet->ReadUntil([&] { return SecondsOfSound(*outlet) > 0; }));
     const Clock::time_point moment = Clock::now();
     QVERIFY(outlet->ReadUntil([&] { return SecondsOfSound(*outlet) >= 1; }));
@@ -157,9 +157,9 @@ void SoundFeederTest::soundGoesOnWithoutAServer()
 // A busy ffmpeg does not read for a while.
 void SoundFeederTest::soundIsAllThereForAReaderWhoComesLate()
 {
-    m_pStart->Set(Clock::now());
-    const auto outlet = Sound({{"missing"}, kRate, m_pStart});
-    const Clock::time_point moment = *m_pStart->Get();
+    m_pStart->Begin(Clock::now());
+    const auto outlet = Sound({"missing"}, m_pStart);
+    const Clock::time_point moment = *m_pStart->Start();
     QVERIFY(outlet->ReadUntil([&] { return SecondsSince(moment) >= 0.5; }));
     QTest::qWait(2500);
     QVERIFY(outlet->ReadUntil([&] { return SecondsSince(moment) >= 3.2; }));
@@ -170,7 +170,7 @@ void SoundFeederTest::restartedServerIsInTheSoundAgain()
 {
     SoundServer server(kTones);
     QVERIFY(server.Start());
-    const auto outlet = Sound({{"low"}, kRate, nullptr});
+    const auto outlet = Sound({"low"}, nullptr);
     QVERIFY2(outlet->ReadUntil([&] { return Level(*outlet, kLow) > 5000; }), "nothing is heard");
     server.Kill();
     QVERIFY2(outlet->ReadUntil([&] { return Level(*outlet, kLow) < 100; }), "no silence");
@@ -184,11 +184,11 @@ void SoundFeederTest::soundEndsWithThePictures()
     const pid_t grabber = fork();
     if (grabber == 0) {
         m_pStart->NameGrabber();
-        m_pStart->Set(Clock::now());
+        m_pStart->Begin(Clock::now());
         pause();
         _exit(0);
     }
-    const auto outlet = Sound({{"missing"}, kRate, m_pStart});
+    const auto outlet = Sound({"missing"}, m_pStart);
     const bool heard = outlet->ReadUntil([&] { return SecondsOfSound(*outlet) > 0.5; });
     kill(grabber, SIGKILL);
     waitpid(grabber, nullptr, 0);
@@ -198,7 +198,7 @@ void SoundFeederTest::soundEndsWithThePictures()
 
 void SoundFeederTest::soundEndsWithItsReader()
 {
-    const auto outlet = Sound({{"missing"}, kRate, nullptr});
+    const auto outlet = Sound({"missing"}, nullptr);
     QVERIFY(outlet->ReadUntil([&] { return SecondsOfSound(*outlet) > 0.1; }));
     outlet->Close();
     QTRY_VERIFY2(outlet->HasEnded(), "the process stays");

@@ -21,6 +21,8 @@ using tool::Signals;
 
 namespace {
 
+const Program kSleep{"/bin/sleep", {"60"}};
+
 Program Shell(const std::string& script)
 {
     return {"/bin/sh", {"-c", script}};
@@ -104,7 +106,7 @@ void ToolProcessTest::programThatCannotRunIsTold()
 
 void ToolProcessTest::signalReachesItUntilItsEndIsSeen()
 {
-    auto process = Process::Start(Shell("sleep 60"));
+    auto process = Process::Start(kSleep);
     QVERIFY(process.has_value());
     QVERIFY(!process->ExitCode());
     process->Signal(SIGTERM);
@@ -158,7 +160,7 @@ void ToolProcessTest::ignoredSignalsStayIgnored()
 
 void ToolProcessTest::groupIsItsOwn()
 {
-    Program program = Shell("sleep 60 & wait");
+    Program program = kSleep;
     program.ownGroup = true;
     auto process = Process::Start(program);
     QVERIFY(process.has_value());
@@ -173,10 +175,11 @@ void ToolProcessTest::programEndsWithItsParent()
     auto alive = tool::MakePipe();                 // ends with its last writer
     const pid_t parent = fork();
     if (parent == 0) {
-        Program program = Shell("sleep 60 & trap 'kill $!; exit 0' TERM; echo x; wait");
-        program.output = alive->write.Number();
+        Program program = kSleep;
+        program.input = alive->write.Number();
         program.parentEndSignal = SIGTERM;
         Process::Start(program);
+        [[maybe_unused]] const ssize_t begun = write(alive->write.Number(), "x", 1);
         pause();
         _exit(0);
     }

@@ -46,7 +46,7 @@ public:
         }
         const SteadyTime start = Clock::now();
         if (m_plan.start != nullptr) {
-            m_plan.start->Set(start);
+            m_plan.start->Begin(start);
         }
         const PictureClock clock(m_plan.rate, start);
         int64_t next = 0;

@@ -4,7 +4,7 @@
 
 #include "tool/command/arguments.h"
 #include "tool/record/picture_clock.h"
-#include "tool/record/recording_start.h"
+#include "tool/record/recording_time.h"
 
 #include <optional>
 #include <string>
@@ -16,7 +16,7 @@ struct ScreenFeederPlan
     std::string display;
     Rectangle area; // even width and height
     PictureRate rate;
-    RecordingStart* start = nullptr; // set at the first frame
+    RecordingTime* start = nullptr; // set at the first frame
 };
 
 // Starts it as a child of this process, which then becomes ffmpeg. Returns the descriptor for

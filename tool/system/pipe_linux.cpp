@@ -1,5 +1,6 @@
 #include "tool/system/pipe.h"
 
+#include <algorithm>
 #include <array>
 #include <fcntl.h>
 
@@ -12,6 +13,13 @@ std::optional<Pipe> MakePipe()
         return std::nullopt;
     }
     return Pipe{Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+size_t SetCapacity(const Descriptor& pipe, size_t bytes)
+{
+    constexpr int smallest = 4096;
+    fcntl(pipe.Number(), F_SETPIPE_SZ, static_cast<int>(bytes));
+    return static_cast<size_t>(std::max(fcntl(pipe.Number(), F_GETPIPE_SZ), smallest));
 }
 
 } // namespace tool
