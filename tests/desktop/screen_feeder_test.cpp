@@ -1,7 +1,7 @@
 // The screen feeder, read like ffmpeg reads it: the frames keep to the clock whatever happens.
 #include "tests/support/feeder_outlet.h"
 #include "tests/support/own_screen.h"
-#include "tool/command/arguments.h"
+#include "tool/record/capture_command.h"
 #include "tool/record/screen_feeder.h"
 #include "tool/screen/x11/screen_picture.h"
 

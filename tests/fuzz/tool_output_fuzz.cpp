@@ -62,12 +62,13 @@ void CheckDescriptions(const std::string& text)
 {
     const auto parts = tool::ParseDescriptions(text);
     std::for_each(parts.begin(), parts.end(), CheckDescription);
-    tool::Join join{{}, "/v/Merge_1.mp4"};
+    const std::string destination = "/v/Merge_1.mp4";
+    std::vector<std::string> names;
     for (size_t i = 0; i < parts.size(); ++i) {
-        join.parts.push_back("/v/" + std::to_string(i + 1) + ".ts");
+        names.push_back("/v/" + std::to_string(i + 1) + ".ts");
     }
-    const tool::Arguments arguments = tool::EncodingJoin(join, parts);
-    Require(arguments.back() == join.destination, "the output stays last");
+    const tool::Arguments arguments = tool::EncodingJoin(names, parts, destination);
+    Require(arguments.back() == destination, "the output stays last");
     const auto option = std::find(arguments.begin(), arguments.end(), "-filter_complex");
     Require(option != arguments.end(), "there is a graph");
     const std::string& graph = *std::next(option);

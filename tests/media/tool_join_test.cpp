@@ -1,4 +1,4 @@
-// The decisions behind a merge: which command it is, what a part is, what ffmpeg is asked to do.
+// The decisions behind a merge: what a part is, what ffmpeg is asked to do.
 #include "tests/support/tool_movies.h"
 #include "tool/edit/conversion.h"
 #include "tool/edit/join.h"
@@ -14,15 +14,6 @@
 Q_DECLARE_METATYPE(tool::Intermediate)
 Q_DECLARE_METATYPE(tool::MovieTrack)
 
-static tool::Arguments Split(const char* line)
-{
-    tool::Arguments arguments;
-    for (const QString& argument : QString::fromUtf8(line).split(' ')) {
-        arguments.push_back(argument.toStdString());
-    }
-    return arguments;
-}
-
 static QString Joined(const tool::Arguments& arguments)
 {
     QStringList list;
@@ -37,8 +28,6 @@ class ToolJoinTest : public QObject
     Q_OBJECT
 
 private slots:
-    void otherCommandsAreNeitherConversionNorJoin_data();
-    void otherCommandsAreNeitherConversionNorJoin();
     void partsAreDividedAtBars();
     void barsInNamesAreFound();
     void intermediateSuitsTheMovie_data();
@@ -55,34 +44,11 @@ private slots:
     void programIsAskedAndItsErrorsRead();
 };
 
-void ToolJoinTest::otherCommandsAreNeitherConversionNorJoin_data()
-{
-    QTest::addColumn<QString>("line");
-    for (const char* line : {"-i a", "-i a -vcodec copy -acodec copy -vbsf h264_mp4toannexb",
-                             "-i a -vcodec copy -acodec copy -vbsf dump_extra b",
-                             "-i a -vcodec copy -acodec copy -vbsf h264_mp4toannexb -y b",
-                             "-i concat:a|b| -acodec copy -vcodec copy -absf aac_adtstoasc",
-                             "-i a.ts -acodec copy -vcodec copy -absf aac_adtstoasc b",
-                             "-i concat:a| -acodec aac -vcodec copy -absf aac_adtstoasc b"}) {
-        QTest::newRow(line) << QString(line);
-    }
-}
-
-void ToolJoinTest::otherCommandsAreNeitherConversionNorJoin()
-{
-    QFETCH(QString, line);
-    const tool::Arguments arguments = Split(qPrintable(line));
-    QVERIFY(!tool::ReadConversion(arguments));
-    QVERIFY(!tool::ReadJoin(arguments));
-}
-
 void ToolJoinTest::partsAreDividedAtBars()
 {
-    const char* line = "-i concat:/d/1.ts|/d/2.ts| -acodec copy -vcodec copy -absf aac_adtstoasc o";
-    const auto join = tool::ReadJoin(Split(line));
-    QVERIFY(join);
-    QVERIFY(join->parts == std::vector<std::string>({"/d/1.ts", "/d/2.ts"}));
-    QCOMPARE(join->destination, std::string("o"));
+    QVERIFY(tool::SplitList("/d/1.ts|/d/2.ts|") ==
+            std::vector<std::string>({"/d/1.ts", "/d/2.ts"}));
+    QVERIFY(tool::SplitList("").empty());
 }
 
 void ToolJoinTest::barsInNamesAreFound()
@@ -94,12 +60,9 @@ void ToolJoinTest::barsInNamesAreFound()
         QFile file(names.last());
         QVERIFY(file.open(QIODevice::WriteOnly));
     }
-    tool::Arguments arguments = Split("-i x -acodec copy -vcodec copy -absf aac_adtstoasc o");
-    arguments[1] = ("concat:" + names.join('|') + '|').toStdString();
-    const auto join = tool::ReadJoin(arguments);
-    QVERIFY(join);
-    QCOMPARE(Joined(join->parts), names.join(' '));
-    QVERIFY(!tool::CanBeCopied(*join));
+    const auto parts = tool::SplitList((names.join('|') + '|').toStdString());
+    QCOMPARE(Joined(parts), names.join(' '));
+    QVERIFY(!tool::CanBeCopied(parts));
 }
 
 void ToolJoinTest::intermediateSuitsTheMovie_data()
@@ -165,15 +128,13 @@ void ToolJoinTest::intermediateSuitsTheMovie()
 
 void ToolJoinTest::plainMovieIsConvertedAsAsked()
 {
-    const char* line = "-i a -vcodec copy -acodec copy -vbsf h264_mp4toannexb 1.ts";
+    const tool::Convert convert{"a", "1.ts"};
     QVERIFY(tool::ChooseIntermediate(std::nullopt) == tool::Intermediate::AsAsked);
-    const auto conversion = tool::ReadConversion(Split(line));
-    QVERIFY(conversion);
-    QCOMPARE(Joined(tool::TranslateConversion(*conversion, tool::Intermediate::AsAsked)),
+    QCOMPARE(Joined(tool::ConversionCommand(convert, tool::Intermediate::AsAsked)),
              QString("-i a -vcodec copy -acodec copy -bsf:v h264_mp4toannexb 1.ts"));
-    QCOMPARE(Joined(tool::TranslateConversion(*conversion, tool::Intermediate::TransportStream)),
+    QCOMPARE(Joined(tool::ConversionCommand(convert, tool::Intermediate::TransportStream)),
              QString("-i a -vcodec copy -acodec copy 1.ts"));
-    QCOMPARE(Joined(tool::TranslateConversion(*conversion, tool::Intermediate::Movie)),
+    QCOMPARE(Joined(tool::ConversionCommand(convert, tool::Intermediate::Movie)),
              QString("-i a -vcodec copy -acodec copy -f mp4 1.ts"));
 }
 
@@ -268,11 +229,10 @@ void ToolJoinTest::whatNoVideoCanBeIsNotTakenFromFfmpegsText()
 
 void ToolJoinTest::silentAndBlackPartsAreMade()
 {
-    const tool::Join join{{"1.ts", "2.ts", "3.ts"}, "o.mp4"};
     const std::vector<tool::PartDescription> parts = {{160, 120, "25", 0, "", 2},
                                                       {0, 0, "", 48000, "stereo", 3},
                                                       {320, 240, "60", 44100, "mono", 4}};
-    const QString line = Joined(tool::EncodingJoin(join, parts));
+    const QString line = Joined(tool::EncodingJoin({"1.ts", "2.ts", "3.ts"}, parts, "o.mp4"));
     QVERIFY2(line.startsWith("-threads 1 -i 1.ts -threads 1 -i 2.ts -threads 1 -i 3.ts -filter_"),
              qPrintable(line));
     QVERIFY2(line.contains("anullsrc=r=48000:cl=stereo"), qPrintable(line));
@@ -283,11 +243,10 @@ void ToolJoinTest::silentAndBlackPartsAreMade()
 
 void ToolJoinTest::copiedSoundIsThinnedWhereFfmpegCan()
 {
-    const tool::Arguments line =
-        Split("-i concat:a|b| -acodec copy -vcodec copy -absf aac_adtstoasc o");
-    QCOMPARE(Joined(tool::CopyingJoin(line, false)),
+    const tool::Join join{"a|b|", "o"};
+    QCOMPARE(Joined(tool::CopyingJoin(join, false)),
              QString("-i concat:a|b| -acodec copy -vcodec copy -bsf:a aac_adtstoasc o"));
-    QVERIFY(Joined(tool::CopyingJoin(line, true)).contains("-bsf:a aac_adtstoasc,noise=drop="));
+    QVERIFY(Joined(tool::CopyingJoin(join, true)).contains("-bsf:a aac_adtstoasc,noise=drop="));
 }
 
 void ToolJoinTest::shapeTellsStreamsApart()

@@ -1,7 +1,20 @@
 # `tool` is for Linux only.
 if(TARGET tool)
-  foreach(topic arguments companion early_keys ffmpeg_program join_graph listing picture_clock picture_pipe process
-                remembered_devices sound_track transport_stream)
+  foreach(topic
+          capture_command
+          command
+          companion
+          early_keys
+          features
+          ffmpeg_program
+          join_graph
+          listing
+          picture_clock
+          picture_pipe
+          process
+          remembered_devices
+          sound_track
+          transport_stream)
     lumenfold_test(tool_${topic}_test unit SOURCES tool_${topic}_test.cpp LIBRARIES lumenfold_tool_core)
   endforeach()
   lumenfold_test(

@@ -15,8 +15,6 @@ private slots:
     void ownDirectoryComesBeforePath();
     void placesInTheWorkingDirectoryAreLeftOut();
     void whatCannotBeRunIsPassedOver();
-    void optionIsFoundInTheProgramFile_data();
-    void optionIsFoundInTheProgramFile();
 };
 
 void ToolFfmpegProgramTest::chosenProgramIsTheOnlyPlace()
@@ -55,31 +53,6 @@ void ToolFfmpegProgramTest::whatCannotBeRunIsPassedOver()
                  {place("missing"), folder.path().toStdString(), place("plain"), place("program")}),
              place("program"));
     QCOMPARE(tool::FirstRunnable({place("plain")}), std::string());
-}
-
-void ToolFfmpegProgramTest::optionIsFoundInTheProgramFile_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<bool>("known");
-    // "|" stands for the zero byte that ends a string in an executable.
-    QTest::newRow("in the table") << QByteArray("ELF|vstats|stats_period|set|") << true;
-    QTest::newRow("only as a part") << QByteArray("ELF|no_stats_period|") << false;
-    QTest::newRow("only a beginning") << QByteArray("ELF|stats_periods|") << false;
-    QTest::newRow("a script") << QByteArray("#!/bin/sh|stats_period|") << false;
-    QTest::newRow("empty") << QByteArray() << false;
-}
-
-void ToolFfmpegProgramTest::optionIsFoundInTheProgramFile()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(bool, known);
-    QTemporaryDir folder;
-    QFile file(folder.filePath("program"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes.replace('|', '\0'));
-    file.close();
-    QCOMPARE(tool::KnowsOption(file.fileName().toStdString(), "stats_period"), known);
-    QVERIFY(!tool::KnowsOption(folder.filePath("missing").toStdString(), "stats_period"));
 }
 
 QTEST_APPLESS_MAIN(ToolFfmpegProgramTest)

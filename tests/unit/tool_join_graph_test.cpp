@@ -106,7 +106,7 @@ void ToolJoinGraphTest::firstPartsPictureAndSoundSetTheFormat()
     const auto command = [](const std::vector<PartDescription>& parts) {
         std::vector<std::string> names(parts.size(), "x.ts");
         QByteArray text;
-        for (const std::string& argument : tool::EncodingJoin({names, "o.mp4"}, parts)) {
+        for (const std::string& argument : tool::EncodingJoin(names, parts, "o.mp4")) {
             text += QByteArray::fromStdString(argument) + ' ';
         }
         return text;

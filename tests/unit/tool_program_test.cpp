@@ -211,6 +211,7 @@ void ToolProgramTest::listWithoutSoundLibraryShowsNoSound()
     QVERIFY(library.open(QIODevice::WriteOnly));
     library.close();
     m_environment.insert("LD_LIBRARY_PATH", m_folder->path());
+    m_environment.insert("LUMENFOLD_FFMPEG", m_folder->filePath("none")); // one program, one log
     m_environment.insert("LD_DEBUG", "libs");
     m_environment.insert("LD_DEBUG_OUTPUT", m_folder->filePath("loader"));
     QCOMPARE(Run({"-f", "avfoundation", "-list_devices", "true", "-i", " "}), 1);

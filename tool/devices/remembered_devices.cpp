@@ -1,14 +1,13 @@
 #include "tool/devices/remembered_devices.h"
 
 #include "tool/system/environment.h"
+#include "tool/system/own_files.h"
 
 #include <cerrno>
 #include <charconv>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
-#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -20,57 +19,9 @@ namespace fs = std::filesystem;
 constexpr const char* firstWords = "server ";
 constexpr const char* anyone = "devices";
 
-bool IsOwnedByUs(const std::string& directory)
-{
-    struct stat info = {};
-    return stat(directory.c_str(), &info) == 0 && info.st_uid == geteuid();
-}
-
-// A directory that nobody else can write to, or empty if there is none. Root recording for a user
-// does not use the user's runtime directory, because the user could not write to what root creates
-// there.
-fs::path OwnDirectory()
-{
-    fs::path directory;
-    if (const std::string runtime = Variable("XDG_RUNTIME_DIR");
-        !runtime.empty() && IsOwnedByUs(runtime)) {
-        directory = fs::path(runtime) / "lumenfold-recorder";
-    } else {
-        std::error_code error;
-        directory = fs::temp_directory_path(error);
-        if (error) {
-            return {};
-        }
-        directory /= "lumenfold-recorder-" + std::to_string(geteuid());
-    }
-    if (mkdir(directory.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-        return {};
-    }
-    struct stat info = {};
-    const bool own = lstat(directory.c_str(), &info) == 0 && S_ISDIR(info.st_mode) &&
-                     info.st_uid == geteuid() && (info.st_mode & (S_IWGRP | S_IWOTH)) == 0;
-    return own ? directory : fs::path();
-}
-
 std::string NameFor(pid_t process)
 {
     return std::string(anyone) + "-" + std::to_string(process);
-}
-
-// Writes a new file and renames it, so that a reader sees either the old text or the new one.
-void Replace(const fs::path& file, const std::string& text)
-{
-    const fs::path draft = file.string() + ".new-" + std::to_string(getpid());
-    std::ofstream stream(draft, std::ios::binary | std::ios::trunc);
-    stream << text;
-    stream.close();
-    std::error_code error;
-    if (stream) {
-        fs::rename(draft, file, error);
-    }
-    if (!stream || error) {
-        fs::remove(draft, error);
-    }
 }
 
 void ForgetEndedPrograms(const fs::path& directory)
@@ -95,13 +46,8 @@ void ForgetEndedPrograms(const fs::path& directory)
 
 std::optional<std::vector<std::string>> Read(const fs::path& file)
 {
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream) {
-        return std::nullopt;
-    }
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return ParseRemembered(text.str(), Variable("PULSE_SERVER"));
+    const auto text = ReadText(file);
+    return text ? ParseRemembered(*text, Variable("PULSE_SERVER")) : std::nullopt;
 }
 
 } // namespace
@@ -138,8 +84,8 @@ void RememberDevices(const std::vector<std::string>& sources)
     }
     const std::string text = RememberedText(Variable("PULSE_SERVER"), sources);
     ForgetEndedPrograms(directory);
-    Replace(directory / NameFor(getppid()), text);
-    Replace(directory / anyone, text);
+    ReplaceText(directory / NameFor(getppid()), text);
+    ReplaceText(directory / anyone, text);
 }
 
 std::optional<std::vector<std::string>> RecallDevices()

@@ -1,5 +1,8 @@
 #include "tool/edit/conversion.h"
 
+#include "tool/edit/torn_input.h"
+#include "tool/ffmpeg/ffmpeg_program.h"
+#include "tool/mp4/frugal_file.h"
 #include "tool/system/one_of.h"
 
 #include <algorithm>
@@ -36,16 +39,6 @@ bool EndTogether(const Movie& movie)
 
 } // namespace
 
-std::optional<Conversion> ReadConversion(const Arguments& arguments)
-{
-    const Arguments between = {"-vcodec", "copy", "-acodec", "copy", "-vbsf", "h264_mp4toannexb"};
-    if (arguments.size() != between.size() + 3 || arguments[0] != "-i" ||
-        !std::equal(between.begin(), between.end(), arguments.begin() + 2)) {
-        return std::nullopt;
-    }
-    return Conversion{arguments[1], arguments.back()};
-}
-
 Intermediate ChooseIntermediate(const std::optional<Movie>& movie)
 {
     if (!movie) {
@@ -70,17 +63,24 @@ Intermediate ChooseIntermediate(const std::optional<Movie>& movie)
     return EndTogether(*movie) ? chosen : Intermediate::Movie;
 }
 
-Arguments TranslateConversion(const Conversion& conversion, Intermediate intermediate)
+Arguments ConversionCommand(const Convert& convert, Intermediate intermediate)
 {
-    Arguments result = {"-i", conversion.source, "-vcodec", "copy", "-acodec", "copy"};
+    Arguments result = {"-i", convert.source, "-vcodec", "copy", "-acodec", "copy"};
     if (intermediate == Intermediate::AsAsked) {
         result.insert(result.end(), {"-bsf:v", "h264_mp4toannexb"});
     } else if (intermediate == Intermediate::Movie) {
         // The name stays that of a transport stream; ffmpeg probes the content.
         result.insert(result.end(), {"-f", "mp4"});
     }
-    result.push_back(conversion.destination);
+    result.push_back(convert.destination);
     return result;
+}
+
+int RunConversion(const std::string& ffmpeg, const Convert& convert)
+{
+    FrugalFile file(convert.source, movieAllowance);
+    const Arguments command = ConversionCommand(convert, ChooseIntermediate(ReadMovie(file)));
+    return Become(ffmpeg, WithoutTornEnds(command));
 }
 
 } // namespace tool

@@ -1,22 +1,12 @@
-// The recorder's command that copies a movie to an intermediate before a join.
+// The preparation of a movie for a join: it is copied to an intermediate.
 #pragma once
 
-#include "tool/command/arguments.h"
+#include "tool/command/command.h"
 #include "tool/mp4/movie.h"
 
 #include <optional>
-#include <string>
 
 namespace tool {
-
-struct Conversion
-{
-    std::string source;
-    std::string destination;
-};
-
-// Returns nothing if this is a different command.
-std::optional<Conversion> ReadConversion(const Arguments& arguments);
 
 // How an intermediate is written. The streams are always copied.
 enum class Intermediate {
@@ -28,6 +18,9 @@ enum class Intermediate {
 Intermediate ChooseIntermediate(const std::optional<Movie>& movie);
 
 // The ffmpeg command for it.
-Arguments TranslateConversion(const Conversion& conversion, Intermediate intermediate);
+Arguments ConversionCommand(const Convert& convert, Intermediate intermediate);
+
+// Becomes ffmpeg. Returns only on failure: an exit code, after a message.
+int RunConversion(const std::string& ffmpeg, const Convert& convert);
 
 } // namespace tool

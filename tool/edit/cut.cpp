@@ -1,40 +1,46 @@
 #include "tool/edit/cut.h"
 
-#include <charconv>
-#include <string_view>
+#include "tool/edit/torn_input.h"
+#include "tool/ffmpeg/ffmpeg_program.h"
+#include "tool/mp4/frugal_file.h"
+#include "tool/mp4/movie.h"
 
 namespace tool {
 namespace {
 
-std::optional<int64_t> Seconds(std::string_view text)
+// Seeking to a start after the end would give the last frames.
+bool BeginsInside(const Cut& cut)
 {
-    int64_t value = 0;
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value);
-    return result.ec == std::errc() && result.ptr == end ? std::optional(value) : std::nullopt;
+    constexpr int64_t second = 1000000;
+    FrugalFile file(cut.source, movieAllowance);
+    const auto movie = ReadMovie(file);
+    return !movie || !movie->duration || movie->fragmented ||
+           cut.start < (*movie->duration + second - 1) / second;
+}
+
+// The recorder's command.
+Arguments PlainCut(const Cut& cut)
+{
+    return {"-i",           cut.source,
+            "-ss",          std::to_string(cut.start),
+            "-t",           std::to_string(cut.length),
+            "-codec",       "copy",
+            cut.destination};
 }
 
 } // namespace
 
-std::optional<Cut> ReadCut(const Arguments& arguments)
-{
-    if (arguments.size() != 9 || arguments[0] != "-i" || arguments[2] != "-ss" ||
-        arguments[4] != "-t" || arguments[6] != "-codec" || arguments[7] != "copy") {
-        return std::nullopt;
-    }
-    const auto start = Seconds(arguments[3]);
-    const auto length = Seconds(arguments[5]);
-    if (!start || !length || *start < 0 || *length <= 0) {
-        return std::nullopt;
-    }
-    return Cut{arguments[1], *start, *length, arguments[8]};
-}
-
-Arguments TranslateCut(const Cut& cut)
+Arguments SeekingCut(const Cut& cut)
 {
     return {"-ss",          std::to_string(cut.start),  "-i",     cut.source,
             "-t",           std::to_string(cut.length), "-codec", "copy",
             cut.destination};
+}
+
+int RunCut(const std::string& ffmpeg, const Cut& cut)
+{
+    const Arguments arguments = BeginsInside(cut) ? SeekingCut(cut) : PlainCut(cut);
+    return Become(ffmpeg, WithoutTornEnds(arguments));
 }
 
 } // namespace tool

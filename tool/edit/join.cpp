@@ -1,6 +1,9 @@
 #include "tool/edit/join.h"
 
 #include "tool/edit/transport_stream.h"
+#include "tool/ffmpeg/features.h"
+#include "tool/ffmpeg/ffmpeg_program.h"
+#include "tool/system/complaint.h"
 #include "tool/system/one_of.h"
 
 #include <algorithm>
@@ -8,6 +11,7 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -15,7 +19,7 @@
 namespace tool {
 namespace {
 
-constexpr std::string_view protocol = "concat:";
+constexpr const char* protocol = "concat:";
 
 // Used if ffmpeg reports no rate or an absurd one.
 constexpr const char* usualRate = "30";
@@ -67,18 +71,6 @@ size_t PiecesOfName(const std::vector<std::string>& pieces, size_t at, std::stri
         }
     }
     return 1;
-}
-
-std::vector<std::string> SplitList(const std::string& list)
-{
-    const std::vector<std::string> pieces = SplitAtBars(list);
-    std::vector<std::string> parts;
-    for (size_t at = 0; at < pieces.size();) {
-        std::string name;
-        at += PiecesOfName(pieces, at, name);
-        parts.push_back(name);
-    }
-    return parts;
 }
 
 // The number at the start of the text, or 0 if there is none or it is not finite.
@@ -307,33 +299,34 @@ std::string JoinGraph::Text() const
 
 } // namespace
 
-std::optional<Join> ReadJoin(const Arguments& arguments)
+std::vector<std::string> SplitList(const std::string& list)
 {
-    const Arguments between = {"-acodec", "copy", "-vcodec", "copy", "-absf", "aac_adtstoasc"};
-    if (arguments.size() != between.size() + 3 || arguments[0] != "-i" ||
-        !arguments[1].starts_with(protocol) ||
-        !std::equal(between.begin(), between.end(), arguments.begin() + 2)) {
-        return std::nullopt;
+    const std::vector<std::string> pieces = SplitAtBars(list);
+    std::vector<std::string> parts;
+    for (size_t at = 0; at < pieces.size();) {
+        std::string name;
+        at += PiecesOfName(pieces, at, name);
+        parts.push_back(name);
     }
-    return Join{SplitList(arguments[1].substr(protocol.size())), arguments.back()};
+    return parts;
 }
 
-Arguments CopyingJoin(const Arguments& arguments, bool dropsOverlap)
+Arguments CopyingJoin(const Join& join, bool dropsOverlap)
 {
-    Arguments result = TranslatePassThrough(arguments);
-    const auto filter = std::find(result.begin(), result.end(), "aac_adtstoasc");
-    if (dropsOverlap && filter != result.end()) {
-        *filter += soundInTime;
+    std::string filter = "aac_adtstoasc";
+    if (dropsOverlap) {
+        filter += soundInTime;
     }
-    return result;
+    return {"-i",   protocol + join.list, "-acodec", "copy", "-vcodec", "copy", "-bsf:a",
+            filter, join.destination};
 }
 
-bool CanBeCopied(const Join& join)
+bool CanBeCopied(const std::vector<std::string>& parts)
 {
-    const bool hasBar = std::any_of(join.parts.begin(), join.parts.end(), [](const auto& part) {
+    const bool hasBar = std::any_of(parts.begin(), parts.end(), [](const auto& part) {
         return part.find('|') != std::string::npos;
     });
-    return !hasBar && FitTogether(join.parts);
+    return !hasBar && FitTogether(parts);
 }
 
 std::vector<PartDescription> ParseDescriptions(const std::string& text)
@@ -352,12 +345,13 @@ std::vector<PartDescription> ParseDescriptions(const std::string& text)
     return parts;
 }
 
-Arguments EncodingJoin(const Join& join, const std::vector<PartDescription>& parts)
+Arguments EncodingJoin(const std::vector<std::string>& names,
+                       const std::vector<PartDescription>& parts, const std::string& destination)
 {
     Arguments result;
-    for (const std::string& part : join.parts) {
+    for (const std::string& name : names) {
         // All decoders exist at once, each with a set of frames per thread.
-        result.insert(result.end(), {"-threads", "1", "-i", part});
+        result.insert(result.end(), {"-threads", "1", "-i", name});
     }
     const JoinGraph graph(parts);
     result.insert(result.end(), {"-filter_complex", graph.Text()});
@@ -368,8 +362,36 @@ Arguments EncodingJoin(const Join& join, const std::vector<PartDescription>& par
     if (graph.Sound() != nullptr) {
         result.insert(result.end(), {"-map", "[a]", "-c:a", "aac"});
     }
-    result.push_back(join.destination);
+    result.push_back(destination);
     return result;
+}
+
+// The encoding ffmpeg opens all parts before it starts, so it finishes even if they are deleted
+// meanwhile.
+int RunJoin(const std::string& ffmpeg, const Join& join)
+{
+    const std::vector<std::string> names = SplitList(join.list);
+    if (names.empty() || CanBeCopied(names)) {
+        const bool dropsOverlap = names.size() > 1 && FeaturesOf(ffmpeg).noiseDrop;
+        return Become(ffmpeg, CopyingJoin(join, dropsOverlap));
+    }
+    Arguments question = {"-hide_banner"};
+    for (const std::string& name : names) {
+        question.insert(question.end(), {"-i", name});
+    }
+    const std::string answer = Ask(ffmpeg, question);
+    const auto parts = ParseDescriptions(answer);
+    if (parts.size() != names.size()) {
+        // ffmpeg's output says which part it cannot read.
+        std::fwrite(answer.data(), 1, answer.size(), stderr);
+        return failed;
+    }
+    for (size_t i = 0; i < parts.size(); ++i) {
+        if (!parts[i].HasPicture() && !parts[i].HasSound()) {
+            return Complain(names[i] + ": Invalid data: neither picture nor sound");
+        }
+    }
+    return Become(ffmpeg, EncodingJoin(names, parts, join.destination));
 }
 
 } // namespace tool

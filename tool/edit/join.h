@@ -1,31 +1,23 @@
 // The recorder's command that joins intermediates, and the one for parts that do not fit together.
 #pragma once
 
-#include "tool/command/arguments.h"
+#include "tool/command/command.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace tool {
 
-struct Join
-{
-    std::vector<std::string> parts;
-    std::string destination;
-};
-
-// Returns nothing if this is a different command. A part whose name contains the separator is found
-// by checking which files exist.
-std::optional<Join> ReadJoin(const Arguments& arguments);
+// The names in the list. One that contains the separator is found by checking which files exist.
+std::vector<std::string> SplitList(const std::string& list);
 
 // Whether the parts can be joined by copying, as the recorder asks.
-bool CanBeCopied(const Join& join);
+bool CanBeCopied(const std::vector<std::string>& parts);
 
-// The recorder's command, which copies. Each part's sound is slightly longer than its picture; with
+// The command that copies. Each part's sound is slightly longer than its picture; with
 // `dropsOverlap` (ffmpeg 5.1 and later) the overlapping packets are dropped, so that the difference
 // does not add up.
-Arguments CopyingJoin(const Arguments& arguments, bool dropsOverlap);
+Arguments CopyingJoin(const Join& join, bool dropsOverlap);
 
 // What ffmpeg reports about one input.
 struct PartDescription
@@ -47,6 +39,11 @@ std::vector<PartDescription> ParseDescriptions(const std::string& text);
 // The command that re-encodes the parts into one movie with the size and rate of the first picture
 // and the rate and channels of the first sound. Other pictures are centred on black; missing sound
 // becomes silence.
-Arguments EncodingJoin(const Join& join, const std::vector<PartDescription>& parts);
+Arguments EncodingJoin(const std::vector<std::string>& names,
+                       const std::vector<PartDescription>& parts, const std::string& destination);
+
+// Copies parts that fit together and re-encodes others. Becomes ffmpeg. Returns only on failure: an
+// exit code, after a message.
+int RunJoin(const std::string& ffmpeg, const Join& join);
 
 } // namespace tool

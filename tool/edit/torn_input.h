@@ -1,7 +1,7 @@
 // Interrupted recordings as inputs.
 #pragma once
 
-#include "tool/command/arguments.h"
+#include "tool/command/command.h"
 
 namespace tool {
 

@@ -1,20 +1,35 @@
 #include "tool/ffmpeg/ffmpeg_program.h"
 
 #include "tool/system/ask_child.h"
+#include "tool/system/complaint.h"
 #include "tool/system/environment.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <sys/mman.h>
-#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
 namespace tool {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// Replaces this process with the program. Returns only on failure, with errno.
+void Execute(const std::string& program, const std::vector<std::string>& arguments)
+{
+    std::vector<char*> pointers{const_cast<char*>(program.c_str())};
+    for (const std::string& argument : arguments) {
+        pointers.push_back(const_cast<char*>(argument.c_str()));
+    }
+    pointers.push_back(nullptr);
+    execv(program.c_str(), pointers.data());
+}
+
+} // namespace
 
 bool IsAbsolute(const std::string& path)
 {
@@ -65,50 +80,34 @@ std::string FindFfmpeg()
                                       Variable("PATH")));
 }
 
-bool KnowsOption(const std::string& program, const std::string& option)
+std::string NoFfmpegReason()
 {
-    const int file = open(program.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) {
-        return false;
+    const std::string chosen = Variable("LUMENFOLD_FFMPEG");
+    if (chosen.empty()) {
+        return "no ffmpeg is installed: neither beside this program nor in PATH";
     }
-    struct stat info = {};
-    void* bytes = MAP_FAILED;
-    size_t size = 0;
-    if (fstat(file, &info) == 0 && info.st_size > 0) {
-        size = static_cast<size_t>(info.st_size);
-        bytes = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file, 0);
-    }
-    close(file);
-    if (bytes == MAP_FAILED) {
-        return false;
-    }
-    // As a complete string, between two zero bytes.
-    const std::string text = std::string(1, '\0') + option + std::string(1, '\0');
-    const bool isScript = size >= 2 && std::memcmp(bytes, "#!", 2) == 0;
-    const bool found = !isScript && memmem(bytes, size, text.data(), text.size()) != nullptr;
-    munmap(bytes, size);
-    return found;
+    return "LUMENFOLD_FFMPEG names " + chosen +
+           (IsAbsolute(chosen) ? ", which is not an executable file"
+                               : ", which is not a full path");
 }
 
-void Become(const std::string& program, const std::vector<std::string>& arguments)
+int Become(const std::string& program, const std::vector<std::string>& arguments)
 {
-    std::vector<char*> pointers{const_cast<char*>(program.c_str())};
-    for (const std::string& argument : arguments) {
-        pointers.push_back(const_cast<char*>(argument.c_str()));
-    }
-    pointers.push_back(nullptr);
-    execv(program.c_str(), pointers.data());
+    Execute(program, arguments);
+    return Complain(program + " cannot be run: " + std::strerror(errno), noProgram);
 }
 
-std::string Ask(const std::string& program, const std::vector<std::string>& arguments)
+std::string Ask(const std::string& program, const std::vector<std::string>& arguments,
+                Stream stream, std::chrono::milliseconds patience)
 {
-    return AskChild([&](int output) {
+    const auto run = [&](int answer) {
         const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
         dup2(nothing, STDIN_FILENO);
-        dup2(nothing, STDOUT_FILENO);
-        dup2(output, STDERR_FILENO);
-        Become(program, arguments);
-    });
+        dup2(stream == Stream::Output ? answer : nothing, STDOUT_FILENO);
+        dup2(stream == Stream::Error ? answer : nothing, STDERR_FILENO);
+        Execute(program, arguments);
+    };
+    return AskChild(run, patience);
 }
 
 } // namespace tool

@@ -1,6 +1,7 @@
-// Finds ffmpeg and determines what it supports.
+// Finds and starts ffmpeg.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -22,14 +23,17 @@ std::string FirstRunnable(const std::vector<std::string>& places);
 // there is none.
 std::string FindFfmpeg();
 
-// Whether the program has this option. Searches the executable for the name, because running the
-// program would take too long. Returns false if the file cannot be read or is a script.
-bool KnowsOption(const std::string& program, const std::string& option);
+// Why there is none.
+std::string NoFfmpegReason();
 
-// Runs the program without input and returns its standard error.
-std::string Ask(const std::string& program, const std::vector<std::string>& arguments);
+enum class Stream { Output, Error };
 
-// Replaces this process with the program. Returns only on failure, with errno set.
-void Become(const std::string& program, const std::vector<std::string>& arguments);
+// Runs the program without input and returns what it wrote to this stream, as AskChild() does.
+std::string Ask(const std::string& program, const std::vector<std::string>& arguments,
+                Stream stream = Stream::Error,
+                std::chrono::milliseconds patience = std::chrono::seconds(30));
+
+// Replaces this process with the program. Returns only on failure: an exit code, after a message.
+int Become(const std::string& program, const std::vector<std::string>& arguments);
 
 } // namespace tool

@@ -1,7 +1,8 @@
 #include "tool/record/picture_clock.h"
 
+#include "tool/system/numbers.h"
+
 #include <algorithm>
-#include <charconv>
 #include <numeric>
 
 namespace tool {
@@ -9,17 +10,11 @@ namespace {
 
 constexpr int64_t nanoseconds = 1000000000;
 
-std::optional<int64_t> ParseNumber(std::string_view text)
+// Digits only.
+std::optional<int64_t> ParseCount(std::string_view text)
 {
     constexpr size_t mostDigits = 9;
-    int64_t value = 0;
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value);
-    if (text.empty() || text.size() > mostDigits || text.front() == '-' ||
-        result.ec != std::errc() || result.ptr != end) {
-        return std::nullopt;
-    }
-    return value;
+    return text.size() > mostDigits || text.starts_with('-') ? std::nullopt : ParseNumber(text);
 }
 
 std::optional<PictureRate> Checked(int64_t pictures, int64_t seconds)
@@ -37,13 +32,13 @@ std::optional<PictureRate> Checked(int64_t pictures, int64_t seconds)
 std::optional<PictureRate> ParseRate(std::string_view text)
 {
     const size_t sign = text.find_first_of("./");
-    const auto first = ParseNumber(text.substr(0, sign));
+    const auto first = ParseCount(text.substr(0, sign));
     if (!first || sign == std::string_view::npos) {
         return first ? Checked(*first, 1) : std::nullopt;
     }
     const std::string_view rest = text.substr(sign + 1);
     constexpr size_t mostDecimals = 5;
-    const auto second = ParseNumber(rest);
+    const auto second = ParseCount(rest);
     if (!second || (text[sign] == '.' && rest.size() > mostDecimals)) {
         return std::nullopt;
     }

@@ -1,5 +1,6 @@
 #include "tool/record/screen_feeder.h"
 
+#include "tool/record/capture_command.h"
 #include "tool/record/companion.h"
 #include "tool/record/picture_pipe.h"
 #include "tool/screen/x11/screen_grabber.h"

@@ -2,9 +2,9 @@
 // which takes ffmpeg several times as long, and keeps the frame rate.
 #pragma once
 
-#include "tool/command/arguments.h"
 #include "tool/record/picture_clock.h"
 #include "tool/record/recording_time.h"
+#include "tool/screen/rectangle.h"
 
 #include <optional>
 #include <string>

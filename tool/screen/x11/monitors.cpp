@@ -1,6 +1,7 @@
 #include "tool/screen/x11/monitors.h"
 
 #include "tool/screen/x11/owned_reply.h"
+#include "tool/system/environment.h"
 
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
@@ -71,6 +72,18 @@ std::optional<std::vector<Rectangle>> ReadMonitors(const std::string& display)
         monitors.push_back({0, 0, screen->width_in_pixels, screen->height_in_pixels});
     }
     return monitors;
+}
+
+std::string NoScreenReason()
+{
+    const std::string display = Variable("DISPLAY");
+    std::string reason = display.empty() ? "No screen can be recorded: DISPLAY is not set"
+                                         : "No screen can be recorded: the X display " + display +
+                                               " cannot be opened";
+    if (!Variable("WAYLAND_DISPLAY").empty()) {
+        reason += "; a Wayland session without X gives programs no access to the screen";
+    }
+    return reason;
 }
 
 } // namespace tool

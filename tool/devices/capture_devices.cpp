@@ -1,0 +1,83 @@
+#include "tool/devices/capture_devices.h"
+
+#include "tool/devices/listing.h"
+#include "tool/devices/remembered_devices.h"
+#include "tool/screen/x11/monitors.h"
+#include "tool/sound/pulse/sound_devices.h"
+#include "tool/system/ask_child.h"
+#include "tool/system/complaint.h"
+#include "tool/system/environment.h"
+
+#include <chrono>
+#include <cstdio>
+#include <unistd.h>
+
+namespace tool {
+namespace {
+
+constexpr std::chrono::milliseconds soundPatience{1500};
+
+std::vector<SoundDevice> ReadSoundDevices()
+{
+    const auto server = ReadSoundServer(soundPatience);
+    return server ? ArrangeSoundDevices(*server) : std::vector<SoundDevice>();
+}
+
+std::vector<std::string> SourcesOf(const std::vector<SoundDevice>& devices)
+{
+    std::vector<std::string> sources;
+    sources.reserve(devices.size());
+    for (const SoundDevice& device : devices) {
+        sources.push_back(device.source);
+    }
+    return sources;
+}
+
+// libpulse does not work on both sides of a fork, so a child process asks.
+std::vector<std::string> AskForSources()
+{
+    const std::string answer = AskChild([](int output) {
+        const std::string text = RememberedText({}, SourcesOf(ReadSoundDevices()));
+        // A pipe has room for far more than all names.
+        [[maybe_unused]] const ssize_t written = write(output, text.data(), text.size());
+    });
+    return ParseRemembered(answer, {}).value_or(std::vector<std::string>());
+}
+
+} // namespace
+
+int PrintListing()
+{
+    Listing listing;
+    if (const auto monitors = ReadMonitors(Variable("DISPLAY"))) {
+        listing.screens = monitors->size();
+    } else {
+        listing.noScreenReason = NoScreenReason() + ".";
+    }
+    listing.sound = ReadSoundDevices();
+    RememberDevices(SourcesOf(listing.sound));
+    const std::string text =
+        ListingText(listing, reinterpret_cast<uintptr_t>(&listing) & 0xffffffffffff);
+    std::fwrite(text.data(), 1, text.size(), stderr);
+    return failed;
+}
+
+std::optional<std::vector<std::string>> SourcesFor(const std::vector<int>& numbers)
+{
+    const auto recalled = RecallDevices();
+    const std::vector<std::string> known = recalled || numbers.empty()
+                                               ? recalled.value_or(std::vector<std::string>())
+                                               : AskForSources();
+    std::vector<std::string> chosen;
+    for (const int number : numbers) {
+        if (static_cast<size_t>(number) >= known.size()) {
+            Complain("there is no audio device " + std::to_string(number) + ", the list has " +
+                     std::to_string(known.size()));
+            return std::nullopt;
+        }
+        chosen.push_back(known[static_cast<size_t>(number)]);
+    }
+    return chosen;
+}
+
+} // namespace tool
