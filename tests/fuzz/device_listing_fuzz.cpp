@@ -83,12 +83,12 @@ void CheckOwnListing(const std::vector<std::string>& lines)
     Require(read.screen == (own.screens > 0 ? '0' : '\0'), "the first screen is found: " + text);
 
     const int last = static_cast<int>(own.sound.size()) - 1;
-    const bool hasMonitor =
-        last >= 0 && std::any_of(server.sources.begin(), server.sources.end(),
-                                 [&](const tool::SoundSource& source) {
-                                     return source.name == own.sound.back().source &&
-                                            !source.monitorOf.empty();
-                                 });
+    const bool hasMonitor = last >= 0 && own.sound.back().source == tool::computerSounds;
+    Require(hasMonitor == std::any_of(server.sources.begin(), server.sources.end(),
+                                      [&](const tool::SoundSource& source) {
+                                          return source.monitorOf == server.defaultSink;
+                                      }),
+            "the default output's monitor is listed");
     Require(read.sound == (hasMonitor ? last : -1), "the computer's sounds are found: " + text);
     Require(read.microphone == (last >= (hasMonitor ? 1 : 0) ? 0 : -1),
             "the first microphone is found: " + text);

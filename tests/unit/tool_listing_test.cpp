@@ -44,7 +44,7 @@ void ToolListingTest::defaultMicrophoneLeadsAndComputerSoundsEnd()
 {
     const Devices expected = {{"Microphone (Line In)", "line"},
                               {"Headset Microphone", "usb"},
-                              {"Computer sounds (Built-in Audio)", "out.monitor"}};
+                              {"Computer sounds (Built-in Audio)", tool::computerSounds}};
     QVERIFY(tool::ArrangeSoundDevices(Server()) == expected);
 }
 
@@ -68,7 +68,7 @@ void ToolListingTest::withoutComputerSoundsOnlyOneMicrophoneIsOffered()
 void ToolListingTest::computerSoundsAlone()
 {
     const SoundServer server{{{"s.monitor", "", "s"}}, "s.monitor", "s"};
-    const Devices expected = {{"Computer sounds (s.monitor)", "s.monitor"}};
+    const Devices expected = {{"Computer sounds (s.monitor)", tool::computerSounds}};
     QVERIFY(tool::ArrangeSoundDevices(server) == expected);
     QVERIFY(tool::ArrangeSoundDevices({}).empty());
 }
@@ -115,7 +115,7 @@ void ToolListingTest::withoutScreenTheReasonIsSaid()
 
 void ToolListingTest::rememberedNamesComeBack()
 {
-    const std::vector<std::string> names = {"alsa_input.usb-1", "out.monitor"};
+    const std::vector<std::string> names = {"alsa_input.usb-1", tool::computerSounds};
     const std::string text = tool::RememberedText("unix:/x", names);
     QVERIFY(tool::ParseRemembered(text, "unix:/x") == names);
     QVERIFY(tool::ParseRemembered(tool::RememberedText("", {}), "")->empty());

@@ -75,7 +75,7 @@ std::vector<SoundDevice> ArrangeSoundDevices(const SoundServer& server)
                        {MicrophoneTitle(source), source.name});
     }
     if (monitor != nullptr) {
-        devices.push_back({ComputerTitle(*monitor), monitor->name});
+        devices.push_back({ComputerTitle(*monitor), computerSounds});
     } else if (devices.size() > 1) {
         devices.resize(1);
     }

@@ -10,7 +10,7 @@
 
 namespace tool {
 
-// A device in the list: its printed title and the source it stands for.
+// A device in the list: its printed title, and the name of its source or `computerSounds`.
 struct SoundDevice
 {
     std::string title;

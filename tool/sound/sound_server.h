@@ -5,6 +5,10 @@
 
 namespace tool {
 
+// Stands for the monitor of whichever output is the default, in place of a source's name. The
+// servers know it by this name too, but do not follow it once it is open.
+inline constexpr const char* computerSounds = "@DEFAULT_MONITOR@";
+
 // A source of the sound server.
 struct SoundSource
 {

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 #include <numbers>
+#include <optional>
 #include <pulse/pulseaudio.h>
 #include <vector>
 
@@ -10,6 +11,18 @@ namespace {
 constexpr uint32_t rate = 48000;
 constexpr int64_t beepSamples = rate / 10;
 constexpr int16_t volume = 8000;
+
+using std::chrono::microseconds;
+
+// How long ago the server told the positions of a stream.
+microseconds AgeOf(const pa_timing_info& told)
+{
+    const microseconds moment =
+        std::chrono::seconds(told.timestamp.tv_sec) + microseconds(told.timestamp.tv_usec);
+    return std::chrono::duration_cast<microseconds>(
+        std::chrono::system_clock::now().time_since_epoch() - moment);
+}
+
 } // namespace
 
 struct Beeper::Private
@@ -25,6 +38,7 @@ struct Beeper::Private
     static void OnContext(pa_context* context, void* data);
     static void OnWrite(pa_stream* stream, size_t bytes, void* data);
     void OpenStream();
+    std::optional<SteadyTime> NextSampleHeard() const;
 };
 
 void Beeper::Private::OnContext(pa_context* context, void* data)
@@ -42,8 +56,8 @@ void Beeper::Private::OpenStream()
     pa_buffer_attr buffer{};
     buffer.maxlength = buffer.prebuf = buffer.minreq = buffer.fragsize = static_cast<uint32_t>(-1);
     buffer.tlength = rate / 25 * sizeof(int16_t); // 40 ms
-    const auto flags = static_cast<pa_stream_flags_t>(
-        PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE | PA_STREAM_INTERPOLATE_TIMING);
+    const auto flags =
+        static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE);
     pa_stream_connect_playback(stream, tone.sink.empty() ? nullptr : tone.sink.c_str(), &buffer,
                                flags, nullptr, nullptr);
 }
@@ -91,21 +105,30 @@ Beeper::~Beeper()
     delete m_p;
 }
 
+// When the next sample that is written will be heard. Without the library's interpolation, which is
+// wrong for seconds after an output starts to play.
+std::optional<SteadyTime> Beeper::Private::NextSampleHeard() const
+{
+    const pa_timing_info* told = stream != nullptr ? pa_stream_get_timing_info(stream) : nullptr;
+    if (told == nullptr) {
+        return std::nullopt;
+    }
+    const int64_t ahead = written - told->read_index / static_cast<int64_t>(sizeof(int16_t));
+    return std::chrono::steady_clock::now() - AgeOf(*told) + microseconds(told->sink_usec) +
+           microseconds(ahead * 1000000 / rate);
+}
+
 SteadyTime Beeper::Beep()
 {
     if (m_p->loop == nullptr) {
         return {};
     }
-    SteadyTime heard{};
     pa_threaded_mainloop_lock(m_p->loop);
-    pa_usec_t latency = 0;
-    int negative = 0;
-    if (m_p->stream != nullptr && pa_stream_get_latency(m_p->stream, &latency, &negative) == 0) {
+    const auto heard = m_p->NextSampleHeard();
+    if (heard) {
         // The beep starts with the next sample written; what was written before is heard first.
         m_p->beepStart = m_p->written;
-        heard = std::chrono::steady_clock::now() +
-                std::chrono::microseconds(negative != 0 ? 0 : latency);
     }
     pa_threaded_mainloop_unlock(m_p->loop);
-    return heard;
+    return heard.value_or(SteadyTime());
 }

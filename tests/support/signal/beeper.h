@@ -22,8 +22,9 @@ public:
     Beeper& operator=(const Beeper&) = delete;
     ~Beeper();
 
-    // Starts a beep of 100 ms. Returns when it will be heard, a few hundredths of a second from
-    // now, or a time in the past if there is no sound server.
+    // Starts a beep of 100 ms. Returns when it will be heard, or a time in the past if there is no
+    // sound server. That is a few hundredths of a second from now, or up to two seconds if the
+    // output was idle.
     SteadyTime Beep();
 
 private:

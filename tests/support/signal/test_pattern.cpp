@@ -97,6 +97,9 @@ void Show(PatternWindow& window, Beeper& beeper, const Options& options)
         if (announced && Clock::now() >= flashOn) {
             announced = false;
             flashOff = flashOn + std::chrono::milliseconds(100);
+            if (nextBeep < flashOff) { // the output has started late
+                nextBeep = flashOn + Ticks(options.flash);
+            }
         }
         window.Draw(number, Clock::now() < flashOff);
     }

@@ -12,10 +12,13 @@ struct PulseLibrary
     decltype(&pa_context_connect) contextConnect = nullptr;
     decltype(&pa_context_disconnect) contextDisconnect = nullptr;
     decltype(&pa_context_get_server_info) contextGetServerInfo = nullptr;
+    decltype(&pa_context_get_sink_info_by_name) contextGetSinkInfoByName = nullptr;
     decltype(&pa_context_get_source_info_list) contextGetSourceInfoList = nullptr;
     decltype(&pa_context_get_state) contextGetState = nullptr;
     decltype(&pa_context_new) contextNew = nullptr;
     decltype(&pa_context_set_state_callback) contextSetStateCallback = nullptr;
+    decltype(&pa_context_set_subscribe_callback) contextSetSubscribeCallback = nullptr;
+    decltype(&pa_context_subscribe) contextSubscribe = nullptr;
     decltype(&pa_context_unref) contextUnref = nullptr;
     decltype(&pa_mainloop_dispatch) mainloopDispatch = nullptr;
     decltype(&pa_mainloop_free) mainloopFree = nullptr;
@@ -27,12 +30,15 @@ struct PulseLibrary
     decltype(&pa_stream_connect_record) streamConnectRecord = nullptr;
     decltype(&pa_stream_disconnect) streamDisconnect = nullptr;
     decltype(&pa_stream_drop) streamDrop = nullptr;
-    decltype(&pa_stream_get_latency) streamGetLatency = nullptr;
     decltype(&pa_stream_get_state) streamGetState = nullptr;
+    decltype(&pa_stream_get_timing_info) streamGetTimingInfo = nullptr;
     decltype(&pa_stream_new) streamNew = nullptr;
     decltype(&pa_stream_peek) streamPeek = nullptr;
+    decltype(&pa_stream_readable_size) streamReadableSize = nullptr;
+    decltype(&pa_stream_set_latency_update_callback) streamSetLatencyUpdateCallback = nullptr;
     decltype(&pa_stream_set_read_callback) streamSetReadCallback = nullptr;
     decltype(&pa_stream_unref) streamUnref = nullptr;
+    decltype(&pa_stream_update_timing_info) streamUpdateTimingInfo = nullptr;
 };
 
 // Loads the library on the first call. Returns null if it is missing or lacks a function.

@@ -1,8 +1,8 @@
 #include "tool/sound/pulse/sound_reader.h"
 
-#include "tool/sound/pulse/pulse_library.h"
+#include "tool/sound/pulse/record_stream.h"
+#include "tool/sound/sound_server.h"
 
-#include <algorithm>
 #include <thread>
 #include <utility>
 
@@ -12,8 +12,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto retryDistance = 500ms;
-constexpr uint32_t fragmentsPerSecond = 25; // servers deliver half-size pieces
-constexpr uint32_t frameBytes = 2 * sizeof(int16_t);
 
 } // namespace
 
@@ -21,10 +19,8 @@ struct SoundReader::Private
 {
     struct Source
     {
-        Private* owner = nullptr;
-        size_t number = 0;
-        std::string name;
-        pa_stream* stream = nullptr;
+        std::string name; // or `computerSounds`
+        std::unique_ptr<RecordStream> stream;
         SteadyTime retry;
     };
 
@@ -35,14 +31,18 @@ struct SoundReader::Private
     pa_mainloop* loop = nullptr;
     pa_context* context = nullptr;
     SteadyTime retry;
+    std::string defaultMonitor; // of the default output; empty: there is none
 
     void Connect();
     void DropContext();
-    void Open(Source& source);
-    void DropStream(Source& source) const;
     void KeepOpen();
-    static void OnRead(pa_stream* stream, size_t bytes, void* data);
-    void Deliver(const Source& source, const void* bytes, size_t size) const;
+    void KeepOpen(size_t number);
+    static void OnState(pa_context* context, void* data);
+    static void OnChange(pa_context* context, pa_subscription_event_type_t event, uint32_t index,
+                         void* data);
+    static void OnOutput(pa_context* context, const pa_sink_info* output, int end, void* data);
+    void AskForDefault();
+    void Forget(pa_operation* operation) const;
 };
 
 SoundReader::SoundReader(std::vector<std::string> sources, int rate, SoundListener listener)
@@ -54,7 +54,7 @@ SoundReader::SoundReader(std::vector<std::string> sources, int rate, SoundListen
         m_p->loop = m_p->pulse->mainloopNew();
     }
     for (std::string& name : sources) {
-        m_p->sources.push_back({m_p.get(), m_p->sources.size(), std::move(name), nullptr, {}});
+        m_p->sources.push_back({std::move(name), nullptr, {}});
     }
 }
 
@@ -86,110 +86,109 @@ void SoundReader::Private::KeepOpen()
 {
     if (context != nullptr && !PA_CONTEXT_IS_GOOD(pulse->contextGetState(context))) {
         DropContext();
-        retry = std::chrono::steady_clock::now() + retryDistance;
+        retry = SteadyTime::clock::now() + retryDistance;
     }
     if (context == nullptr) {
-        if (std::chrono::steady_clock::now() >= retry) {
+        if (SteadyTime::clock::now() >= retry) {
             Connect();
         }
-        return;
-    }
-    if (pulse->contextGetState(context) != PA_CONTEXT_READY) {
-        return;
-    }
-    for (Source& source : sources) {
-        if (source.stream != nullptr && !PA_STREAM_IS_GOOD(pulse->streamGetState(source.stream))) {
-            DropStream(source);
-            source.retry = std::chrono::steady_clock::now() + retryDistance;
+    } else if (pulse->contextGetState(context) == PA_CONTEXT_READY) {
+        for (size_t number = 0; number < sources.size(); ++number) {
+            KeepOpen(number);
         }
-        if (source.stream == nullptr && std::chrono::steady_clock::now() >= source.retry) {
-            Open(source);
-        }
+    }
+}
+
+void SoundReader::Private::KeepOpen(size_t number)
+{
+    Source& source = sources[number];
+    const std::string& name = source.name == computerSounds ? defaultMonitor : source.name;
+    if (source.stream != nullptr && source.stream->Source() != name) {
+        source.stream.reset(); // another output has become the default
+        source.retry = {};
+    }
+    if (source.stream != nullptr && !source.stream->IsGood()) {
+        source.stream.reset();
+        source.retry = SteadyTime::clock::now() + retryDistance;
+    }
+    if (source.stream == nullptr && !name.empty() && SteadyTime::clock::now() >= source.retry) {
+        listener.opened(number);
+        source.stream = std::make_unique<RecordStream>(
+            *pulse, context, name, rate,
+            [this, number](SteadyTime captured, std::span<const int16_t> stereo) {
+                listener.sound(number, captured, stereo);
+            });
     }
 }
 
 void SoundReader::Private::Connect()
 {
     context = pulse->contextNew(pulse->mainloopGetApi(loop), "Lumenfold Screen Recorder");
-    if (context != nullptr &&
-        pulse->contextConnect(context, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
+    if (context == nullptr) {
+        return;
+    }
+    pulse->contextSetStateCallback(context, &Private::OnState, this);
+    pulse->contextSetSubscribeCallback(context, &Private::OnChange, this);
+    if (pulse->contextConnect(context, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
         DropContext();
-        retry = std::chrono::steady_clock::now() + retryDistance;
+        retry = SteadyTime::clock::now() + retryDistance;
     }
 }
 
 void SoundReader::Private::DropContext()
 {
     for (Source& source : sources) {
-        DropStream(source);
+        source.stream.reset();
+        source.retry = {};
     }
+    defaultMonitor.clear();
     if (context != nullptr) {
+        pulse->contextSetStateCallback(context, nullptr, nullptr);
         pulse->contextDisconnect(context);
         pulse->contextUnref(context);
         context = nullptr;
     }
 }
 
-void SoundReader::Private::Open(Source& source)
+void SoundReader::Private::OnState(pa_context* context, void* data)
 {
-    const pa_sample_spec format{PA_SAMPLE_S16LE, rate, 2};
-    source.stream = pulse->streamNew(context, "Recording", &format, nullptr);
-    if (source.stream == nullptr) {
-        source.retry = std::chrono::steady_clock::now() + retryDistance;
-        return;
-    }
-    pulse->streamSetReadCallback(source.stream, &Private::OnRead, &source);
-    pa_buffer_attr buffer{};
-    buffer.maxlength = static_cast<uint32_t>(-1);
-    buffer.fragsize = rate / fragmentsPerSecond * frameBytes;
-    // DONT_MOVE: never record a device the user did not choose.
-    const auto flags =
-        static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE |
-                                       PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_DONT_MOVE);
-    listener.opened(source.number);
-    if (pulse->streamConnectRecord(source.stream, source.name.c_str(), &buffer, flags) < 0) {
-        DropStream(source);
-        source.retry = std::chrono::steady_clock::now() + retryDistance;
+    auto* self = static_cast<Private*>(data);
+    if (self->pulse->contextGetState(context) == PA_CONTEXT_READY) {
+        self->Forget(
+            self->pulse->contextSubscribe(context, PA_SUBSCRIPTION_MASK_SERVER, nullptr, nullptr));
+        self->AskForDefault();
     }
 }
 
-void SoundReader::Private::DropStream(Source& source) const
+// The server's defaults have changed.
+void SoundReader::Private::OnChange(pa_context* /*context*/, pa_subscription_event_type_t /*event*/,
+                                    uint32_t /*index*/, void* data)
 {
-    if (source.stream != nullptr) {
-        pulse->streamSetReadCallback(source.stream, nullptr, nullptr);
-        pulse->streamDisconnect(source.stream);
-        pulse->streamUnref(source.stream);
-        source.stream = nullptr;
+    static_cast<Private*>(data)->AskForDefault();
+}
+
+void SoundReader::Private::AskForDefault()
+{
+    Forget(pulse->contextGetSinkInfoByName(context, "@DEFAULT_SINK@", &Private::OnOutput, this));
+}
+
+// Called once with the output and once with `end` set: 1, or -1 if there is no output.
+void SoundReader::Private::OnOutput(pa_context* /*context*/, const pa_sink_info* output, int end,
+                                    void* data)
+{
+    auto* self = static_cast<Private*>(data);
+    if (end < 0) {
+        self->defaultMonitor.clear();
+    } else if (output != nullptr && output->monitor_source_name != nullptr) {
+        self->defaultMonitor = output->monitor_source_name;
     }
 }
 
-void SoundReader::Private::OnRead(pa_stream* stream, size_t /*bytes*/, void* data)
+void SoundReader::Private::Forget(pa_operation* operation) const
 {
-    const auto* source = static_cast<Source*>(data);
-    const void* bytes = nullptr;
-    size_t size = 0;
-    const PulseLibrary* pulse = source->owner->pulse;
-    while (pulse->streamPeek(stream, &bytes, &size) == 0 && size > 0) {
-        if (bytes != nullptr) { // null is a hole, which stays silent
-            source->owner->Deliver(*source, bytes, size);
-        }
-        pulse->streamDrop(stream);
+    if (operation != nullptr) {
+        pulse->operationUnref(operation);
     }
-}
-
-// The latency says how long ago the first sample was captured. For a monitor it says when the
-// sample is heard, which may be in the future.
-void SoundReader::Private::Deliver(const Source& source, const void* bytes, size_t size) const
-{
-    pa_usec_t latency = 0;
-    int negative = 0;
-    auto age = std::chrono::microseconds(size / frameBytes * 1000000 / rate);
-    if (pulse->streamGetLatency(source.stream, &latency, &negative) == 0) {
-        age = std::chrono::microseconds(latency);
-        age = negative != 0 ? -age : age;
-    }
-    listener.sound(source.number, std::chrono::steady_clock::now() - age,
-                   {static_cast<const int16_t*>(bytes), size / sizeof(int16_t)});
 }
 
 } // namespace tool
