@@ -50,7 +50,8 @@ std::optional<EditList> ReadEditList(FrugalFile& file, const Box& box)
     }
     list.segmentDuration = edit.duration;
     list.mediaTime = edit.mediaTime;
-    const bool usual = !reader.Failed() && !edit.isEmpty && edit.rate == normalRate;
+    const uint64_t mostTicks = width == 8 ? INT64_MAX : INT32_MAX; // the time is signed
+    const bool usual = !reader.Failed() && edit.mediaTime <= mostTicks && edit.rate == normalRate;
     return usual ? std::optional(list) : std::nullopt;
 }
 

@@ -10,34 +10,28 @@
 
 namespace tool {
 
-FrugalFile::FrugalFile(const std::string& path, uint64_t allowedBytes) : m_allowed(allowedBytes)
+FrugalFile::FrugalFile(const std::string& path, uint64_t allowedBytes)
+    : m_file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)),
+      m_allowed(allowedBytes)
 {
     struct stat info = {};
-    m_file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (m_file >= 0 && (fstat(m_file, &info) != 0 || !S_ISREG(info.st_mode))) {
-        close(m_file);
-        m_file = -1;
+    if (m_file.IsOpen() && (fstat(m_file.Number(), &info) != 0 || !S_ISREG(info.st_mode))) {
+        m_file.Close();
     }
-    m_size = m_file >= 0 ? static_cast<uint64_t>(info.st_size) : 0;
-}
-
-FrugalFile::~FrugalFile()
-{
-    if (m_file >= 0) {
-        close(m_file);
-    }
+    m_size = m_file.IsOpen() ? static_cast<uint64_t>(info.st_size) : 0;
 }
 
 bool FrugalFile::Read(uint64_t offset, void* target, size_t count)
 {
-    if (m_file < 0 || count > m_allowed - m_read || offset > m_size || count > m_size - offset) {
+    if (!m_file.IsOpen() || count > m_allowed - m_read || offset > m_size ||
+        count > m_size - offset) {
         m_failed = true;
         return false;
     }
     m_read += count;
     auto* bytes = static_cast<char*>(target);
     while (count > 0) {
-        const ssize_t got = pread(m_file, bytes, count, static_cast<off_t>(offset));
+        const ssize_t got = pread(m_file.Number(), bytes, count, static_cast<off_t>(offset));
         if (got < 0 && errno == EINTR) {
             continue;
         }

@@ -1,6 +1,8 @@
 // A file with a limit on how much of it is read.
 #pragma once
 
+#include "tool/system/descriptor.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -14,11 +16,8 @@ class FrugalFile
 public:
     // Opens regular files only; a pipe could block.
     FrugalFile(const std::string& path, uint64_t allowedBytes);
-    ~FrugalFile();
-    FrugalFile(const FrugalFile&) = delete;
-    FrugalFile& operator=(const FrugalFile&) = delete;
 
-    bool IsOpen() const { return m_file >= 0; }
+    bool IsOpen() const { return m_file.IsOpen(); }
     uint64_t Size() const { return m_size; } // bytes
     uint64_t BytesRead() const { return m_read; }
 
@@ -32,7 +31,7 @@ public:
     bool Failed() const { return m_failed; }
 
 private:
-    int m_file = -1;
+    Descriptor m_file;
     uint64_t m_size = 0;
     uint64_t m_allowed;
     uint64_t m_read = 0;

@@ -4,6 +4,8 @@
 #include "tool/mp4/fragments.h"
 #include "tool/mp4/frugal_file.h"
 #include "tool/mp4/movie_box.h"
+#include "tool/system/descriptor.h"
+#include "tool/system/sync_data.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -21,20 +23,12 @@ public:
         : m_file(open(path.c_str(), O_WRONLY | O_CLOEXEC))
     {
     }
-    ~WritableFile()
-    {
-        if (m_file >= 0) {
-            close(m_file);
-        }
-    }
-    WritableFile(const WritableFile&) = delete;
-    WritableFile& operator=(const WritableFile&) = delete;
 
     bool Write(std::string_view bytes, uint64_t offset) const
     {
         while (!bytes.empty()) {
             const ssize_t count =
-                pwrite(m_file, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+                pwrite(m_file.Number(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
             if (count < 0 && errno == EINTR) {
                 continue;
             }
@@ -47,11 +41,14 @@ public:
         return true;
     }
 
-    bool Sync() const { return fdatasync(m_file) == 0; }
-    bool Shorten(uint64_t size) const { return ftruncate(m_file, static_cast<off_t>(size)) == 0; }
+    bool Sync() const { return SyncData(m_file.Number()); }
+    bool Shorten(uint64_t size) const
+    {
+        return ftruncate(m_file.Number(), static_cast<off_t>(size)) == 0;
+    }
 
 private:
-    int m_file;
+    Descriptor m_file;
 };
 
 // The file is valid at every moment. If there is no room for the box, the file stays as it was.

@@ -1,0 +1,12 @@
+#include "tool/system/sync_data.h"
+
+#include <unistd.h>
+
+namespace tool {
+
+bool SyncData(int descriptor)
+{
+    return fdatasync(descriptor) == 0;
+}
+
+} // namespace tool
