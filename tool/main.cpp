@@ -16,6 +16,7 @@
 #include "tool/system/complaint.h"
 
 #include <cstdio>
+#include <exception>
 #include <string>
 #include <unistd.h>
 #include <variant>
@@ -89,6 +90,10 @@ struct Dispatch
 int main(int count, char** values)
 {
     const pid_t recorder = getppid();
-    const tool::Arguments arguments(values + (count > 0 ? 1 : 0), values + count);
-    return std::visit(Dispatch{recorder}, tool::ReadCommand(arguments));
+    try {
+        const tool::Arguments arguments(values + (count > 0 ? 1 : 0), values + count);
+        return std::visit(Dispatch{recorder}, tool::ReadCommand(arguments));
+    } catch (const std::exception& error) { // no memory is left
+        return tool::Complain(error.what());
+    }
 }
