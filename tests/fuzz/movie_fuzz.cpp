@@ -15,7 +15,11 @@ void CheckTrack(const tool::MovieTrack& track)
 {
     Require(track.codec.empty() || track.codec.size() == 4, "a codec has four letters or none");
     Require(track.trimmedStart >= 0 && track.trimmedStart <= 2 * hundredYears,
-            "what is hidden is a time");
+            "what is left out is a time");
+    Require(track.timescale > 0, "time has ticks");
+    Require(track.configuration.size() <= 4096, "what sets up a decoder is short");
+    Require(!track.start || track.trimmedTicks <= track.mediaDuration,
+            "what is left out is part of the media");
     Require(!track.start || (*track.start >= 0 && *track.start <= 2 * hundredYears),
             "a track begins at a time");
     Require(!track.end || (*track.end >= *track.start && *track.end <= 4 * hundredYears),
