@@ -308,10 +308,10 @@ void ToolMergeTest::deletedPartsAreJoinedToTheEnd()
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(TOOL_PROGRAM, JoinArguments(parts));
     QByteArray text;
-    while (!text.contains("Press [q]") && process.waitForReadyRead()) {
+    while (!text.contains("Stream mapping:") && process.waitForReadyRead()) {
         text += process.readAll();
     }
-    QVERIFY2(text.contains("Press [q]"), text);
+    QVERIFY2(text.contains("Stream mapping:"), text);
     for (const QString& part : parts) {
         QVERIFY(QFile::remove(part));
     }
@@ -368,12 +368,13 @@ void ToolMergeTest::quitStopsTheJoin()
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(TOOL_PROGRAM, JoinArguments(parts));
     QByteArray text;
-    while (!text.contains("frame=") && process.waitForReadyRead()) {
+    while (process.waitForReadyRead()) {
         text += process.readAll();
         process.write("q\r\n");
     }
-    QVERIFY2(process.waitForFinished(), text);
-    QVERIFY2(Duration(m_result) < 590, "it went on to the end");
+    QVERIFY2(process.state() == QProcess::NotRunning || process.waitForFinished(), text);
+    QVERIFY2(process.exitCode() != 0, text);
+    QVERIFY2(!QFile::exists(m_result), "it went on to the end");
 }
 
 QTEST_GUILESS_MAIN(ToolMergeTest)

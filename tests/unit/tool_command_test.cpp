@@ -188,9 +188,8 @@ void ToolCommandTest::similarCommandsArePassedOn_data()
           "-i a.ts -acodec copy -vcodec copy -absf aac_adtstoasc b",
           "-i concat:a| -acodec aac -vcodec copy -absf aac_adtstoasc b",
           "-i a -ss 7 -t 3 -codec copy -y b", "-ss 7 -i a -t 3 -codec copy b",
-          "-i a -ss 3 -t 0 -codec copy b", "-i a -ss 3 -t -2 -codec copy b",
-          "-i a -ss -3 -t 2 -codec copy b", "-i a -ss 3.5 -t 2 -codec copy b",
-          "-i a -ss 99999999999999999999 -t 2 -codec copy b", "-y -i", "-i a -y"}) {
+          "-i a -ss 3.5 -t 2 -codec copy b", "-i a -ss 99999999999999999999 -t 2 -codec copy b",
+          "-y -i", "-i a -y"}) {
         QTest::newRow(line) << QString(line);
     }
 }

@@ -162,7 +162,7 @@ std::optional<Cut> ReadCut(const Arguments& arguments)
     }
     const auto start = ParseNumber(arguments[3]);
     const auto length = ParseNumber(arguments[5]);
-    if (!start || !length || *start < 0 || *length <= 0) {
+    if (!start || !length) {
         return std::nullopt; // ffmpeg refuses it and says why
     }
     return Cut{arguments[1], *start, *length, arguments[8]};

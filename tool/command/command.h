@@ -42,8 +42,8 @@ struct Record
 struct Cut
 {
     std::string source;
-    int64_t start = 0;  // seconds, 0 or more
-    int64_t length = 0; // seconds, more than 0
+    int64_t start = 0;  // seconds
+    int64_t length = 0; // seconds; the recorder checks neither
     std::string destination;
 };
 

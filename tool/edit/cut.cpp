@@ -1,46 +1,40 @@
 #include "tool/edit/cut.h"
 
+#include "tool/edit/job.h"
 #include "tool/edit/torn_input.h"
-#include "tool/ffmpeg/ffmpeg_program.h"
 #include "tool/mp4/frugal_file.h"
 #include "tool/mp4/movie.h"
 
+#include <algorithm>
+
 namespace tool {
-namespace {
 
-// Seeking to a start after the end would give the last frames.
-bool BeginsInside(const Cut& cut)
+Arguments CutArguments(const Cut& cut, bool seeks)
 {
-    constexpr int64_t second = 1000000;
-    FrugalFile file(cut.source, movieAllowance);
-    const auto movie = ReadMovie(file);
-    return !movie || !movie->duration || movie->fragmented ||
-           cut.start < (*movie->duration + second - 1) / second;
+    Arguments result = {"-i", cut.source};
+    result.insert(seeks ? result.begin() : result.end(), {"-ss", std::to_string(cut.start)});
+    result.insert(result.end(), {"-t", std::to_string(cut.length), "-codec", "copy"});
+    return result;
 }
 
-// The recorder's command.
-Arguments PlainCut(const Cut& cut)
-{
-    return {"-i",           cut.source,
-            "-ss",          std::to_string(cut.start),
-            "-t",           std::to_string(cut.length),
-            "-codec",       "copy",
-            cut.destination};
-}
-
-} // namespace
-
-Arguments SeekingCut(const Cut& cut)
-{
-    return {"-ss",          std::to_string(cut.start),  "-i",     cut.source,
-            "-t",           std::to_string(cut.length), "-codec", "copy",
-            cut.destination};
-}
-
+// A cut that starts after the end is made as asked, and so is empty: seeking would give the last
+// frames.
 int RunCut(const std::string& ffmpeg, const Cut& cut)
 {
-    const Arguments arguments = BeginsInside(cut) ? SeekingCut(cut) : PlainCut(cut);
-    return Become(ffmpeg, WithoutTornEnds(arguments));
+    constexpr double second = 1e6;
+    FrugalFile file(cut.source, movieAllowance);
+    const auto movie = ReadMovie(file);
+    const auto start = static_cast<double>(cut.start);
+    auto seconds = static_cast<double>(cut.length);
+    if (movie && movie->duration && !movie->fragmented) {
+        seconds = std::min(seconds, static_cast<double>(*movie->duration) / second - start);
+    }
+    const bool seeks = start >= 0 && seconds > 0;
+    return RunJob({.ffmpeg = ffmpeg,
+                   .arguments = WithoutTornEnds(CutArguments(cut, seeks)),
+                   .destination = cut.destination,
+                   .seconds = seconds,
+                   .ticks = 19}); // of 20: the last would tell the end too early
 }
 
 } // namespace tool

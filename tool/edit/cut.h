@@ -4,13 +4,13 @@
 
 namespace tool {
 
-// The ffmpeg command that cuts by seeking in the input. Seeking in the output, as the recorder's
-// command does, drops frames up to the next sync sample and leaves sound without a picture. This
-// one copies from the sync sample before the start and writes an edit list that hides what comes
-// earlier.
-Arguments SeekingCut(const Cut& cut);
+// The arguments for ffmpeg, without the output. With `seeks` they seek in the input: seeking in the
+// output, as the recorder's command does, drops frames up to the next sync sample and leaves sound
+// without a picture. So ffmpeg copies from the sync sample before the start and writes an edit list
+// that hides what comes earlier.
+Arguments CutArguments(const Cut& cut, bool seeks);
 
-// Becomes ffmpeg. Returns only on failure: an exit code, after a message.
+// Returns the exit code.
 int RunCut(const std::string& ffmpeg, const Cut& cut);
 
 } // namespace tool

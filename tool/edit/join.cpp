@@ -1,8 +1,10 @@
 #include "tool/edit/join.h"
 
+#include "tool/edit/job.h"
 #include "tool/edit/transport_stream.h"
 #include "tool/ffmpeg/features.h"
 #include "tool/ffmpeg/ffmpeg_program.h"
+#include "tool/mp4/frugal_file.h"
 #include "tool/system/complaint.h"
 #include "tool/system/one_of.h"
 
@@ -371,9 +373,19 @@ Arguments EncodingJoin(const std::vector<std::string>& names,
 int RunJoin(const std::string& ffmpeg, const Join& join)
 {
     const std::vector<std::string> names = SplitList(join.list);
+    // Each conversion has made one of 20 ticks, and the last tick of all would tell the end early.
+    const int ticks = 19 * static_cast<int>(names.size()) + 19;
     if (names.empty() || CanBeCopied(names)) {
         const bool dropsOverlap = names.size() > 1 && FeaturesOf(ffmpeg).noiseDrop;
-        return Become(ffmpeg, CopyingJoin(join, dropsOverlap));
+        Job job{.ffmpeg = ffmpeg,
+                .arguments = CopyingJoin(join, dropsOverlap),
+                .destination = join.destination,
+                .ticks = ticks};
+        job.arguments.pop_back(); // the job names the output
+        for (const std::string& name : names) {
+            job.bytes += FrugalFile(name, 0).Size();
+        }
+        return RunJob(job);
     }
     Arguments question = {"-hide_banner"};
     for (const std::string& name : names) {
@@ -391,7 +403,15 @@ int RunJoin(const std::string& ffmpeg, const Join& join)
             return Complain(names[i] + ": Invalid data: neither picture nor sound");
         }
     }
-    return Become(ffmpeg, EncodingJoin(names, parts, join.destination));
+    Job job{.ffmpeg = ffmpeg,
+            .arguments = EncodingJoin(names, parts, join.destination),
+            .destination = join.destination,
+            .ticks = ticks};
+    job.arguments.pop_back(); // the job names the output
+    for (const PartDescription& part : parts) {
+        job.seconds += part.duration;
+    }
+    return RunJob(job);
 }
 
 } // namespace tool

@@ -42,8 +42,7 @@ std::vector<PartDescription> ParseDescriptions(const std::string& text);
 Arguments EncodingJoin(const std::vector<std::string>& names,
                        const std::vector<PartDescription>& parts, const std::string& destination);
 
-// Copies parts that fit together and re-encodes others. Becomes ffmpeg. Returns only on failure: an
-// exit code, after a message.
+// Copies parts that fit together and re-encodes others. Returns the exit code.
 int RunJoin(const std::string& ffmpeg, const Join& join);
 
 } // namespace tool

@@ -1,0 +1,122 @@
+#include "tool/edit/job.h"
+
+#include "tool/edit/job_worker.h"
+#include "tool/system/complaint.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <poll.h>
+#include <string_view>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace tool {
+namespace {
+
+int Refuse(const std::string& reason, const std::string& destination)
+{
+    Console().Say("tool: " + reason + ".\n" + FailureLine(destination), std::chrono::seconds(1));
+    return failed;
+}
+
+// What the recorder started: passes cancels on and waits for the worker's end.
+class Front
+{
+public:
+    Front(pid_t worker, Descriptor leash) : m_worker(worker), m_leash(std::move(leash)) {}
+
+    // Returns the worker's exit status as of waitpid(), or nothing if it takes too long.
+    std::optional<int> Wait()
+    {
+        const auto end = std::chrono::steady_clock::now() + longestRun;
+        int status = 0;
+        while (waitpid(m_worker, &status, WNOHANG) == 0) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(
+                end - std::chrono::steady_clock::now());
+            if (left.count() <= 0) {
+                return std::nullopt;
+            }
+            Look(static_cast<int>(left.count()));
+        }
+        return status;
+    }
+
+private:
+    void Look(int milliseconds);
+    bool IsQuitTyped();
+
+    pid_t m_worker;
+    Descriptor m_leash;
+    Signals m_signals{SIGTERM, SIGINT, SIGHUP, SIGCHLD};
+    int m_input = STDIN_FILENO; // -1 at its end
+};
+
+void Front::Look(int milliseconds)
+{
+    std::array<pollfd, 2> events{{{m_signals.Number(), POLLIN, 0}, {m_input, POLLIN, 0}}};
+    if (poll(events.data(), events.size(), milliseconds) <= 0) {
+        return;
+    }
+    bool cancels = events[1].revents != 0 && IsQuitTyped();
+    while (const auto number = m_signals.Next()) {
+        cancels = cancels || *number != SIGCHLD;
+    }
+    if (cancels) {
+        [[maybe_unused]] const ssize_t written = write(m_leash.Number(), "q", 1);
+    }
+}
+
+bool Front::IsQuitTyped()
+{
+    std::array<char, 512> typed{};
+    const ssize_t got = read(m_input, typed.data(), typed.size());
+    if (got == 0 || (got < 0 && errno != EINTR && errno != EAGAIN)) {
+        m_input = -1;
+    }
+    const std::string_view text(typed.data(), static_cast<size_t>(std::max<ssize_t>(got, 0)));
+    return text.find('q') != std::string_view::npos;
+}
+
+} // namespace
+
+int RunJob(const Job& job)
+{
+    OpenStandardStreams();
+    IgnoreSignals({SIGPIPE});
+    PartFile part(job.destination);
+    if (!part.IsOpen()) {
+        return Refuse(part.Problem(), job.destination);
+    }
+    auto leash = MakePipe();
+    std::optional<SignalBlock> block(std::in_place);
+    const pid_t child = leash ? fork() : -1;
+    if (child < 0) {
+        part.Remove();
+        return Refuse(std::string("no process can be started: ") + std::strerror(errno),
+                      job.destination);
+    }
+    if (child == 0) {
+        setsid();
+        leash->write.Close();
+        JobWorker worker(job, part, std::move(leash->read));
+        block.reset();
+        _exit(worker.Run());
+    }
+    leash->read.Close();
+    Front front(child, std::move(leash->write));
+    block.reset();
+    const auto status = front.Wait();
+    if (!status) {
+        return 0; // the recorder tells success now, and the worker goes on
+    }
+    if (WIFEXITED(*status)) {
+        return WEXITSTATUS(*status);
+    }
+    part.Remove();
+    return Refuse("the job was killed", job.destination);
+}
+
+} // namespace tool
