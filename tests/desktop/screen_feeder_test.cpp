@@ -3,7 +3,7 @@
 #include "tests/support/own_screen.h"
 #include "tool/record/capture_command.h"
 #include "tool/record/screen_feeder.h"
-#include "tool/screen/x11/screen_picture.h"
+#include "tool/screen/screen_picture.h"
 
 #include <QElapsedTimer>
 #include <QTest>
@@ -24,10 +24,13 @@ constexpr int kPictureRate = 30;
 std::unique_ptr<Outlet> Pictures(RecordingTime* start, const tool::Rectangle& area = kSmall,
                                  const QString& display = qEnvironmentVariable("DISPLAY"))
 {
-    return std::make_unique<Outlet>([&] {
-        return tool::StartScreenFeeder({display.toStdString(), area, {kPictureRate, 1}, start})
-            .value_or(-1);
+    const QByteArray usual = qgetenv("DISPLAY");
+    qputenv("DISPLAY", display.toUtf8());
+    auto outlet = std::make_unique<Outlet>([&] {
+        return tool::StartScreenFeeder({area, {kPictureRate, 1}, start}).value_or(-1);
     });
+    qputenv("DISPLAY", usual);
+    return outlet;
 }
 
 qsizetype CountOfPictures(const Outlet& outlet, const tool::Rectangle& area = kSmall)

@@ -130,16 +130,39 @@ void OwnScreen::ShowColour(uint32_t colour, int mouseX, int mouseY)
     const uint32_t pixel = Pixel(colour);
     xcb_change_window_attributes(m_pConnection, m_root, XCB_CW_BACK_PIXEL, &pixel);
     xcb_clear_area(m_pConnection, 0, m_root, 0, 0, 0, 0);
-    // The server has no cursor until one is set.
+    constexpr uint16_t arrow = 68; // its hot spot is the upper left corner
+    SetPointer(arrow);
+    MovePointer(mouseX, mouseY);
+}
+
+// The server has no cursor until one is set.
+void OwnScreen::SetPointer(uint16_t glyph)
+{
     const xcb_font_t font = xcb_generate_id(m_pConnection);
     xcb_open_font(m_pConnection, font, 6, "cursor");
     const xcb_cursor_t cursor = xcb_generate_id(m_pConnection);
-    constexpr uint16_t arrow = 68; // its hot spot is the upper left corner
-    xcb_create_glyph_cursor(m_pConnection, cursor, font, font, arrow, arrow + 1, 0, 0, 0, 0xffff,
-                            0xffff, 0xffff);
+    xcb_create_glyph_cursor(m_pConnection, cursor, font, font, glyph,
+                            static_cast<uint16_t>(glyph + 1), 0, 0, 0, 0xffff, 0xffff, 0xffff);
     xcb_change_window_attributes(m_pConnection, m_root, XCB_CW_CURSOR, &cursor);
-    xcb_warp_pointer(m_pConnection, XCB_NONE, m_root, 0, 0, 0, 0, static_cast<int16_t>(mouseX),
-                     static_cast<int16_t>(mouseY));
+    Sync();
+}
+
+void OwnScreen::Occupy()
+{
+    xcb_grab_server(m_pConnection);
+    Sync();
+}
+
+void OwnScreen::Release()
+{
+    xcb_ungrab_server(m_pConnection);
+    Sync();
+}
+
+void OwnScreen::MovePointer(int x, int y)
+{
+    xcb_warp_pointer(m_pConnection, XCB_NONE, m_root, 0, 0, 0, 0, static_cast<int16_t>(x),
+                     static_cast<int16_t>(y));
     Sync();
 }
 

@@ -25,10 +25,16 @@ public:
     void ShowPicture();
     // Fills it with one colour, 0xRRGGBB, and moves the mouse there.
     void ShowColour(uint32_t colour, int mouseX, int mouseY);
+    // Another glyph of the font "cursor", white on black.
+    void SetPointer(uint16_t glyph);
+    void MovePointer(int x, int y);
     // Fills a part of it.
     void Paint(int x, int y, int width, int height, uint32_t colour);
     // Adds a second monitor that shows this part of the screen.
     bool AddMonitor(int x, int y, int width, int height);
+    // The server answers nobody else until it is released.
+    void Occupy();
+    void Release();
     // Shrinks the screen or restores its size.
     void Resize(int width, int height);
     // Kills the server.

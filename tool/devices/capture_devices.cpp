@@ -2,11 +2,10 @@
 
 #include "tool/devices/listing.h"
 #include "tool/devices/remembered_devices.h"
-#include "tool/screen/x11/monitors.h"
+#include "tool/screen/screen.h"
 #include "tool/sound/pulse/sound_devices.h"
 #include "tool/system/ask_child.h"
 #include "tool/system/complaint.h"
-#include "tool/system/environment.h"
 
 #include <chrono>
 #include <cstdio>
@@ -49,11 +48,9 @@ std::vector<std::string> AskForSources()
 int PrintListing()
 {
     Listing listing;
-    if (const auto monitors = ReadMonitors(Variable("DISPLAY"))) {
-        listing.screens = monitors->size();
-    } else {
-        listing.noScreenReason = NoScreenReason() + ".";
-    }
+    const Screens screens = ReadScreens();
+    listing.screens = screens.areas.size();
+    listing.noScreenReason = screens.noneReason + ".";
     listing.sound = ReadSoundDevices();
     RememberDevices(SourcesOf(listing.sound));
     const std::string text =

@@ -10,7 +10,7 @@
 #include "tool/record/recording_time.h"
 #include "tool/record/screen_feeder.h"
 #include "tool/record/sound_feeder.h"
-#include "tool/screen/x11/monitors.h"
+#include "tool/screen/screen.h"
 #include "tool/system/complaint.h"
 #include "tool/system/environment.h"
 
@@ -34,23 +34,23 @@ std::optional<int> StartPictures(const CapturePlan& plan, const Record& record,
     if (!rate || !record.isYuv420) {
         return std::nullopt;
     }
-    return StartScreenFeeder({plan.display, plan.area, *rate, start});
+    return StartScreenFeeder({plan.area, *rate, start});
 }
 
 // Returns nothing, after a message, if there is no such screen.
-std::optional<Rectangle> ScreenArea(const std::string& display, int screen)
+std::optional<Rectangle> ScreenArea(int screen)
 {
-    const auto monitors = ReadMonitors(display);
-    if (!monitors) {
-        Complain(NoScreenReason());
+    const Screens screens = ReadScreens();
+    if (screens.areas.empty()) {
+        Complain(screens.noneReason);
         return std::nullopt;
     }
-    if (static_cast<size_t>(screen) >= monitors->size()) {
+    if (static_cast<size_t>(screen) >= screens.areas.size()) {
         Complain("there is no screen " + std::to_string(screen) + ", the display has " +
-                 std::to_string(monitors->size()));
+                 std::to_string(screens.areas.size()));
         return std::nullopt;
     }
-    return EvenSized((*monitors)[static_cast<size_t>(screen)]);
+    return EvenSized(screens.areas[static_cast<size_t>(screen)]);
 }
 
 } // namespace
@@ -59,7 +59,7 @@ int RunRecording(const std::string& ffmpeg, const Record& record, pid_t recorder
 {
     CapturePlan plan;
     plan.display = Variable("DISPLAY");
-    const auto area = ScreenArea(plan.display, record.screen);
+    const auto area = ScreenArea(record.screen);
     const auto sources = area ? SourcesFor(record.sounds) : std::nullopt;
     if (!area || !sources) {
         return failed;

@@ -3,7 +3,8 @@
 #include "tool/record/capture_command.h"
 #include "tool/record/companion.h"
 #include "tool/record/picture_pipe.h"
-#include "tool/screen/x11/screen_grabber.h"
+#include "tool/screen/screen.h"
+#include "tool/screen/screen_picture.h"
 
 #include <array>
 #include <fcntl.h>
@@ -17,7 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
-using Outcome = ScreenGrabber::Outcome;
+using Outcome = Screen::Outcome;
 
 constexpr auto patience = 3s; // for the server's first answers; measured: 6 ms
 constexpr auto firstPatience = 1s;
@@ -25,9 +26,9 @@ constexpr auto firstPatience = 1s;
 class Feeder
 {
 public:
-    Feeder(const ScreenFeederPlan& plan, ScreenGrabber& grabber, int pipe)
+    Feeder(const ScreenFeederPlan& plan, Screen& screen, int pipe)
         : m_plan(plan),
-          m_grabber(grabber),
+          m_screen(screen),
           m_nPipe(pipe),
           m_pictures(pipe, YuvBytes(plan.area.width, plan.area.height))
     {
@@ -35,7 +36,7 @@ public:
 
     void Run()
     {
-        if (m_grabber.Grab(Clock::now() + firstPatience) != Outcome::Taken || !Convert()) {
+        if (m_screen.Next(Clock::now() + firstPatience) != Outcome::Taken || !Convert()) {
             return;
         }
         m_pictures.Add(0); // used if the server does not answer at the start
@@ -85,7 +86,7 @@ private:
     {
         uint8_t* picture = m_pictures.Blank();
         if (picture != nullptr) {
-            ConvertToYuv(m_grabber.Picture(), picture, m_plan.area.width, m_plan.area.height);
+            m_screen.Write(picture);
         }
         return picture != nullptr;
     }
@@ -95,13 +96,15 @@ private:
     int64_t Fill(const PictureClock& clock, int64_t next)
     {
         const int64_t place = clock.PlaceAt(Clock::now(), next);
-        const Outcome outcome = m_grabber.Grab(clock.Due(place + 1));
+        const Outcome outcome = m_screen.Next(clock.Due(place + 1));
         m_pictures.Repeat(place - next);
         if (outcome == Outcome::Lost) {
             return -1;
         }
-        if (outcome == Outcome::Taken && Convert()) {
+        m_bUnwritten = m_bUnwritten || outcome == Outcome::Taken;
+        if (m_bUnwritten && outcome != Outcome::Waiting && Convert()) {
             m_pictures.Add();
+            m_bUnwritten = false;
         } else {
             m_pictures.Repeat(1);
         }
@@ -109,9 +112,10 @@ private:
     }
 
     const ScreenFeederPlan& m_plan;
-    ScreenGrabber& m_grabber;
+    Screen& m_screen;
     int m_nPipe;
     PicturePipe m_pictures;
+    bool m_bUnwritten = false; // there was no room for the last picture
 };
 
 } // namespace
@@ -125,8 +129,8 @@ std::optional<int> StartScreenFeeder(const ScreenFeederPlan& plan)
     const bool started = StartCompanion({ends[1]}, [&plan](const auto& kept) {
         const int pipe = kept.front();
         fcntl(pipe, F_SETFL, O_WRONLY | O_NONBLOCK);
-        if (const auto grabber = ScreenGrabber::Open(plan.display, plan.area)) {
-            Feeder(plan, *grabber, pipe).Run();
+        if (const auto screen = OpenScreen(plan.area)) {
+            Feeder(plan, *screen, pipe).Run();
         }
     });
     close(ends[1]);

@@ -7,13 +7,11 @@
 #include "tool/screen/rectangle.h"
 
 #include <optional>
-#include <string>
 
 namespace tool {
 
 struct ScreenFeederPlan
 {
-    std::string display;
     Rectangle area; // even width and height
     PictureRate rate;
     RecordingTime* start = nullptr; // set at the first frame

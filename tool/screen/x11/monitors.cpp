@@ -1,7 +1,7 @@
 #include "tool/screen/x11/monitors.h"
 
-#include "tool/screen/x11/owned_reply.h"
-#include "tool/system/environment.h"
+#include "tool/screen/x11/display.h"
+#include "tool/screen/x11/reply.h"
 
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
@@ -9,21 +9,10 @@
 namespace tool {
 namespace {
 
-const xcb_screen_t* DefaultScreen(xcb_connection_t* connection, int number)
-{
-    xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
-    for (; number > 0 && screens.rem > 1; --number) {
-        xcb_screen_next(&screens);
-    }
-    return screens.rem > 0 ? screens.data : nullptr;
-}
-
 // Monitors need RandR 1.5. An older server answers the request with an error.
 std::vector<Rectangle> RandrMonitors(xcb_connection_t* connection, xcb_window_t root)
 {
-    const xcb_query_extension_reply_t* extension =
-        xcb_get_extension_data(connection, &xcb_randr_id);
-    if (extension == nullptr || extension->present == 0) {
+    if (!HasExtension(connection, &xcb_randr_id)) {
         return {};
     }
     const auto versionCookie = xcb_randr_query_version(connection, 1, 5);
@@ -54,36 +43,16 @@ std::vector<Rectangle> RandrMonitors(xcb_connection_t* connection, xcb_window_t 
 
 std::optional<std::vector<Rectangle>> ReadMonitors(const std::string& display)
 {
-    if (display.empty()) {
+    const auto opened = OpenDisplay(display);
+    if (!opened) {
         return std::nullopt;
     }
-    int number = 0;
-    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
-        xcb_connect(display.c_str(), &number), &xcb_disconnect);
-    if (xcb_connection_has_error(connection.get()) != 0) {
-        return std::nullopt;
-    }
-    const xcb_screen_t* screen = DefaultScreen(connection.get(), number);
-    if (screen == nullptr) {
-        return std::nullopt;
-    }
-    std::vector<Rectangle> monitors = RandrMonitors(connection.get(), screen->root);
+    const xcb_screen_t* screen = opened->screen;
+    std::vector<Rectangle> monitors = RandrMonitors(opened->connection.get(), screen->root);
     if (monitors.empty()) {
         monitors.push_back({0, 0, screen->width_in_pixels, screen->height_in_pixels});
     }
     return monitors;
-}
-
-std::string NoScreenReason()
-{
-    const std::string display = Variable("DISPLAY");
-    std::string reason = display.empty() ? "No screen can be recorded: DISPLAY is not set"
-                                         : "No screen can be recorded: the X display " + display +
-                                               " cannot be opened";
-    if (!Variable("WAYLAND_DISPLAY").empty()) {
-        reason += "; a Wayland session without X gives programs no access to the screen";
-    }
-    return reason;
 }
 
 } // namespace tool

@@ -14,7 +14,4 @@ namespace tool {
 // opened.
 std::optional<std::vector<Rectangle>> ReadMonitors(const std::string& display);
 
-// Why there are none: a sentence.
-std::string NoScreenReason();
-
 } // namespace tool

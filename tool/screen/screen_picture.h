@@ -1,8 +1,9 @@
-// Turns a grabbed image into a frame: draws the mouse cursor and converts the pixel format.
+// Turns an image of the screen into a frame: draws the mouse cursor and converts the pixel format.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace tool {
 
@@ -30,8 +31,20 @@ struct CursorImage
 // those of Pixels, in place, dropping the lowest two bits of each colour.
 void NarrowColours(const Pixels& picture);
 
-// Draws the part of the cursor that is inside the image.
-void DrawCursor(const CursorImage& cursor, const Pixels& picture);
+// Draws the part of the cursor that is inside the image, for as long as this object exists. Then
+// the image is as before.
+class DrawnCursor
+{
+public:
+    DrawnCursor(const CursorImage& cursor, const Pixels& picture);
+    DrawnCursor(const DrawnCursor&) = delete;
+    DrawnCursor& operator=(const DrawnCursor&) = delete;
+    ~DrawnCursor();
+
+private:
+    Pixels m_place;
+    std::vector<uint8_t> m_covered; // what is under it
+};
 
 // The size of a yuv420p frame in bytes: luma, then two chroma planes of half the size, rounded up.
 size_t YuvBytes(int width, int height);
