@@ -1,29 +1,20 @@
 // Reads sources of a real sound server that is killed, loses a source, or is asked to move a
 // stream.
-#include "tests/support/signal/beeper.h"
-#include "tests/support/signal/sound_analysis.h"
+#include "tests/support/ear.h"
 #include "tests/support/sound_server.h"
-#include "tool/sound/pulse/sound_reader.h"
+#include "tool/sound/sound_server.h"
 
-#include <QElapsedTimer>
 #include <QTest>
 
-#include <algorithm>
 #include <chrono>
-#include <cmath>
-#include <functional>
-#include <thread>
 
 using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int kRate = 48000;
 constexpr int kLow = 500; // Hz
 constexpr int kHigh = 1300;
-constexpr int kBeeps = 9;
-constexpr int kFewestRight = 4;
-constexpr double kMostOff = 40; // ms
+constexpr int kMostDelay = 500; // ms until a new default output is heard
 constexpr double kLoud = 5000;  // of 32767; the server's own tones have 16000
 
 const auto kTones = R"(
@@ -33,109 +24,15 @@ load-module module-sine-source source_name=high frequency=1300
 set-default-source high
 )";
 
-// Everything a reader receives.
-class Ear
-{
-public:
-    explicit Ear(const std::vector<std::string>& sources)
-        : m_heard(sources.size()),
-          m_reader(sources, kRate,
-                   {[this](size_t source, SteadyTime captured, std::span<const int16_t> stereo) {
-                        Hear(m_heard[source], captured, stereo);
-                    },
-                    [this](size_t source) { ++m_heard[source].opened; }})
-    {
-    }
-
-    bool ListenUntil(const std::function<bool()>& condition, int milliseconds = 15000)
-    {
-        QElapsedTimer time;
-        time.start();
-        while (!condition()) {
-            if (time.hasExpired(milliseconds)) {
-                return false;
-            }
-            m_reader.Wait(10ms);
-        }
-        return true;
-    }
-    void Forget(size_t source)
-    {
-        m_heard[source].samples.clear();
-        m_heard[source].pieces.clear();
-    }
-    // Waits until this much more has been received.
-    bool Listen(size_t source, double seconds)
-    {
-        Forget(source);
-        return ListenUntil([&] { return Seconds(source) >= seconds; });
-    }
-    void Wait(std::chrono::milliseconds time) { m_reader.Wait(time); }
-
-    double Seconds(size_t source) const
-    {
-        return static_cast<double>(m_heard[source].samples.size()) / kRate;
-    }
-    // The loudness of a tone in what was received since Listen().
-    double Level(size_t source, int hertz) const
-    {
-        return Amplitude(m_heard[source].samples, kRate, hertz);
-    }
-    // The duration of the longest piece received since Listen().
-    double LongestPiece(size_t source) const
-    {
-        const Heard& heard = m_heard[source];
-        size_t longest = 0;
-        for (size_t i = 0; i < heard.pieces.size(); ++i) {
-            const bool last = i + 1 == heard.pieces.size();
-            const size_t end = last ? heard.samples.size() : heard.pieces[i + 1].first;
-            longest = std::max(longest, end - heard.pieces[i].first);
-        }
-        return static_cast<double>(longest) / kRate;
-    }
-    int Opened(size_t source) const { return m_heard[source].opened; }
-
-    // The start times of the beeps received since Listen(), according to the reader.
-    std::vector<SteadyTime> Beeps(size_t source, int hertz) const
-    {
-        const Heard& heard = m_heard[source];
-        std::vector<SteadyTime> times;
-        for (const double seconds : BeepTimes(heard.samples, kRate, hertz)) {
-            const auto sample = static_cast<size_t>(seconds * kRate);
-            const auto after =
-                std::find_if(heard.pieces.begin(), heard.pieces.end(),
-                             [sample](const Piece& one) { return one.first > sample; });
-            const Piece& piece = *(after - 1);
-            times.push_back(piece.captured +
-                            std::chrono::microseconds((sample - piece.first) * 1000000 / kRate));
-        }
-        return times;
-    }
-
-private:
-    struct Piece
-    {
-        size_t first; // sample
-        SteadyTime captured;
-    };
-    struct Heard
-    {
-        std::vector<int16_t> samples; // left channel
-        std::vector<Piece> pieces;
-        int opened = 0;
-    };
-
-    static void Hear(Heard& heard, SteadyTime captured, std::span<const int16_t> stereo)
-    {
-        heard.pieces.push_back({heard.samples.size(), captured});
-        for (size_t i = 0; i < stereo.size(); i += 2) {
-            heard.samples.push_back(stereo[i]);
-        }
-    }
-
-    std::vector<Heard> m_heard;
-    tool::SoundReader m_reader;
-};
+const auto kOutputs = R"(
+load-module module-rescue-streams
+load-module module-null-sink sink_name=first norewinds=1
+load-module module-null-sink sink_name=second norewinds=1
+load-module module-sine sink=first frequency=500
+load-module module-sine sink=second frequency=1300
+load-module module-sine-source source_name=microphone frequency=900
+set-default-sink first
+)";
 
 // The server's index of the only listening stream.
 QString Listener(const SoundServer& server)
@@ -143,13 +40,22 @@ QString Listener(const SoundServer& server)
     return server.Ask({"list", "short", "source-outputs"}).section('\t', 0, 0);
 }
 
-bool TakeAway(const SoundServer& server, const QString& source)
+// `what`: "source_name=NAME" or "sink_name=NAME".
+bool TakeAway(const SoundServer& server, const QString& what)
 {
     const QString module = server.Ask({"list", "short", "modules"})
-                               .section("source_name=" + source, 0, 0)
+                               .section(what, 0, 0)
                                .section('\n', -1)
                                .section('\t', 0, 0);
     return server.Command({"unload-module", module});
+}
+
+// Whether this tone is heard soon, and so long that it is no remainder.
+bool HearsSoon(Ear& ear, int hertz)
+{
+    ear.Forget(0);
+    return ear.ListenUntil([&] { return ear.Seconds(0) >= 0.1 && ear.Level(0, hertz) > kLoud / 2; },
+                           kMostDelay);
 }
 
 } // namespace
@@ -160,13 +66,13 @@ class SoundReaderTest : public QObject
 
 private slots:
     void eachSourceIsHeardUnderItsOwnNumber();
-    void soundIsDatedByWhenItIsHeard_data();
-    void soundIsDatedByWhenItIsHeard();
     void piecesAreShortEnoughToComeInTime();
     void restartedServerIsHeardAgain();
     void sourceThatReturnsIsHeardAgain();
     void noOtherSourceIsHeardInstead();
     void sourceCannotBeExchangedForAnother();
+    void computerSoundsFollowTheDefaultOutput();
+    void computerSoundsReturnWithAnOutput();
     void waitingWithoutAServerTakesItsTime();
 };
 
@@ -184,50 +90,10 @@ void SoundReaderTest::eachSourceIsHeardUnderItsOwnNumber()
     QCOMPARE(ear.Opened(0), 1);
 }
 
-void SoundReaderTest::soundIsDatedByWhenItIsHeard_data()
-{
-    QTest::addColumn<QByteArray>("setUp");
-    QTest::addColumn<QString>("source");
-    const QByteArray usual = "load-module module-null-sink sink_name=speaker\n";
-    QTest::newRow("what an output plays") << usual << "speaker.monitor";
-    QTest::newRow("what a microphone hears")
-        << usual + "load-module module-remap-source source_name=mic master=speaker.monitor\n"
-        << "mic";
-}
-
-void SoundReaderTest::soundIsDatedByWhenItIsHeard()
-{
-    QFETCH(QByteArray, setUp);
-    QFETCH(QString, source);
-    constexpr int hertz = 1000;
-    SoundServer server(setUp);
-    QVERIFY(server.Start());
-    Beeper beeper({"speaker", hertz}, true);
-    Ear ear({source.toStdString()});
-    QVERIFY2(ear.Listen(0, 1), "nothing is heard");
-    QList<double> off;
-    for (int i = 0; i < kBeeps; ++i) {
-        const SteadyTime heard = beeper.Beep();
-        std::this_thread::sleep_until(heard + 250ms); // like a process that is not scheduled
-        QVERIFY(ear.Listen(0, 0.4));
-        // A busy machine plays some late, splits or drops them.
-        const auto beeps = ear.Beeps(0, hertz);
-        if (!beeps.empty()) {
-            off << std::chrono::duration<double, std::milli>(beeps.front() - heard).count();
-        }
-    }
-    QString told("dated by so many ms after they are heard:");
-    for (const double one : off) {
-        told += QString(" %1").arg(one, 0, 'f', 1);
-    }
-    const auto isRight = [](double one) { return std::abs(one) <= kMostOff; };
-    QVERIFY2(std::count_if(off.begin(), off.end(), isRight) >= kFewestRight, qPrintable(told));
-}
-
 // What arrives more than 60 ms after its capture is too late for the recording.
 void SoundReaderTest::piecesAreShortEnoughToComeInTime()
 {
-    SoundServer server("load-module module-null-sink sink_name=speaker\n");
+    SoundServer server("load-module module-null-sink sink_name=speaker norewinds=1\n");
     QVERIFY(server.Start());
     Ear ear({"speaker.monitor"});
     QVERIFY2(ear.Listen(0, 0.5), "nothing is heard");
@@ -259,7 +125,7 @@ void SoundReaderTest::sourceThatReturnsIsHeardAgain()
     QVERIFY(server.Start());
     Ear ear({"low", "high"});
     QVERIFY2(ear.Listen(0, 0.2) && ear.Listen(1, 0.2), "nothing is heard");
-    QVERIFY(TakeAway(server, "low"));
+    QVERIFY(TakeAway(server, "source_name=low"));
     QVERIFY2(ear.Listen(1, 0.5), "the other source is lost as well");
     QVERIFY(
         server.Command({"load-module", "module-sine-source", "source_name=low", "frequency=500"}));
@@ -276,7 +142,7 @@ void SoundReaderTest::noOtherSourceIsHeardInstead()
     QVERIFY(server.Start());
     Ear ear({"low"});
     QVERIFY2(ear.Listen(0, 0.2), "nothing is heard");
-    QVERIFY(TakeAway(server, "low"));
+    QVERIFY(TakeAway(server, "source_name=low"));
     ear.ListenUntil([] { return false; }, 300); // what was still in transit
     ear.Forget(0);
     constexpr int milliseconds = 1500; // the reader retries twice a second
@@ -295,6 +161,37 @@ void SoundReaderTest::sourceCannotBeExchangedForAnother()
              "the server moves it to another source");
     QVERIFY(ear.Listen(0, 0.5));
     QVERIFY(ear.Level(0, kLow) > kLoud && ear.Level(0, kHigh) < kLoud / 10);
+}
+
+// As when a headset is plugged in.
+void SoundReaderTest::computerSoundsFollowTheDefaultOutput()
+{
+    SoundServer server(kOutputs);
+    QVERIFY(server.Start());
+    Ear ear({tool::computerSounds});
+    QVERIFY2(ear.Listen(0, 0.2) && ear.Level(0, kLow) > kLoud / 2, "the default is not heard");
+    QVERIFY(server.Command({"set-default-sink", "second"}));
+    QVERIFY2(HearsSoon(ear, kHigh), "the new default is not heard within half a second");
+    QCOMPARE(ear.Opened(0), 2);
+    QVERIFY(TakeAway(server, "sink_name=second"));
+    QVERIFY2(HearsSoon(ear, kLow), "the output that is left is not heard within half a second");
+    QVERIFY2(!server.Command({"move-source-output", Listener(server), "microphone"}),
+             "the server exchanges the computer's sounds for a microphone");
+}
+
+void SoundReaderTest::computerSoundsReturnWithAnOutput()
+{
+    SoundServer server(kOutputs);
+    QVERIFY(server.Start());
+    Ear ear({tool::computerSounds});
+    QVERIFY2(ear.Listen(0, 0.2), "nothing is heard");
+    QVERIFY(TakeAway(server, "sink_name=second") && TakeAway(server, "sink_name=first"));
+    ear.ListenUntil([] { return false; }, 100); // what was still in transit
+    ear.Forget(0);
+    QVERIFY2(!ear.ListenUntil([&] { return ear.Seconds(0) > 0; }, 700), "a microphone is heard");
+    QVERIFY(server.Command({"load-module", "module-null-sink", "sink_name=third", "norewinds=1"}) &&
+            server.Command({"load-module", "module-sine", "sink=third", "frequency=1300"}));
+    QVERIFY2(HearsSoon(ear, kHigh), "the new output is not heard within half a second");
 }
 
 void SoundReaderTest::waitingWithoutAServerTakesItsTime()

@@ -25,17 +25,16 @@ SteadyTime Steady(const timeval& moment)
 
 } // namespace
 
-RecordStream::RecordStream(const PulseLibrary& pulse, pa_context* context, std::string source,
-                           uint32_t rate, Listener listener)
+RecordStream::RecordStream(const PulseLibrary& pulse, pa_context* context,
+                           const std::string& source, uint32_t rate, Listener listener)
     : m_pulse(pulse),
-      m_source(std::move(source)),
       m_nRate(rate),
       m_listener(std::move(listener))
 {
     const pa_sample_spec format{PA_SAMPLE_S16LE, rate, 2};
     m_pStream = m_pulse.streamNew(context, "Recording", &format, nullptr);
     if (m_pStream != nullptr) {
-        Connect();
+        Connect(source);
     }
 }
 
@@ -49,7 +48,7 @@ RecordStream::~RecordStream()
     }
 }
 
-void RecordStream::Connect()
+void RecordStream::Connect(const std::string& source)
 {
     m_pulse.streamSetReadCallback(m_pStream, &RecordStream::OnRead, this);
     m_pulse.streamSetLatencyUpdateCallback(m_pStream, &RecordStream::OnTiming, this);
@@ -60,7 +59,7 @@ void RecordStream::Connect()
     const auto flags = static_cast<pa_stream_flags_t>(
         PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE | PA_STREAM_DONT_MOVE);
     // A failure shows in the stream's state.
-    m_pulse.streamConnectRecord(m_pStream, m_source.c_str(), &buffer, flags);
+    m_pulse.streamConnectRecord(m_pStream, source.c_str(), &buffer, flags);
 }
 
 bool RecordStream::IsGood() const

@@ -20,27 +20,25 @@ public:
 
     // Opens the source of this name, at `rate` sample frames per second. `listener` is called by
     // the main loop of `context`. Never fails: ask IsGood().
-    RecordStream(const PulseLibrary& pulse, pa_context* context, std::string source, uint32_t rate,
-                 Listener listener);
+    RecordStream(const PulseLibrary& pulse, pa_context* context, const std::string& source,
+                 uint32_t rate, Listener listener);
     RecordStream(const RecordStream&) = delete;
     RecordStream& operator=(const RecordStream&) = delete;
     ~RecordStream();
 
     // False once the source could not be opened or is gone.
     bool IsGood() const;
-    const std::string& Source() const { return m_source; }
 
 private:
     static void OnRead(pa_stream* stream, size_t bytes, void* data);
     static void OnTiming(pa_stream* stream, void* data);
-    void Connect();
+    void Connect(const std::string& source);
     void Read();
     std::optional<SteadyTime> NextSampleHeard() const;
     bool IsSteady(SteadyTime heard, size_t readable);
     std::chrono::microseconds Duration(int64_t bytes) const;
 
     const PulseLibrary& m_pulse;
-    std::string m_source;
     uint32_t m_nRate;
     Listener m_listener;
     pa_stream* m_pStream;

@@ -19,9 +19,10 @@ struct SoundReader::Private
 {
     struct Source
     {
-        std::string name; // or `computerSounds`
-        std::unique_ptr<RecordStream> stream;
-        SteadyTime retry;
+        std::string name;       // the server's, or `computerSounds`
+        std::string tried = {}; // the server's name it was last opened by
+        std::unique_ptr<RecordStream> stream = nullptr;
+        SteadyTime retry = {};
     };
 
     const PulseLibrary* pulse = Pulse();
@@ -54,7 +55,7 @@ SoundReader::SoundReader(std::vector<std::string> sources, int rate, SoundListen
         m_p->loop = m_p->pulse->mainloopNew();
     }
     for (std::string& name : sources) {
-        m_p->sources.push_back({std::move(name), nullptr, {}});
+        m_p->sources.push_back({std::move(name)});
     }
 }
 
@@ -103,15 +104,16 @@ void SoundReader::Private::KeepOpen(size_t number)
 {
     Source& source = sources[number];
     const std::string& name = source.name == computerSounds ? defaultMonitor : source.name;
-    if (source.stream != nullptr && source.stream->Source() != name) {
-        source.stream.reset(); // another output has become the default
-        source.retry = {};
-    }
     if (source.stream != nullptr && !source.stream->IsGood()) {
         source.stream.reset();
         source.retry = SteadyTime::clock::now() + retryDistance;
     }
+    if (source.tried != name) { // another output has become the default
+        source.stream.reset();
+        source.retry = {};
+    }
     if (source.stream == nullptr && !name.empty() && SteadyTime::clock::now() >= source.retry) {
+        source.tried = name;
         listener.opened(number);
         source.stream = std::make_unique<RecordStream>(
             *pulse, context, name, rate,
