@@ -72,6 +72,7 @@ private slots:
     void pictureShowsTheScreenOfItsTime();
     void picturesThatWereMissedAreFilledIn();
     void picturesAreAllThereForASlowReader();
+    void changeThatFindsNoRoomIsShownLater();
     void picturesEndWithTheirReader();
     void noPicturesWithoutAScreen();
 
@@ -146,6 +147,32 @@ void ScreenFeederTest::picturesAreAllThereForASlowReader()
     QTest::qWait(1500);
     QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Start()) >= 2.2; }));
     ExpectInTime(*outlet, *m_pStart, area);
+}
+
+// The screen changes once, while everything is waiting to be read, and then stays as it is.
+void ScreenFeederTest::changeThatFindsNoRoomIsShownLater()
+{
+    constexpr tool::Rectangle area{0, 0, 320, 200};
+    OwnScreen screen({"-screen", "0", "320x200x24"});
+    QVERIFY2(screen.Good(), "no X server");
+    screen.ShowColour(0, 160, 100);
+    const auto outlet = Pictures(m_pStart, area, screen.Name());
+    QVERIFY2(outlet->IsGood(), "no pictures");
+    QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet, area) >= 5; }));
+    // A screen that changes all the time until there is no room.
+    for (int i = 0; i < 40; ++i) {
+        screen.Paint(0, 0, 40, 40, i % 2 == 0 ? 0xffffff : 0);
+        QTest::qWait(1000 / kPictureRate);
+    }
+    screen.Paint(0, 0, 40, 40, 0x808080);
+    QTest::qWait(1500); // longer than every picture is taken after that
+    const auto brightness = [&] {
+        const auto bytes = static_cast<qsizetype>(tool::YuvBytes(area.width, area.height));
+        const qsizetype last = CountOfPictures(*outlet, area) - 1;
+        return static_cast<uchar>(outlet->Bytes()[tool::skippedBytes + last * bytes]);
+    };
+    QVERIFY2(outlet->ReadUntil([&] { return brightness() > 100 && brightness() < 150; }, 5000),
+             qPrintable(QString("the last picture is of brightness %1").arg(brightness())));
 }
 
 void ScreenFeederTest::picturesEndWithTheirReader()

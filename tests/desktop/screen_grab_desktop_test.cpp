@@ -80,6 +80,7 @@ private slots:
     void pictureIsAsGoodAsThatOfTheUsualGrab();
     void mouseCursorIsInThePicture_data();
     void mouseCursorIsInThePicture();
+    void everySmallChangeIsInTheVideo();
     void oneMonitorOfTwoIsRecordedAlone();
     void everyMonitorIsRecordedByItsNumber();
     void stalledGrabberLeavesNoGap();
@@ -170,6 +171,39 @@ void ScreenGrabDesktopTest::mouseCursorIsInThePicture()
         }
     }
     QVERIFY2(seen, "no cursor");
+}
+
+// On a screen that is still otherwise: a new square now and then.
+void ScreenGrabDesktopTest::everySmallChangeIsInTheVideo()
+{
+    OwnScreen screen({"-screen", "0", kSize});
+    QVERIFY2(screen.Good(), "no X server");
+    screen.ShowColour(0, 620, 460);
+    ScreenRecording recording(screen, Path());
+    QVERIFY2(recording.WaitForPictures(5), qPrintable(recording.Text()));
+    constexpr int squares = 20;
+    const auto place = [](int square) { return 16 + square % 5 * 128; };
+    const auto row = [](int square) { return 16 + square / 5 * 112; };
+    for (int square = 0; square < squares; ++square) {
+        screen.Paint(place(square), row(square), 16, 16, 0xffffff);
+        QVERIFY2(recording.WaitForMore(2), qPrintable(recording.Text()));
+    }
+    QVERIFY2(recording.Quit(), qPrintable(recording.Text()));
+    const QByteArray frames = Decoded(Path());
+    constexpr qsizetype frameBytes = qsizetype{3} * kWidth * kHeight;
+    qsizetype frame = 0;
+    for (int square = 0; square < squares; ++square) {
+        const auto isShown = [&](int which) {
+            const qsizetype pixel = qsizetype{row(which) + 8} * kWidth + place(which) + 8;
+            return static_cast<uint8_t>(frames[frame * frameBytes + pixel * 3]) > 128;
+        };
+        while ((frame + 1) * frameBytes < frames.size() && !isShown(square)) {
+            ++frame;
+        }
+        QVERIFY2(isShown(square), qPrintable(QString("square %1 is never shown").arg(square)));
+        QVERIFY2(square + 1 == squares || !isShown(square + 1),
+                 qPrintable(QString("square %1 is shown too late").arg(square)));
+    }
 }
 
 void ScreenGrabDesktopTest::oneMonitorOfTwoIsRecordedAlone()
