@@ -14,6 +14,7 @@
 #include "tool/mp4/movie.h"
 #include "tool/record/recording.h"
 #include "tool/system/complaint.h"
+#include "tool/system/process.h"
 
 #include <cstdio>
 #include <exception>
@@ -90,6 +91,7 @@ struct Dispatch
 int main(int count, char** values)
 {
     const pid_t recorder = getppid();
+    tool::OpenStandardStreams();
     try {
         const tool::Arguments arguments(values + (count > 0 ? 1 : 0), values + count);
         return std::visit(Dispatch{recorder}, tool::ReadCommand(arguments));

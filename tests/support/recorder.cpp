@@ -94,6 +94,9 @@ void Recorder::UseShortToolWait()
 {
     QVERIFY(QFile::remove(Beside("lumenfold-recorder")));
     Copy(HASTY_RECORDER, Beside("lumenfold-recorder"));
+    const QString tool = Beside(QFile::exists(Beside("real-tool")) ? "real-tool" : "tool");
+    QVERIFY(QFile::remove(tool));
+    Copy(HASTY_TOOL, tool);
 }
 
 void Recorder::ReplaceTool(const QByteArray& script)

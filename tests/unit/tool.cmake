@@ -8,7 +8,9 @@ if(TARGET tool)
           features
           ffmpeg_program
           join_graph
+          job_output
           listing
+          part_file
           picture_clock
           picture_pipe
           process

@@ -9,6 +9,21 @@
 
 namespace tool {
 
+namespace {
+
+// In seconds. Returns nothing if the headers do not say.
+std::optional<double> DurationOf(const std::string& path)
+{
+    FrugalFile file(path, movieAllowance);
+    const auto movie = ReadMovie(file);
+    if (!movie || !movie->duration || movie->fragmented) {
+        return std::nullopt;
+    }
+    return static_cast<double>(*movie->duration) / 1e6;
+}
+
+} // namespace
+
 Arguments CutArguments(const Cut& cut, bool seeks)
 {
     Arguments result = {"-i", cut.source};
@@ -21,13 +36,10 @@ Arguments CutArguments(const Cut& cut, bool seeks)
 // frames.
 int RunCut(const std::string& ffmpeg, const Cut& cut)
 {
-    constexpr double second = 1e6;
-    FrugalFile file(cut.source, movieAllowance);
-    const auto movie = ReadMovie(file);
     const auto start = static_cast<double>(cut.start);
     auto seconds = static_cast<double>(cut.length);
-    if (movie && movie->duration && !movie->fragmented) {
-        seconds = std::min(seconds, static_cast<double>(*movie->duration) / second - start);
+    if (const auto end = DurationOf(cut.source)) {
+        seconds = std::min(seconds, *end - start);
     }
     const bool seeks = start >= 0 && seconds > 0;
     return RunJob({.ffmpeg = ffmpeg,

@@ -84,7 +84,6 @@ bool Front::IsQuitTyped()
 
 int RunJob(const Job& job)
 {
-    OpenStandardStreams();
     IgnoreSignals({SIGPIPE});
     PartFile part(job.destination);
     if (!part.IsOpen()) {
