@@ -37,6 +37,7 @@ private slots:
     void damagedPacketDoesNotFailTheJoin();
     void silentFfmpegIsNoSilentTool();
     void ticksFollowTheWork();
+    void fullDiskIsToldBeforeTheJob();
     void streamsMayBeClosed();
     void relativeDestinationIsInTheWorkingDirectory();
 
@@ -422,6 +423,26 @@ void ToolJobTest::ticksFollowTheWork()
     QVERIFY(HasEnded(*process));
     QCOMPARE(process->exitCode(), 0);
     QVERIFY2(ticks >= 14 && ticks <= 19, qPrintable(QString("%1 ticks of 20").arg(ticks)));
+}
+
+// A library tells `tool` how many bytes are free.
+void ToolJobTest::fullDiskIsToldBeforeTheJob()
+{
+    UseFfmpeg("cat \"$MOVIE\" >\"$OUT\"\n");
+    const qint64 size = Movie().size();
+    qputenv("LD_PRELOAD", STATVFS_PRELOAD);
+    qputenv("LUMENFOLD_FAKE_FREE_SPACE", QFile::encodeName(Path("free")));
+    QVERIFY(Write(Path("free"), QByteArray::number(size / 3)));
+    const Outcome full = RunProgram(TOOL_PROGRAM, CutArguments());
+    QVERIFY(Write(Path("free"), QByteArray::number(size * 2)));
+    const Outcome roomy = RunProgram(TOOL_PROGRAM, CutArguments());
+    qunsetenv("LD_PRELOAD");
+    qunsetenv("LUMENFOLD_FAKE_FREE_SPACE");
+    QVERIFY2(full.code > 0 && full.error.contains("no room"), full.error);
+    QVERIFY2(full.error.contains("No such file was made"), full.error);
+    QCOMPARE(full.error.count('\n'), 2);
+    QVERIFY2(roomy.code == 0, roomy.error);
+    QCOMPARE(Files(), QStringList{"cut.mp4"});
 }
 
 void ToolJobTest::streamsMayBeClosed()

@@ -1,6 +1,7 @@
 #include "tool/edit/job.h"
 
 #include "tool/edit/job_worker.h"
+#include "tool/edit/room.h"
 #include "tool/system/complaint.h"
 
 #include <algorithm>
@@ -88,6 +89,10 @@ int RunJob(const Job& job)
     PartFile part(job.destination);
     if (!part.IsOpen()) {
         return Refuse(part.Problem(), job.destination);
+    }
+    if (const std::string lack = LackOfRoom(part.Folder(), job.bytes); !lack.empty()) {
+        part.Remove();
+        return Refuse(lack, job.destination);
     }
     auto leash = MakePipe();
     std::optional<SignalBlock> block(std::in_place);

@@ -15,13 +15,14 @@ struct Job
     std::vector<int> inherited = {};    // descriptors that ffmpeg keeps, with their numbers
     std::string destination;            // of the result
     double seconds = 0;                 // length of the result; 0: unknown
-    uint64_t bytes = 0;                 // size of the result, a guess; 0: unknown
+    uint64_t bytes = 0;                 // it needs at least so much room; 0: unknown
     int ticks = 0;                      // the most chunks of output with "frame=" in them
 };
 
-// Runs it and returns the exit code: 0 if there is a complete file. Otherwise nothing is left, and
-// the last line of the output makes the recorder show a failure. The file never replaces another
-// one: if its name is taken when it is complete, it gets a number.
+// Runs it, unless the disk has no room for the result, and returns the exit code: 0 if there is a
+// complete file. Otherwise nothing is left, and the last line of the output makes the recorder show
+// a failure. The file never replaces another one: if its name is taken when it is complete, it gets
+// a number.
 //
 // "q" on standard input, SIGINT, SIGTERM and SIGHUP cancel the job; the end of standard input does
 // not. A job that takes longer than `longestRun` counts as successful from then on. It is finished

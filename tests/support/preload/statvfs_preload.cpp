@@ -5,16 +5,37 @@
 #include <fstream>
 #include <sys/statvfs.h>
 
+namespace {
+
+void Fake(struct statvfs* status)
+{
+    const char* name = std::getenv("LUMENFOLD_FAKE_FREE_SPACE");
+    unsigned long long bytes = 0;
+    if (name != nullptr && std::ifstream(name) >> bytes) {
+        status->f_frsize = 1;
+        status->f_bavail = bytes;
+    }
+}
+
+} // namespace
+
 extern "C" int statvfs(const char* path, struct statvfs* status) noexcept
 {
     const auto real =
         reinterpret_cast<int (*)(const char*, struct statvfs*)>(dlsym(RTLD_NEXT, "statvfs"));
     const int result = real(path, status);
-    const char* name = std::getenv("LUMENFOLD_FAKE_FREE_SPACE");
-    unsigned long long bytes = 0;
-    if (result == 0 && name != nullptr && std::ifstream(name) >> bytes) {
-        status->f_frsize = 1;
-        status->f_bavail = bytes;
+    if (result == 0) {
+        Fake(status);
+    }
+    return result;
+}
+
+extern "C" int fstatvfs(int file, struct statvfs* status) noexcept
+{
+    const auto real = reinterpret_cast<int (*)(int, struct statvfs*)>(dlsym(RTLD_NEXT, "fstatvfs"));
+    const int result = real(file, status);
+    if (result == 0) {
+        Fake(status);
     }
     return result;
 }
