@@ -1,16 +1,11 @@
 // How a trim or join is run: its file is whole or not there, whatever happens to the processes.
 #include "tests/support/child_processes.h"
-#include "tests/support/tool_movies.h"
+#include "tests/support/ffmpeg_stand_in.h"
 
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
-#include <functional>
 #include <memory>
 
 class ToolJobTest : public QObject
@@ -18,7 +13,6 @@ class ToolJobTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
     void cleanup();
     void fileAppearsWhenItIsWhole();
@@ -42,39 +36,26 @@ private slots:
     void relativeDestinationIsInTheWorkingDirectory();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
-    QString Path(const QString& name) const { return m_folder->filePath(name); }
-    QStringList Files() const { return FileNames(Path("out")); }
-    // A stand-in for ffmpeg. In the script $MOVIE is a movie and $OUT the output. Waiting() makes
-    // it wait until Go() is called.
-    void UseFfmpeg(const QByteArray& script);
-    static QByteArray Waiting() { return "while [ ! -e \"$HERE/go\" ]; do sleep 0.01; done\n"; }
-    void Go() const { QVERIFY(Write(Path("go"), "")); }
-    bool IsStarted() const { return QFile::exists(Path("started")); }
-    // Whether all processes of the stand-ins have ended.
-    bool AllEnded() const;
-    QStringList CutArguments(const QString& destination = "out/cut.mp4") const;
+    QString Path(const QString& name) const { return m_ffmpeg->Path(name); }
+    QStringList Files() const { return m_ffmpeg->Results(); }
+    void UseFfmpeg(const QByteArray& script) const { QVERIFY(m_ffmpeg->Use(script)); }
+    void Go() const { m_ffmpeg->Go(); }
+    bool AllEnded() const { return m_ffmpeg->AllEnded(); }
+    QStringList CutArguments(const QString& name = "cut.mp4") const
+    {
+        return m_ffmpeg->CutArguments(name);
+    }
+    QByteArray Movie() const { return Content(m_ffmpeg->Movie()); }
     // Starts `tool` for a cut and waits until ffmpeg runs.
     std::unique_ptr<QProcess> StartCut(const QString& tool = TOOL_PROGRAM) const;
-    QByteArray Movie() const { return Content(m_movies.filePath("movie.mp4")); }
 
-    QTemporaryDir m_movies;
-    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<FfmpegStandIn> m_ffmpeg;
 };
 
 namespace {
 
-// Lets no events be handled.
-bool WaitFor(const std::function<bool()>& condition, int milliseconds = 20000)
-{
-    const QDeadlineTimer patience(milliseconds);
-    while (!condition()) {
-        if (patience.hasExpired()) {
-            return false;
-        }
-        QThread::msleep(5);
-    }
-    return true;
-}
+const QByteArray kWrite = FfmpegStandIn::kWrite;
+const QByteArray kWait = FfmpegStandIn::kWait;
 
 bool TellsFailure(const QByteArray& text)
 {
@@ -101,64 +82,18 @@ struct End
 
 } // namespace
 
-void ToolJobTest::initTestCase()
-{
-    QVERIFY(m_movies.isValid());
-    const QByteArray problem = MakeMovie(PictureInput(4) + ToneInput(4) + PlainCodecs() +
-                                         QStringList{m_movies.filePath("movie.mp4")});
-    QVERIFY2(problem.isEmpty(), problem);
-}
-
 void ToolJobTest::init()
 {
-    m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_folder->isValid() && QDir(m_folder->path()).mkdir("out"));
+    m_ffmpeg = std::make_unique<FfmpegStandIn>();
+    const QByteArray problem = m_ffmpeg->MakeTheMovie();
+    QVERIFY2(problem.isEmpty(), problem);
 }
 
 void ToolJobTest::cleanup()
 {
-    qunsetenv("LUMENFOLD_FFMPEG");
-    // What a failed test has left waiting.
-    QVERIFY(Write(Path("go"), ""));
+    Go(); // what a failed test has left waiting
     QVERIFY2(WaitFor([this] { return AllEnded(); }), "ffmpeg goes on");
-}
-
-void ToolJobTest::UseFfmpeg(const QByteArray& script)
-{
-    const QByteArray begin = "#!/bin/bash\n"
-                             "HERE='" +
-                             QFile::encodeName(m_folder->path()) +
-                             "'\n"
-                             "MOVIE='" +
-                             QFile::encodeName(m_movies.filePath("movie.mp4")) +
-                             "'\n"
-                             "[[ $* == *-version* ]] && exec ffmpeg -version\n"
-                             "OUT=\"${!#}\"\n"
-                             "echo $$ >>\"$HERE/processes\"\n"
-                             "touch \"$HERE/started\"\n";
-    QVERIFY(WriteProgram(Path("ffmpeg"), begin + script));
-    qputenv("LUMENFOLD_FFMPEG", QFile::encodeName(Path("ffmpeg")));
-}
-
-bool ToolJobTest::AllEnded() const
-{
-    const QList<QByteArray> lines = Content(Path("processes")).split('\n');
-    return std::all_of(lines.begin(), lines.end(), [](const QByteArray& line) {
-        return line.isEmpty() || kill(line.toInt(), 0) != 0;
-    });
-}
-
-QStringList ToolJobTest::CutArguments(const QString& destination) const
-{
-    return {"-i",
-            m_movies.filePath("movie.mp4"),
-            "-ss",
-            "0",
-            "-t",
-            "4",
-            "-codec",
-            "copy",
-            Path(destination)};
+    m_ffmpeg.reset();
 }
 
 std::unique_ptr<QProcess> ToolJobTest::StartCut(const QString& tool) const
@@ -166,7 +101,7 @@ std::unique_ptr<QProcess> ToolJobTest::StartCut(const QString& tool) const
     auto process = std::make_unique<QProcess>();
     process->setProcessChannelMode(QProcess::MergedChannels);
     process->start(tool, CutArguments());
-    if (!process->waitForStarted() || !WaitFor([this] { return IsStarted(); })) {
+    if (!process->waitForStarted() || !WaitFor([this] { return m_ffmpeg->HasStarted(); })) {
         qWarning("ffmpeg does not start: %s", process->readAll().constData());
     }
     return process;
@@ -174,7 +109,7 @@ std::unique_ptr<QProcess> ToolJobTest::StartCut(const QString& tool) const
 
 void ToolJobTest::fileAppearsWhenItIsWhole()
 {
-    UseFfmpeg("head -c 5000 \"$MOVIE\" >\"$OUT\"\ntouch \"$HERE/half\"\n" + Waiting() +
+    UseFfmpeg("head -c 5000 \"$MOVIE\" >\"$OUT\"\ntouch \"$HERE/half\"\n" + kWait +
               "tail -c +5001 \"$MOVIE\" >>\"$OUT\"\n");
     const auto process = StartCut();
     QVERIFY(WaitFor([this] { return QFile::exists(Path("half")); }));
@@ -190,16 +125,15 @@ void ToolJobTest::fileAppearsWhenItIsWhole()
 void ToolJobTest::failureLeavesNothing_data()
 {
     QTest::addColumn<QByteArray>("script");
-    const QByteArray all = "cat \"$MOVIE\" >\"$OUT\"\n";
-    QTest::newRow("an error in the end") << all + "exit 3\n";
-    QTest::newRow("killed") << all + "kill -KILL $$\n";
-    QTest::newRow("ended by a signal") << all + "kill -TERM $$\n";
+    QTest::newRow("an error in the end") << kWrite + "exit 3\n";
+    QTest::newRow("killed") << kWrite + "kill -KILL $$\n";
+    QTest::newRow("ended by a signal") << kWrite + "kill -TERM $$\n";
     QTest::newRow("nothing written") << QByteArray("exit 0\n");
     QTest::newRow("index missing") << QByteArray("head -c 10000 \"$MOVIE\" >\"$OUT\"\n");
     QTest::newRow("text instead of a movie") << QByteArray("head -c 10000 /dev/zero >\"$OUT\"\n");
-    QTest::newRow("disk full") << QByteArray("ulimit -f 1\n") + all;
-    QTest::newRow("other words") << all + "echo 'Conversion failed!' >&2\nexit 1\n";
-    QTest::newRow("no words") << all + "exec >/dev/null 2>&1\nexit 1\n";
+    QTest::newRow("disk full") << "ulimit -f 1\n" + kWrite;
+    QTest::newRow("other words") << kWrite + "echo 'Conversion failed!' >&2\nexit 1\n";
+    QTest::newRow("no words") << kWrite + "exec >/dev/null 2>&1\nexit 1\n";
 }
 
 void ToolJobTest::failureLeavesNothing()
@@ -233,8 +167,7 @@ void ToolJobTest::cancelLeavesNothing()
     QFETCH(int, number);
     QFETCH(bool, toWorker);
     // One of its own children writes on.
-    UseFfmpeg("cat \"$MOVIE\" >\"$OUT\"\n(echo $BASHPID >>\"$HERE/processes\"\n" + Waiting() +
-              ")\n");
+    UseFfmpeg("cat \"$MOVIE\" >\"$OUT\"\n(echo $BASHPID >>\"$HERE/processes\"\n" + kWait + ")\n");
     const auto process = StartCut();
     QElapsedTimer time;
     time.start();
@@ -276,7 +209,7 @@ void ToolJobTest::endOfTheRecorderDoesNotEndTheJob_data()
 void ToolJobTest::endOfTheRecorderDoesNotEndTheJob()
 {
     QFETCH(bool, killed);
-    UseFfmpeg(Waiting() + "for i in {1..1000}; do echo line $i; done\ncat \"$MOVIE\" >\"$OUT\"\n");
+    UseFfmpeg(kWait + "for i in {1..1000}; do echo line $i; done\ncat \"$MOVIE\" >\"$OUT\"\n");
     auto process = StartCut();
     if (killed) {
         process.reset();
@@ -292,7 +225,7 @@ void ToolJobTest::endOfTheRecorderDoesNotEndTheJob()
 
 void ToolJobTest::recorderIsFreeBeforeItsWaitIsOver()
 {
-    UseFfmpeg(Waiting() + "cat \"$MOVIE\" >\"$OUT\"\n");
+    UseFfmpeg(kWait + kWrite);
     const auto process = StartCut(HASTY_TOOL);
     QVERIFY2(process->waitForFinished(2900), "tool keeps the recorder waiting");
     const End end(*process);
@@ -306,11 +239,11 @@ void ToolJobTest::recorderIsFreeBeforeItsWaitIsOver()
 
 void ToolJobTest::secondJobRunsWhileTheFirstIsInTheBackground()
 {
-    UseFfmpeg(Waiting() + "cat \"$MOVIE\" >\"$OUT\"\n");
+    UseFfmpeg(kWait + kWrite);
     QProcess process; // the same one twice, as in the recorder
-    process.start(HASTY_TOOL, CutArguments("out/first.mp4"));
+    process.start(HASTY_TOOL, CutArguments("first.mp4"));
     QVERIFY(process.waitForFinished());
-    process.start(HASTY_TOOL, CutArguments("out/second.mp4"));
+    process.start(HASTY_TOOL, CutArguments("second.mp4"));
     QVERIFY(process.waitForStarted());
     QVERIFY(WaitFor([this] { return Files().size() == 2; }));
     Go();
@@ -324,7 +257,7 @@ void ToolJobTest::secondJobRunsWhileTheFirstIsInTheBackground()
 
 void ToolJobTest::twoJobsWithOneDestinationAreBothKept()
 {
-    UseFfmpeg(Waiting() + "cat \"$MOVIE\" >\"$OUT\"\n");
+    UseFfmpeg(kWait + kWrite);
     const auto first = StartCut();
     const auto second = StartCut();
     QVERIFY(WaitFor([this] { return Files().size() == 2; }));
@@ -350,12 +283,12 @@ void ToolJobTest::wordsOfFailureAreShownOnlyAfterAFailure()
 {
     const QByteArray words = "echo 'Invalid data found when processing input' >&2\n"
                              "echo 'x: No such file or directory' >&2\n";
-    UseFfmpeg(words + "cat \"$MOVIE\" >\"$OUT\"\n");
+    UseFfmpeg(words + kWrite);
     const Outcome good = RunProgram(TOOL_PROGRAM, CutArguments());
     QCOMPARE(good.code, 0);
     QVERIFY2(!TellsFailure(good.error), good.error);
     UseFfmpeg(words + "exit 1\n");
-    const Outcome bad = RunProgram(TOOL_PROGRAM, CutArguments("out/other.mp4"));
+    const Outcome bad = RunProgram(TOOL_PROGRAM, CutArguments("other.mp4"));
     QCOMPARE(bad.code, 1);
     QVERIFY2(bad.error.contains("Invalid data found") && bad.error.contains("x: No such file"),
              bad.error);
@@ -371,7 +304,7 @@ void ToolJobTest::damagedPacketDoesNotFailTheJoin()
     const Outcome plain = RunProgram("ffmpeg", {"-i", Path("damaged.mp4"), "-f", "null", "-"});
     QVERIFY2(plain.code == 0 && plain.error.contains("Invalid data"), plain.error);
     const QByteArray problem =
-        MakeMovie({"-i", m_movies.filePath("movie.mp4"), "-vf", "scale=80:60", Path("other.mp4")});
+        MakeMovie({"-i", m_ffmpeg->Movie(), "-vf", "scale=80:60", Path("other.mp4")});
     QVERIFY2(problem.isEmpty(), problem);
     const Outcome join = RunProgram(
         TOOL_PROGRAM,
@@ -387,7 +320,7 @@ void ToolJobTest::damagedPacketDoesNotFailTheJoin()
 // The recorder passes a cancel on when it reads output.
 void ToolJobTest::silentFfmpegIsNoSilentTool()
 {
-    UseFfmpeg(Waiting() + "cat \"$MOVIE\" >\"$OUT\"\n");
+    UseFfmpeg(kWait + kWrite);
     const auto process = StartCut();
     QElapsedTimer time;
     time.start();
@@ -410,8 +343,8 @@ void ToolJobTest::ticksFollowTheWork()
               "  printf 'frame=%5d fps=1 size=1kB time=00:00:0%d.%d0 speed=1x\\r' $i $((i / 10)) "
               "$((i % 10))\n"
               "  sleep 0.05\n"
-              "done\n"
-              "cat \"$MOVIE\" >\"$OUT\"\n");
+              "done\n" +
+              kWrite);
     const auto process = StartCut();
     int ticks = 0;
     QByteArray last;
@@ -428,7 +361,7 @@ void ToolJobTest::ticksFollowTheWork()
 // A library tells `tool` how many bytes are free.
 void ToolJobTest::fullDiskIsToldBeforeTheJob()
 {
-    UseFfmpeg("cat \"$MOVIE\" >\"$OUT\"\n");
+    UseFfmpeg(kWrite);
     const qint64 size = Movie().size();
     qputenv("LD_PRELOAD", STATVFS_PRELOAD);
     qputenv("LUMENFOLD_FAKE_FREE_SPACE", QFile::encodeName(Path("free")));

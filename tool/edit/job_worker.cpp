@@ -1,5 +1,6 @@
 #include "tool/edit/job_worker.h"
 
+#include "tool/desktop/notification.h"
 #include "tool/ffmpeg/features.h"
 #include "tool/system/complaint.h"
 
@@ -30,34 +31,44 @@ JobWorker::JobWorker(const Job& job, PartFile& part, Descriptor leash)
 
 int JobWorker::Run()
 {
+    const auto file = Make();
+    if (!file) {
+        m_part.Remove();
+        m_console.Say(m_filter.TakeRest() + "tool: " + m_problem + ".\n" +
+                          FailureLine(m_job.destination),
+                      lastPatience);
+    }
+    TellEnd(file);
+    const int code = m_ffmpeg ? m_ffmpeg->Wait() : failed;
+    return file || code != 0 ? code : failed;
+}
+
+std::optional<std::string> JobWorker::Make()
+{
     if (!Start()) {
-        return Fail(m_job.ffmpeg + " cannot be run: " + std::strerror(errno));
+        m_problem = m_job.ffmpeg + " cannot be run: " + std::strerror(errno);
+        return std::nullopt;
     }
     while (!m_ffmpeg->ExitCode()) {
         Look(static_cast<int>(tickDistance.count()));
         TellProgress();
     }
     ReadOutput();
+    const int code = m_ffmpeg->Wait();
+    std::string file;
     if (m_cancelled) {
-        return Fail("cancelled");
+        m_problem = "cancelled";
+    } else if (code != 0) {
+        m_problem = "ffmpeg has failed with code " + std::to_string(code);
+    } else if (!m_part.IsMovie()) {
+        m_problem = "the result is empty or incomplete";
+    } else if (!SyncFile()) {
+        m_problem =
+            m_cancelled ? "cancelled" : std::string("the disk has failed: ") + std::strerror(errno);
+    } else if (file = m_part.Publish(); file.empty()) {
+        m_problem = std::string("the file cannot get its name: ") + std::strerror(errno);
     }
-    if (const int code = m_ffmpeg->Wait(); code != 0) {
-        return Fail("ffmpeg has failed with code " + std::to_string(code));
-    }
-    if (!m_part.IsMovie()) {
-        return Fail("the result is empty or incomplete");
-    }
-    if (m_ticks.IsDue(1, std::chrono::steady_clock::now())) {
-        m_console.Say("frame= 100 %\n");
-    }
-    if (!SyncFile()) {
-        return Fail(m_cancelled ? "cancelled"
-                                : std::string("the disk failed: ") + std::strerror(errno));
-    }
-    if (m_part.Publish().empty()) {
-        return Fail(std::string("the file cannot get its name: ") + std::strerror(errno));
-    }
-    return 0;
+    return file.empty() ? std::nullopt : std::optional(file);
 }
 
 bool JobWorker::Start()
@@ -103,7 +114,7 @@ void JobWorker::Look(int milliseconds)
     if (events[0].revents != 0) {
         ReadOutput();
     }
-    if (m_cancelled && !m_ffmpeg->ExitCode()) {
+    if (m_cancelled && m_ffmpeg && !m_ffmpeg->ExitCode()) {
         kill(-m_ffmpeg->Id(), SIGKILL); // a wrapper has started others
     }
 }
@@ -165,6 +176,9 @@ void JobWorker::TellProgress()
 // A slow disk may take minutes. Sets errno on failure.
 bool JobWorker::SyncFile()
 {
+    if (m_ticks.IsDue(1, std::chrono::steady_clock::now())) {
+        m_console.Say("frame= 100 %\n");
+    }
     constexpr std::chrono::milliseconds interval{100};
     auto sync = std::async(std::launch::async, [this] { return m_part.Sync() ? 0 : errno; });
     while (!m_cancelled && sync.wait_for(interval) != std::future_status::ready) {
@@ -175,13 +189,18 @@ bool JobWorker::SyncFile()
     return errno == 0 && !m_cancelled;
 }
 
-int JobWorker::Fail(const std::string& reason)
+void JobWorker::TellEnd(const std::optional<std::string>& file)
 {
-    m_part.Remove();
-    m_console.Say(m_filter.TakeRest() + "tool: " + reason + ".\n" + FailureLine(m_job.destination),
-                  lastPatience);
-    const int code = m_ffmpeg ? m_ffmpeg->Wait() : failed;
-    return code == 0 ? failed : code;
+    Look(0); // the recorder may have gone since
+    if (m_leash.IsOpen()) {
+        return;
+    }
+    const auto name = [](const std::string& path) { return path.substr(path.rfind('/') + 1); };
+    if (file) {
+        Notify("The video is ready: " + name(*file), "");
+    } else if (!m_cancelled) {
+        Notify("The video could not be made: " + name(m_job.destination), m_problem + ".");
+    }
 }
 
 std::string FailureLine(const std::string& destination)

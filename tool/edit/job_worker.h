@@ -21,10 +21,12 @@ public:
     // A byte from `leash` cancels the job. At its end there is nobody left who listens.
     JobWorker(const Job& job, PartFile& part, Descriptor leash);
 
-    // Returns the exit code.
+    // Returns the exit code. If nobody listens any more, the desktop tells how it ended.
     int Run();
 
 private:
+    // Returns the path of the file, or nothing if there is none.
+    std::optional<std::string> Make();
     bool Start();
     void Look(int milliseconds);
     void ReadOutput();
@@ -33,7 +35,7 @@ private:
     double Share() const;
     void TellProgress();
     bool SyncFile();
-    int Fail(const std::string& reason);
+    void TellEnd(const std::optional<std::string>& file);
 
     const Job& m_job;
     PartFile& m_part;
@@ -45,6 +47,7 @@ private:
     Ticks m_ticks;
     Console m_console;
     bool m_cancelled = false;
+    std::string m_problem; // why there is no file, without a full stop
 };
 
 // The last line of a job that failed, which makes the recorder show that.

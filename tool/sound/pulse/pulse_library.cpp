@@ -1,34 +1,15 @@
 #include "tool/sound/pulse/pulse_library.h"
 
-#include <dlfcn.h>
+#include "tool/system/shared_library.h"
+
 #include <optional>
 
 namespace tool {
 namespace {
 
-class Symbols
-{
-public:
-    // Never closed: the library keeps global state.
-    explicit Symbols(const char* name) : m_pLibrary(dlopen(name, RTLD_LAZY | RTLD_LOCAL)) {}
-
-    template <typename Function>
-    void Find(Function*& function, const char* name)
-    {
-        function =
-            m_pLibrary == nullptr ? nullptr : reinterpret_cast<Function*>(dlsym(m_pLibrary, name));
-        m_bComplete = m_bComplete && function != nullptr;
-    }
-    bool AreComplete() const { return m_bComplete; }
-
-private:
-    void* m_pLibrary;
-    bool m_bComplete = true;
-};
-
 std::optional<PulseLibrary> Load()
 {
-    Symbols symbols("libpulse.so.0");
+    SharedLibrary symbols("libpulse.so.0");
     PulseLibrary library;
     symbols.Find(library.contextConnect, "pa_context_connect");
     symbols.Find(library.contextDisconnect, "pa_context_disconnect");
@@ -60,7 +41,7 @@ std::optional<PulseLibrary> Load()
     symbols.Find(library.streamSetReadCallback, "pa_stream_set_read_callback");
     symbols.Find(library.streamUnref, "pa_stream_unref");
     symbols.Find(library.streamUpdateTimingInfo, "pa_stream_update_timing_info");
-    return symbols.AreComplete() ? std::optional(library) : std::nullopt;
+    return symbols.IsComplete() ? std::optional(library) : std::nullopt;
 }
 
 } // namespace
