@@ -4,13 +4,74 @@
 
 #include <QCoreApplication>
 #include <QDebug>
+#include <QEventLoop>
 #include <QProcess>
+#include <QTimer>
+
+#include <utility>
+
+namespace {
+
+constexpr int kEndMs = 500; // for a tool to finish its file when the program ends
+
+// A wait for the tool, on the stack of whoever waits.
+class ToolWait
+{
+public:
+    explicit ToolWait(QProcess& process) : m_process(process)
+    {
+        m_timer.setSingleShot(true);
+        m_timer.setTimerType(Qt::PreciseTimer);
+        m_timer.start(kToolWaitMs);
+        EndWithIt(m_loop);
+    }
+    ~ToolWait() { innermost = m_outer; }
+    Q_DISABLE_COPY_MOVE(ToolWait)
+
+    // Returns false if another than the tool or the timer ended it: the program.
+    bool Wait()
+    {
+        if (!IsOver()) {
+            m_loop.exec();
+        }
+        return IsOver();
+    }
+
+    bool IsOver() const { return m_process.state() == QProcess::NotRunning || !m_timer.isActive(); }
+
+    void EndWithIt(QEventLoop& loop) const
+    {
+        QObject::connect(&m_process, SIGNAL(finished(int, QProcess::ExitStatus)), &loop,
+                         SLOT(quit()));
+        QObject::connect(&m_timer, SIGNAL(timeout()), &loop, SLOT(quit()));
+    }
+
+    static inline ToolWait* innermost = nullptr;
+
+private:
+    QProcess& m_process;
+    QTimer m_timer;
+    QEventLoop m_loop;
+    ToolWait* m_outer = std::exchange(innermost, this);
+};
+
+void EndTool(QProcess& process)
+{
+    process.terminate();
+    if (!process.waitForFinished(kEndMs)) {
+        process.kill();
+        process.waitForFinished(kEndMs);
+    }
+}
+
+} // namespace
 
 QString ToolPrefix()
 {
     return Quoted(QCoreApplication::applicationDirPath() + "/tool");
 }
 
+// Blocks, for as long as it takes to execute a program.
 bool StartTool(QProcess& process, const QString& command)
 {
     qDebug() << command;
@@ -18,10 +79,25 @@ bool StartTool(QProcess& process, const QString& command)
     return process.waitForStarted(kToolWaitMs);
 }
 
-void RunTool(QProcess& process, const QString& command)
+bool RunTool(QProcess& process, const QString& command)
 {
     StartTool(process, command);
-    process.waitForFinished(kToolWaitMs);
+    const bool goesOn = ToolWait(process).Wait();
+    if (!goesOn) {
+        EndTool(process);
+    }
+    return goesOn;
+}
+
+void ExecUntilToolEnds(QEventLoop& loop)
+{
+    const ToolWait* wait = ToolWait::innermost;
+    if (wait != nullptr) {
+        wait->EndWithIt(loop);
+    }
+    if (wait == nullptr || !wait->IsOver()) {
+        loop.exec();
+    }
 }
 
 void AskToolToQuit(QProcess& process)

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+class QEventLoop;
 class QProcess;
 
 // The only place that starts, waits for, reads and stops the external executable `tool`.
@@ -18,9 +19,16 @@ QString ToolPrefix();
 /// Returns whether the process is running or has run.
 bool StartTool(QProcess& process, const QString& command);
 
-/// StartTool(), then waits for the tool to finish. readyRead() is emitted during the wait. A tool
-/// that takes longer than kToolWaitMs is left running and counts as finished.
-void RunTool(QProcess& process, const QString& command);
+/// StartTool(), then waits with an event loop until the tool has ended or kToolWaitMs have passed.
+/// A tool that takes longer is left running and counts as finished. readyRead() and all other
+/// events of the program are delivered during the wait. A loop that runs on top of it delays the
+/// return; see ExecUntilToolEnds(). Returns false if the program is ending
+/// (QCoreApplication::exit()). The tool has then been ended as well, within a second, and the
+/// caller should leave nothing behind and return.
+bool RunTool(QProcess& process, const QString& command);
+
+/// Runs `loop` in an event handler, possibly on top of a RunTool(), whose end ends it too.
+void ExecUntilToolEnds(QEventLoop& loop);
 
 /// Writes the tool's quit command, three bytes. The tool then finishes its file and exits.
 void AskToolToQuit(QProcess& process);

@@ -3,22 +3,28 @@
 #include "jobs/record_command.h"
 #include "jobs/tool_runner.h"
 #include "ui/drui.h"
+#include "ui/input_block.h"
 #include "ui/scanui.h"
 #include "util/ownership.h"
 
 #include <QFile>
 #include <QFileDialog>
 
-// The cut job: one synchronous run of the tool, behind the progress dialog.
+// The cut job: one run of the tool, behind the progress dialog. The window lives but takes no
+// input.
 
 // A cancelled chooser leaves the directory empty, so the next one starts at its default place.
 void DRUI::btnSlotLayout3Cut()
 {
+    if (InputBlock::IsOn()) {
+        return;
+    }
     m_strCutSaveDir = QFileDialog::getExistingDirectory(this, QString(), m_strCutSaveDir,
                                                         QFileDialog::ShowDirsOnly);
     if (m_strCutSaveDir.isNull()) {
         return;
     }
+    const InputBlock block(*this, InputBlock::Input::Dropped);
     m_bisFinished = false;
     SCANUI progress;
     progress.InitSlot(this);
@@ -36,8 +42,12 @@ int DRUI::StartQProcessCut()
         Inform(NoFreeNameText(kCutOperation));
         return m_nCutState;
     }
-    RunTool(*m_pCutProcess,
-            CutCommand(ToolPrefix(), m_strCutFile, m_nCutStart, m_nCutEnd, m_strCutDestFile));
+    if (!Run(*m_pCutProcess,
+             CutCommand(ToolPrefix(), m_strCutFile, m_nCutStart, m_nCutEnd, m_strCutDestFile))) {
+        QFile::remove(m_strCutDestFile);
+        m_nCutState = kJobCancelled;
+        return m_nCutState;
+    }
     GiveToFolderOwner(QFile::encodeName(m_strCutDestFile).constData());
     if (m_nCutState != kJobGood) {
         QFile::remove(m_strCutDestFile);

@@ -4,6 +4,7 @@
 #include "jobs/text_codec.h"
 #include "jobs/tool_runner.h"
 #include "ui/drui.h"
+#include "ui/input_block.h"
 #include "ui/page_parts.h"
 #include "ui/position_slider.h"
 #include "ui/styles.h"
@@ -144,7 +145,7 @@ QHBoxLayout* DRUI::CreateCutBar()
         SetTextColor(made, Qt::white);
         return made;
     };
-    QPushButton* back = button("Back", SLOT(btnSlotBack()));
+    QPushButton* back = button(kBack, SLOT(btnSlotBack()));
     m_pBtnPlay = button("Play", SLOT(btnLayout3Play()));
     m_pBtnPlay->setIcon(QIcon(":/image/play.png"));
     m_pBtnHead = button("Start", SLOT(btnSetHead()));
@@ -180,15 +181,16 @@ QHBoxLayout* DRUI::CreateCutBar()
 }
 
 // Probes every file for its duration, which is not shown.
-void DRUI::FillCutTable(const QString& folder)
+bool DRUI::FillCutTable(const QString& folder)
 {
     m_vecFileInfo = NewestFirst(folder);
     m_pCutVideoTable->setRowCount(0);
-    for (const _FILE_INFO_& file : std::as_const(m_vecFileInfo)) {
-        DurationOf(folder, file);
-        AppendCutRow(NameOf(file));
-    }
+    const bool isWhole =
+        ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& /*duration*/) {
+            AppendCutRow(NameOf(file));
+        });
     m_pCutVideoTable->FitColumns();
+    return isWhole;
 }
 
 void DRUI::AppendCutRow(const QString& name)
@@ -204,6 +206,9 @@ void DRUI::AppendCutRow(const QString& name)
 // first row, which ends up with the oldest file; the other rows are empty. Both are intended.
 void DRUI::btnSlotLayout3Dir()
 {
+    if (InputBlock::IsOn()) {
+        return;
+    }
     m_pLayout3DirEdit->setText(QFileDialog::getExistingDirectory(this, QString()));
     m_vecFileInfo = NewestFirst(m_pLayout3DirEdit->text());
     m_pCutVideoTable->setRowCount(0);
@@ -218,6 +223,9 @@ void DRUI::btnSlotLayout3Dir()
 // position stays that of the previous video. Both are intended.
 void DRUI::CutTableItemClick(QTableWidgetItem* /*pItem*/)
 {
+    if (InputBlock::IsOn()) {
+        return;
+    }
     const auto selected = m_pCutVideoTable->selectedItems();
     if (selected.isEmpty()) {
         m_pBtnPlay->setEnabled(false);
@@ -231,6 +239,7 @@ void DRUI::CutTableItemClick(QTableWidgetItem* /*pItem*/)
     m_pBtnTail->setEnabled(false);
     m_pBtnCut->setEnabled(false);
 
+    const InputBlock block(*this, InputBlock::Input::Deferred);
     std::wstring path = m_strCutFile.toStdWString();
     const QString duration = QString::fromStdString(GetVedioTimeSeconds(path.data()));
     m_nCutDuration = DurationSeconds(duration);

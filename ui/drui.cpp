@@ -4,6 +4,7 @@
 #include "jobs/tool_runner.h"
 #include "ui/cmessagebox.h"
 #include "ui/focus_ring.h"
+#include "ui/input_block.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 #include "ui/tray_stand_in.h"
@@ -211,7 +212,9 @@ void DRUI::btnSlot()
 // again.
 void DRUI::btnEditSlot()
 {
-    FillSourceTable(m_pLayout4DirEdit->text());
+    if (InputBlock::IsOn() || !FillSourceTable(m_pLayout4DirEdit->text())) {
+        return;
+    }
     m_pSourceVideoTable->setFocus();
     m_pStack->setCurrentWidget(m_pLayout4Widget);
 }
@@ -219,7 +222,9 @@ void DRUI::btnEditSlot()
 // Reads the merge page's folder, not the cut page's. This is intended.
 void DRUI::btnMontageSlot()
 {
-    FillCutTable(m_pLayout4DirEdit->text());
+    if (InputBlock::IsOn() || !FillCutTable(m_pLayout4DirEdit->text())) {
+        return;
+    }
     m_pCutVideoTable->setFocus();
     m_pStack->setCurrentWidget(m_pLayout3Widget);
 }
@@ -227,6 +232,7 @@ void DRUI::btnMontageSlot()
 // A running recording goes on and the merge list stays. Back resets only the cut preview.
 void DRUI::btnSlotBack()
 {
+    m_bStopScan = true;
     if (m_pStack->currentIndex() == kCutPage) {
         AskToolToQuit(*m_pPlayerProcess);
         m_pPlayerProcess->kill();
@@ -245,6 +251,9 @@ void DRUI::btnMinSlot()
 // The pages have no maximise button whose image would change.
 void DRUI::btnMaxSlot()
 {
+    if (InputBlock::IsOn()) {
+        return;
+    }
     FixSize(m_bIsMaximized ? kWindowSize : Desktop().size());
     RebuildPages();
     m_bIsMaximized = !m_bIsMaximized;

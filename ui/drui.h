@@ -11,6 +11,7 @@
 #include <QSystemTrayIcon>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -175,7 +176,9 @@ private:
 
     // --- capture devices and the duration probe: device_list.cpp, probe.cpp ---
     void get_audiodevice_name();
-    QString m_strDevInfo; // output of the last listing or probe
+    bool Run(QProcess& process, const QString& command);
+    bool m_bIsEnding = false; // the program, as seen by a run of the tool
+    QString m_strDevInfo;     // output of the last listing or probe
     char m_cScreenIndex = '0';
     int m_nMicIndex = -1;
     int m_nSoundIndex = -1;
@@ -206,9 +209,11 @@ private:
     // --- the cut and the merge page: video_pages.cpp, rebuild.cpp ---
     QHBoxLayout* CreateFolderRow(QWidget* page, const FolderRowShape& shape, const char* slot);
     static VideoTable* CreateVideoTable(QWidget* page, const QStringList& labels);
-    std::string DurationOf(const QString& folder, const _FILE_INFO_& file);
+    bool ProbeFiles(const QString& folder,
+                    const std::function<void(const _FILE_INFO_&, const QString&)>& show);
     void WatchFolderFields(bool watch);
     void RebuildPages();
+    bool m_bStopScan = false;                        // the user has left the page
     QVector<_FILE_INFO_> m_vecFileInfo;              // the last folder scan, newest first
     QVector<_MERGER_FILE_INFO_> m_vecMergerFileInfo; // the merge list while its page is rebuilt
 
@@ -218,7 +223,7 @@ private:
     QWidget* CreateCutPanel();
     QHBoxLayout* CreateCutBar();
     void AppendCutRow(const QString& name);
-    void FillCutTable(const QString& folder);
+    bool FillCutTable(const QString& folder);
     void SetCutRange();
     void Layout3Play() {} // these two do nothing on purpose: there is no preview
     void FreeAviHandle() {}
@@ -255,8 +260,7 @@ private:
     VideoTable* CreateSourceVideoTable();
     VideoTable* CreateTargetVideoTable();
     QWidget* CreateMergeBar();
-    QStringList SourceTexts(const QString& folder, const _FILE_INFO_& file);
-    void FillSourceTable(const QString& folder);
+    bool FillSourceTable(const QString& folder);
     void AppendSourceRow(const QStringList& texts);
     void AppendTargetRow(const QStringList& texts);
     void EnableMerge();

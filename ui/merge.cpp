@@ -3,6 +3,7 @@
 #include "jobs/record_command.h"
 #include "jobs/tool_runner.h"
 #include "ui/drui.h"
+#include "ui/input_block.h"
 #include "ui/scanui.h"
 #include "ui/video_table.h"
 #include "util/ownership.h"
@@ -13,10 +14,13 @@
 #include <QLineEdit>
 
 // The merge job: converts every file of the list to a transport stream, then joins the streams.
-// Synchronous, behind the progress dialog.
+// Runs behind the progress dialog. The window lives but takes no input.
 
 void DRUI::btnSlotLayout4Merge()
 {
+    if (InputBlock::IsOn()) {
+        return;
+    }
     m_strMergeSaveDir = QFileDialog::getExistingDirectory(this, QString(), m_strMergeSaveDir,
                                                           QFileDialog::ShowDirsOnly);
     m_vecMergeFiles.clear();
@@ -26,6 +30,7 @@ void DRUI::btnSlotLayout4Merge()
     for (int row = 0; row < m_pTargetVideoTable->rowCount(); ++row) {
         m_vecMergeFiles.append(m_pTargetVideoTable->item(row, 0)->text());
     }
+    const InputBlock block(*this, InputBlock::Input::Dropped);
     m_bisFinished = false;
     SCANUI progress;
     progress.InitSlot(this);
@@ -60,6 +65,9 @@ int DRUI::StartQProcessMerge()
     if (m_nMergeRet != kJobGood) {
         QFile::remove(output);
     }
+    if (m_bIsEnding) {
+        return result; // nothing is told any more
+    }
     if (result == kJobInvalid) { // ChangeToTS found no free name for a stream
         Inform(NoFreeNameText(kMergeOperation));
     } else {
@@ -90,7 +98,9 @@ int DRUI::ConvertAll(const QString& output, QStringList& streams)
 void DRUI::JoinStreams(const QStringList& streams, const QString& output)
 {
     m_strTargetName = output;
-    RunTool(*m_pMergeProcess, ConcatCommand(ToolPrefix(), streams, output));
+    if (!Run(*m_pMergeProcess, ConcatCommand(ToolPrefix(), streams, output))) {
+        m_nMergeRet = kJobCancelled;
+    }
 }
 
 int DRUI::ChangeToTS(wchar_t* tsPath, wchar_t* inputPath, wchar_t* targetPath)
@@ -106,7 +116,10 @@ int DRUI::ChangeToTS(wchar_t* tsPath, wchar_t* inputPath, wchar_t* targetPath)
         m_nChangeTSRet = kJobInvalid;
         return m_nChangeTSRet;
     }
-    RunTool(*m_pChangeTSProcess, ChangeToTSCommand(ToolPrefix(), m_strCurMergeName, stream));
+    if (!Run(*m_pChangeTSProcess, ChangeToTSCommand(ToolPrefix(), m_strCurMergeName, stream))) {
+        m_nMergeRet = kJobCancelled;
+        m_nChangeTSRet = kJobCancelled;
+    }
     return m_nChangeTSRet;
 }
 

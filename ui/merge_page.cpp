@@ -1,6 +1,7 @@
 #include "jobs/folder_scan.h"
 #include "jobs/text_codec.h"
 #include "ui/drui.h"
+#include "ui/input_block.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 #include "ui/video_table.h"
@@ -9,14 +10,18 @@
 #include <QFileDialog>
 #include <QLineEdit>
 
-#include <utility>
-
 namespace {
 
 constexpr FolderRowShape kFolderRow{"m_pLayout4DirEdit", 11, {10, 0, 100, 25}, {120, 0, 240, 25},
                                     {383, 0, 30, 25},    450};
 constexpr int kMostFiles = 20;
 constexpr int kNameWidth = 180;
+
+QStringList RowTexts(const _FILE_INFO_& file, const QString& duration)
+{
+    return {QString::fromWCharArray(file.szFileName), FromEightBit(GetFileSizeString(file.llSize)),
+            duration};
+}
 
 // Sets the texts of a row: file name, size, duration.
 void SetRow(QTableWidget* table, int row, const QStringList& texts)
@@ -152,7 +157,7 @@ QWidget* DRUI::CreateMergeBar()
 {
     auto* bar = new QLabel(m_pLayout4Widget);
     bar->setMinimumSize(width(), 40);
-    QPushButton* back = CreateBarButton(bar, {20, 2, 100, 35}, "Back");
+    QPushButton* back = CreateBarButton(bar, {20, 2, 100, 35}, kBack);
     back->setFont(CalibriFont(11, QFont::Bold));
     connect(back, SIGNAL(clicked()), this, SLOT(btnSlotBack()));
     m_pBtnMerge = CreateBarButton(bar, {width() - 180, 2, 100, 35}, "Merge");
@@ -163,20 +168,16 @@ QWidget* DRUI::CreateMergeBar()
     return bar;
 }
 
-QStringList DRUI::SourceTexts(const QString& folder, const _FILE_INFO_& file)
-{
-    return {QString::fromWCharArray(file.szFileName), FromEightBit(GetFileSizeString(file.llSize)),
-            QString::fromStdString(DurationOf(folder, file))};
-}
-
-void DRUI::FillSourceTable(const QString& folder)
+bool DRUI::FillSourceTable(const QString& folder)
 {
     m_vecFileInfo = NewestFirst(folder);
     m_pSourceVideoTable->setRowCount(0);
-    for (const _FILE_INFO_& file : std::as_const(m_vecFileInfo)) {
-        AppendSourceRow(SourceTexts(folder, file));
-    }
+    const bool isWhole =
+        ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& duration) {
+            AppendSourceRow(RowTexts(file, duration));
+        });
     m_pSourceVideoTable->FitColumns();
+    return isWhole;
 }
 
 void DRUI::AppendSourceRow(const QStringList& texts)
@@ -192,6 +193,9 @@ void DRUI::AppendSourceRow(const QStringList& texts)
 // This is intended. The merge list stays, and its names now refer to the new folder.
 void DRUI::btnSlotLayout4Dir()
 {
+    if (InputBlock::IsOn()) {
+        return;
+    }
     const QString folder =
         QFileDialog::getExistingDirectory(this, QString(), QString(), QFileDialog::ShowDirsOnly);
     if (folder.isNull()) {
@@ -201,9 +205,9 @@ void DRUI::btnSlotLayout4Dir()
     m_vecFileInfo = NewestFirst(folder);
     m_pSourceVideoTable->setRowCount(0);
     m_pSourceVideoTable->setRowCount(static_cast<int>(m_vecFileInfo.size()));
-    for (const _FILE_INFO_& file : std::as_const(m_vecFileInfo)) {
-        SetRow(m_pSourceVideoTable, 0, SourceTexts(folder, file));
-    }
+    ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& duration) {
+        SetRow(m_pSourceVideoTable, 0, RowTexts(file, duration));
+    });
     m_pBtnAdd->setEnabled(false);
 }
 

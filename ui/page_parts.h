@@ -13,6 +13,7 @@ class QLineEdit;
 
 inline constexpr auto kProductName = "Lumenfold Screen Recorder";
 inline constexpr auto kVersionText = "Version 6.8.8.8";
+inline constexpr auto kBack = "Back";
 inline constexpr auto kMakerNotice = "Lumenfold Screen Recorder by Tarvessa";
 
 /// The properties of a page's title strip.

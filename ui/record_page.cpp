@@ -109,7 +109,7 @@ QWidget* DRUI::CreateRecordBar()
 {
     auto* bar = new QLabel(m_pLayout2Widget);
     bar->setMinimumSize(width(), 40);
-    QPushButton* back = CreateBarButton(bar, {50, 2, 100, 35}, "Back");
+    QPushButton* back = CreateBarButton(bar, {50, 2, 100, 35}, kBack);
     connect(back, SIGNAL(clicked()), this, SLOT(btnSlotBack()));
     m_pRecordBtn = CreateBarButton(bar, {width() - 151, 2, 100, 35}, "Record");
     m_pRecordBtn->setObjectName("m_pRecordBtn");

@@ -1,6 +1,7 @@
 #include "ui/scanui.h"
 
 #include "jobs/job_report.h"
+#include "jobs/tool_runner.h"
 #include "ui/drui.h"
 #include "ui/focus_ring.h"
 #include "ui/page_parts.h"
@@ -8,6 +9,7 @@
 
 #include <QCloseEvent>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QProgressBar>
 #include <QThread>
 #include <QWindow>
@@ -25,6 +27,7 @@ SCANUI::SCANUI(QDialog* parent, Qt::WindowFlags /*flags*/)
     resize(500, 250);
     InitDialog();
     (new FocusRing(this))->Watch();
+    connect(&m_msgBox, SIGNAL(finished(int)), this, SLOT(Answer()));
 }
 
 void SCANUI::InitSlot(DRUI* drui)
@@ -183,13 +186,10 @@ void SCANUI::closeEvent(QCloseEvent* event)
     } else if (m_bIsFinished) {
         Tell(SuccessText(m_nOprType, m_strDestination));
     } else {
-        const bool cancel = AskToCancel();
+        AskToCancel();
         if (m_bIsFinished) { // while the question was open
             Tell(SuccessText(m_nOprType, m_strDestination));
-        } else if (cancel) {
-            DRUI::m_bisFinished = true;
-            m_progressBar->setValue(0);
-        } else {
+        } else if (m_msgBox.isVisible() || m_msgBox.GetMessageBoxRet() != 1) {
             event->ignore();
         }
     }
@@ -197,12 +197,32 @@ void SCANUI::closeEvent(QCloseEvent* event)
 
 void SCANUI::paintEvent(QPaintEvent* /*event*/) {}
 
-bool SCANUI::AskToCancel()
+// Waits for the answer, but not longer than for the tool, so that the job can go on. Then the
+// question stays open, and its answer counts whenever it comes. It blocks this dialog only: the
+// main window can still be closed.
+void SCANUI::AskToCancel()
 {
+    if (m_msgBox.isVisible()) {
+        return;
+    }
     m_msgBox.setGeometry(BoxPlace());
     m_msgBox.InitQuestionDialog(CancelQuestion(m_nOprType));
-    m_msgBox.exec();
-    return m_msgBox.GetMessageBoxRet() == 1;
+    m_msgBox.setWindowModality(Qt::WindowModal);
+    m_msgBox.winId(); // has no window yet
+    m_msgBox.windowHandle()->setTransientParent(windowHandle());
+    m_msgBox.show();
+    QEventLoop loop;
+    connect(&m_msgBox, SIGNAL(finished(int)), &loop, SLOT(quit()));
+    ExecUntilToolEnds(loop);
+}
+
+void SCANUI::Answer()
+{
+    if (!m_bIsFinished && m_msgBox.GetMessageBoxRet() == 1) {
+        DRUI::m_bisFinished = true;
+        m_progressBar->setValue(0);
+        hide();
+    }
 }
 
 void SCANUI::Tell(const QString& text)

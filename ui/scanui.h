@@ -12,7 +12,7 @@ class QVBoxLayout;
 
 // The progress dialog of a cut or merge: progress bar, text and Cancel. Asks before it cancels a
 // job and shows the outcome when it closes. It follows the main window's two report signals; the
-// job runs on the same thread and dispatches no events.
+// job runs on the same thread and dispatches events while it waits for the tool.
 class SCANUI : public QDialog
 {
     Q_OBJECT
@@ -23,8 +23,7 @@ public:
     /// Connects to the reports of `drui`, which has to outlive the dialog.
     void InitSlot(DRUI* drui);
 
-    /// Places the dialog over `window`, shows it and waits up to a second until it is drawn. During
-    /// the job only the progress bar is painted.
+    /// Places the dialog over `window`, shows it and waits up to a second until it is drawn.
     void ShowOver(const QWidget& window);
 
     // Shared by all dialogs and kept from job to job; only reports change them.
@@ -42,6 +41,9 @@ protected:
     void closeEvent(QCloseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
+private Q_SLOTS:
+    void Answer();
+
 private:
     void InitDialog();
     QLabel* CreateStrip();
@@ -49,7 +51,7 @@ private:
     void Report(int operation, int percent, const QString& current, const QString& destination,
                 int error);
     void CloseForReport();
-    bool AskToCancel();
+    void AskToCancel();
     void Tell(const QString& text);
     QRect BoxPlace() const;
 

@@ -1,11 +1,30 @@
 #include "jobs/folder_scan.h"
 #include "ui/drui.h"
+#include "ui/input_block.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 #include "ui/video_table.h"
 
 #include <QHeaderView>
 #include <QLineEdit>
+
+#include <utility>
+
+namespace {
+
+// Of all pages.
+QList<QWidget*> BackButtons(const QWidget& window)
+{
+    QList<QWidget*> found;
+    for (QPushButton* button : window.findChildren<QPushButton*>()) {
+        if (button->text() == kBack) {
+            found << button;
+        }
+    }
+    return found;
+}
+
+} // namespace
 
 // Shared by the cut and merge pages: the row with the folder, the tables, the bar at the bottom,
 // and the folder fields' reaction to focus changes.
@@ -55,10 +74,22 @@ VideoTable* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
     return table;
 }
 
-std::string DRUI::DurationOf(const QString& folder, const _FILE_INFO_& file)
+// Calls `show` with each file of the last scan and its duration. The window lives on, but takes no
+// other input than Back, which ends it early. Returns whether it came to its end.
+bool DRUI::ProbeFiles(const QString& folder,
+                      const std::function<void(const _FILE_INFO_&, const QString&)>& show)
 {
-    std::wstring path = folder.toStdWString() + L'/' + file.szFileName;
-    return GetVedioTimeSeconds(path.data());
+    const InputBlock block(*this, InputBlock::Input::Deferred, BackButtons(*this));
+    m_bStopScan = false;
+    for (const _FILE_INFO_& file : std::as_const(m_vecFileInfo)) {
+        std::wstring path = folder.toStdWString() + L'/' + file.szFileName;
+        const QString duration = QString::fromStdString(GetVedioTimeSeconds(path.data()));
+        if (m_bStopScan || m_bIsEnding) {
+            return false;
+        }
+        show(file, duration);
+    }
+    return true;
 }
 
 void DRUI::WatchFolderFields(bool watch)
@@ -72,16 +103,17 @@ void DRUI::WatchFolderFields(bool watch)
     }
 }
 
-// Rescans a folder when its field loses focus, on any page and for any reason. Disables Add for
-// either field, which is intended.
+// Rescans a folder when its field loses focus, on any page and for any reason but while a job or
+// another scan runs. Disables Add for either field, which is intended.
 bool DRUI::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::FocusOut &&
         (watched == m_pLayout3DirEdit || watched == m_pLayout4DirEdit)) {
         const QString folder = static_cast<QLineEdit*>(watched)->text();
-        if (!folder.isEmpty() && watched == m_pLayout3DirEdit) {
+        const bool isScanned = !folder.isEmpty() && !InputBlock::IsOn();
+        if (isScanned && watched == m_pLayout3DirEdit) {
             FillCutTable(folder);
-        } else if (!folder.isEmpty()) {
+        } else if (isScanned) {
             FillSourceTable(folder);
         }
         m_pBtnAdd->setEnabled(false);

@@ -10,6 +10,8 @@
 #include <QTest>
 #include <QTimer>
 
+#include <functional>
+
 // Identifies the directory chooser of a page: no caption, so Qt's own, and no start directory, so
 // the working directory.
 inline QString UsualChooser()
@@ -29,15 +31,16 @@ public:
         m_timer.start(5);
     }
 
-    QStringList texts;      // of the message dialogs, in order
-    QStringList titles;     // of their windows
-    QList<QRect> places;    // their geometries
-    QString button = "OK";  // the button to press
-    QString directory;      // the directory to choose; null presses Cancel
-    QString startDirectory; // of the last chooser
-    QString chooserKind;    // kind of the last chooser, from UsualChooser()
-    int choosers = 0;       // how many there were
-    qint64 jobNsecs = 0;    // from the chooser to the message
+    QStringList texts;                         // of the message dialogs, in order
+    QStringList titles;                        // of their windows
+    QList<QRect> places;                       // their geometries
+    QString button = "OK";                     // the button to press
+    std::function<bool(const QString&)> leave; // whether to leave a message unanswered
+    QString directory;                         // the directory to choose; null presses Cancel
+    QString startDirectory;                    // of the last chooser
+    QString chooserKind;                       // kind of the last chooser, from UsualChooser()
+    int choosers = 0;                          // how many there were
+    qint64 jobNsecs = 0;                       // from the chooser to the message
 
 private:
     void Answer()
@@ -53,8 +56,11 @@ private:
             Choose(*chooser);
             return;
         }
-        jobNsecs = m_sinceChoice.nsecsElapsed();
         auto* message = box->findChild<QLabel*>("m_pMessageLabel");
+        if (leave && message != nullptr && leave(message->text())) {
+            return;
+        }
+        jobNsecs = m_sinceChoice.nsecsElapsed();
         auto* standard = qobject_cast<QMessageBox*>(box);
         texts << (message != nullptr    ? message->text()
                   : standard != nullptr ? standard->text()

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "app/close_watcher.h"
+#include "tests/window/job_tool.h"
+
+#include <QElapsedTimer>
+#include <QProgressBar>
+
+// A cut or a merge with a user who acts while its tool runs.
+class JobInProgramTest : public VideoPageTest
+{
+    Q_OBJECT
+
+protected:
+    // Jobs for SetJob(). Both say that they are at work, and end with their file made.
+    static constexpr auto kUntilGo = ": >\"$here/working\"; printf frame=\n"
+                                     "until [[ -e $here/go ]]; do\n"
+                                     "read -r -t 0.01 -N 1 key; printf size=; done\n"
+                                     "printf made >\"${!#}\"\n";
+    static constexpr auto kUntilAsked = ": >\"$here/working\"; printf frame=\n"
+                                        "until [[ $key == q ]]; do\n"
+                                        "read -r -t 0.01 -N 1 key; printf size=; done\n"
+                                        "printf made >\"${!#}\"\n";
+
+    void PrepareJobs()
+    {
+        PrepareVideos();
+        QApplication::setQuitOnLastWindowClosed(false);
+        QFile::remove(BesideProgram("go"));
+        QFile::remove(BesideProgram("working"));
+        SCANUI::m_nOprType = 0; // until its first report a dialog asks what the job before would
+        m_left = 0;
+    }
+
+    void FinishJobs()
+    {
+        qDeleteAll(findChildren<QTimer*>());
+        Go(); // for what a failed test left running
+        FinishVideos();
+    }
+
+    static bool IsToolAtWork() { return QFile::exists(BesideProgram("working")); }
+    static void Go() { WriteFile(BesideProgram("go"), {}); }
+
+    // Shows the job's page, ready for StartJob().
+    void PrepareJob(bool merge)
+    {
+        if (merge) {
+            MakeList({"a.mp4", "b.mp4"});
+        } else {
+            SelectRange("a.mp4", 1, 2);
+        }
+        Calls();
+    }
+
+    void StartJob(bool merge) { Press(merge ? "Merge" : "Cut"); }
+
+    // Does something in the event loop, once the condition is true.
+    void When(const std::function<bool()>& condition, const std::function<void()>& act)
+    {
+        auto* timer = new QTimer(this);
+        connect(timer, &QTimer::timeout, this, [timer, condition, act] {
+            if (condition()) {
+                timer->stop();
+                act();
+            }
+        });
+        timer->start(2);
+    }
+
+    // Leaves the message or question with this text unanswered and counts how often it was seen.
+    void LeaveOpen(const QString& text)
+    {
+        Boxes().leave = [this, text](const QString& shown) {
+            m_left += shown == text ? 1 : 0;
+            return shown == text;
+        };
+    }
+
+    // Does something in the program's event loop. Returns when the program ends: 0, or 7 if it does
+    // not.
+    int RunProgram(const std::function<void()>& act)
+    {
+        const CloseWatcher watcher(Window());
+        QTimer patience;
+        connect(&patience, &QTimer::timeout, this, [] { QCoreApplication::exit(7); });
+        patience.start(20000);
+        QTimer::singleShot(0, this, act);
+        return QApplication::exec();
+    }
+
+    static SCANUI* Dialog()
+    {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* dialog = qobject_cast<SCANUI*>(widget)) {
+                return dialog;
+            }
+        }
+        return nullptr;
+    }
+
+    // `text` is empty for the close button.
+    static void PressInDialog(const QString& text)
+    {
+        QVERIFY2(Dialog() != nullptr, "there is no progress dialog");
+        for (auto* button : Dialog()->findChildren<QPushButton*>()) {
+            if (button->text() == text) {
+                QTest::mouseClick(button, Qt::LeftButton);
+                return;
+            }
+        }
+    }
+
+    int m_left = 0;
+};

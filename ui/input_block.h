@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+class QWidget;
+
+// While it exists, a window takes no mouse, keys, shortcuts and drops, but is painted and can be
+// moved, minimised and closed. Other windows, such as dialogs and the tray's menu, are not
+// affected.
+class InputBlock : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum class Input {
+        Dropped,
+        Deferred // clicks and keys are delivered afterwards
+    };
+
+    /// The widgets in `open` still take the mouse.
+    InputBlock(QWidget& window, Input input, QList<QWidget*> open = {});
+    ~InputBlock() override;
+    Q_DISABLE_COPY_MOVE(InputBlock)
+
+    /// Whether the window's slots must not start anything that waits: they may be called without
+    /// input, too, such as by a screen reader or a field that loses focus.
+    static bool IsOn() { return m_nBlocks > 0; }
+
+    bool eventFilter(QObject* receiver, QEvent* event) override;
+
+private:
+    bool IsAtOpenWidget(const QObject* receiver, const QEvent& event);
+
+    QWidget& m_window;
+    Input m_input;
+    QList<QWidget*> m_open;
+    bool m_bIsPressed = false; // an open widget; its release belongs to it wherever it is
+    std::vector<std::pair<QPointer<QObject>, std::unique_ptr<QEvent>>> m_kept;
+    static inline int m_nBlocks = 0;
+};
