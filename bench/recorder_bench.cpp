@@ -160,7 +160,11 @@ void RecorderBench::PrintFile(const QString& path, double seconds)
     const double offset = report["av_offset_ms"].toDouble(&measured);
     Row("Sound after picture", measured ? Number(offset, 0) + " ms" : QString("not heard"),
         "<= 50 ms", measured && std::abs(offset) <= 50);
-    Row("  smallest and largest of all flashes", report["av_offset_range"] + " ms");
+    const QStringList range = report["av_offset_range"].split(' ');
+    const double worst = std::max(-range.first().toDouble(), range.last().toDouble());
+    Row("  worst of all flashes", Number(worst, 0) + " ms", "<= 50 ms", measured && worst <= 50);
+    Row("  flashes without a beep, beeps without a flash", report["av_unpaired"], "0",
+        report["av_unpaired"] == "0");
     const double shorter = seconds - report["duration"].toDouble();
     Row("File shorter than the time from Record to Stop", Number(shorter) + " s", "<= 0.3 s",
         shorter <= 0.3);

@@ -19,6 +19,8 @@
 //   beep_times       start times of beeps
 //   av_offset_ms     beep minus flash, median of all pairs; "none" without pairs
 //   av_offset_range  the smallest and largest offset
+//   av_unpaired      flashes and beeps without a beep or flash within 0.45 s, but not those at the
+//                    very beginning and end, where the recording may have cut the other one
 //   tones            frequencies heard, separated by blanks
 //
 // Exits with 1 if the file cannot be decoded.
@@ -29,6 +31,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -110,21 +113,36 @@ std::vector<double> FlashTimes(const std::vector<Picture>& pictures)
     return times;
 }
 
-// Beep minus flash in ms for each flash with a beep within 0.45 s.
+// The time nearest to `time`, if it is within 0.45 s.
+std::optional<double> Partner(double time, const std::vector<double>& times)
+{
+    const auto nearest = std::min_element(times.begin(), times.end(), [time](double a, double b) {
+        return std::abs(a - time) < std::abs(b - time);
+    });
+    return nearest != times.end() && std::abs(*nearest - time) < 0.45 ? std::optional(*nearest)
+                                                                      : std::nullopt;
+}
+
+// Beep minus flash in ms for each flash with a beep.
 std::vector<double> Offsets(const std::vector<double>& flashes, const std::vector<double>& beeps)
 {
     std::vector<double> offsets;
     for (const double flash : flashes) {
-        const auto nearest =
-            std::min_element(beeps.begin(), beeps.end(), [flash](double a, double b) {
-                return std::abs(a - flash) < std::abs(b - flash);
-            });
-        if (nearest != beeps.end() && std::abs(*nearest - flash) < 0.45) {
-            offsets.push_back((*nearest - flash) * 1000);
+        if (const auto beep = Partner(flash, beeps)) {
+            offsets.push_back((*beep - flash) * 1000);
         }
     }
     std::sort(offsets.begin(), offsets.end());
     return offsets;
+}
+
+// How many of `times` have no partner, apart from those near the beginning or the end.
+long Unpaired(const std::vector<double>& times, const std::vector<double>& partners, double end)
+{
+    constexpr double margin = 0.2;
+    return std::count_if(times.begin(), times.end(), [&](double time) {
+        return time > margin && time < end - margin && !Partner(time, partners);
+    });
 }
 
 std::string Probe(const std::string& file, const char* entries)
@@ -151,6 +169,9 @@ void PrintSound(const Options& options, const std::vector<Picture>& pictures)
         std::printf("av_offset_ms=%.0f\nav_offset_range=%.0f %.0f\n", offsets[offsets.size() / 2],
                     offsets.front(), offsets.back());
     }
+    const double end =
+        std::min(pictures.back().time, static_cast<double>(sound.size()) / soundRate);
+    std::printf("av_unpaired=%ld\n", Unpaired(flashes, beeps, end) + Unpaired(beeps, flashes, end));
     std::printf("tones=");
     const std::vector<int> tones = TonesPresent(sound, soundRate);
     for (size_t i = 0; i < tones.size(); ++i) {
