@@ -58,11 +58,12 @@ void ExpectInTime(Outlet& outlet, Clock::time_point moment)
     QVERIFY2(least >= delay, qPrintable(QString("only %1 s behind").arg(least)));
 }
 
-// The loudness of a tone in the last half second.
-double Level(const Outlet& outlet, int hertz)
+// The loudness of a tone in the last half second, or another part of one.
+double Level(const Outlet& outlet, int hertz, double seconds = 0.5)
 {
     std::vector<int16_t> samples;
-    const qsizetype from = std::max<qsizetype>(outlet.Bytes().size() / 4 - kRate / 2, 0);
+    const auto last = static_cast<qsizetype>(seconds * kRate);
+    const qsizetype from = std::max<qsizetype>(outlet.Bytes().size() / 4 - last, 0);
     for (qsizetype at = from * 4; at + 4 <= outlet.Bytes().size(); at += 4) {
         samples.push_back(static_cast<int16_t>(static_cast<uchar>(outlet.Bytes()[at]) |
                                                outlet.Bytes()[at + 1] << 8));
@@ -85,6 +86,9 @@ private slots:
     void soundIsAllThereForAReaderWhoComesLate();
     void restartedServerIsInTheSoundAgain();
     void soundEndsWithThePictures();
+    void soundIsCompleteUpToItsEnd();
+    void soundThatNobodyHasReadYetIsCompleteUpToItsEnd();
+    void recordingThatEndsBeforeItBeginsHasNoSound();
     void soundEndsWithItsReader();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
@@ -194,6 +198,40 @@ void SoundFeederTest::soundEndsWithThePictures()
     waitpid(grabber, nullptr, 0);
     QVERIFY2(heard, "the sound does not go on while there are pictures");
     QVERIFY2(outlet->ReadUntil([&] { return outlet->IsAtEnd(); }, 5000), "the sound goes on");
+}
+
+void SoundFeederTest::soundIsCompleteUpToItsEnd()
+{
+    SoundServer server(kTones);
+    QVERIFY(server.Start());
+    const auto outlet = Sound({"low"}, m_pStart);
+    m_pStart->Begin(Clock::now());
+    QVERIFY2(outlet->ReadUntil([&] { return Level(*outlet, kLow) > 5000; }), "nothing is heard");
+    const double seconds = SecondsSince(*m_pStart->Start());
+    m_pStart->Finish(Clock::now());
+    QVERIFY2(outlet->ReadUntil([&] { return outlet->IsAtEnd(); }, 1000), "the sound goes on");
+    // It is written in pieces of 10 ms.
+    QVERIFY2(std::abs(SecondsOfSound(*outlet) - seconds) < 0.015,
+             qPrintable(QString("%1 s instead of %2").arg(SecondsOfSound(*outlet)).arg(seconds)));
+    QVERIFY2(Level(*outlet, kLow, 0.04) > 5000, "the last sound is missing");
+}
+
+void SoundFeederTest::soundThatNobodyHasReadYetIsCompleteUpToItsEnd()
+{
+    const auto outlet = Sound({"missing"}, m_pStart);
+    m_pStart->Begin(Clock::now() - 500ms);
+    m_pStart->Finish(Clock::now());
+    QVERIFY2(QTest::qWaitFor([&] { return outlet->HasEnded(); }), "it waits for a reader");
+    QVERIFY(outlet->ReadUntil([&] { return outlet->IsAtEnd(); }));
+    QVERIFY2(std::abs(SecondsOfSound(*outlet) - 0.5) < 0.015,
+             qPrintable(QString("%1 s").arg(SecondsOfSound(*outlet))));
+}
+
+void SoundFeederTest::recordingThatEndsBeforeItBeginsHasNoSound()
+{
+    const auto outlet = Sound({"missing"}, m_pStart);
+    m_pStart->Finish(Clock::now());
+    QVERIFY2(QTest::qWaitFor([&] { return outlet->HasEnded(); }), "it waits for a beginning");
 }
 
 void SoundFeederTest::soundEndsWithItsReader()

@@ -30,8 +30,7 @@ struct Source
 
 const Source kSpeaker{"speaker.monitor", "speaker", 1000, 0};
 const Source kMicrophone{"microphone", "mic_in", 1700, 100};
-// Nobody has used these before. Without anything to play, the first one's output runs two seconds
-// ahead, so it is heard with that delay.
+// Nobody has used these before. Without anything to play, the output runs two seconds ahead.
 const Source kIdleSpeaker{"idle.monitor", "idle", 1000, 0};
 const Source kIdleMicrophone{"headset", "voice", 1700, 100};
 
@@ -236,15 +235,12 @@ void SoundInStepTest::soundsOfIdleDevicesLieWhereTheirPicturesSay()
     QVERIFY2(list.error.contains("[0] Microphone (Headset)") &&
                  list.error.contains("[2] Computer sounds (Speaker)"),
              list.error);
-    QString path;
-    {
-        std::optional<TestPatternProcess> first;
-        std::optional<TestPatternProcess> second;
-        path = Record("0:0 0:2", {}, [&] {
-            first.emplace(PatternOptions(kIdleSpeaker));
-            second.emplace(PatternOptions(kIdleMicrophone));
-        });
-    }
+    std::optional<TestPatternProcess> first;
+    std::optional<TestPatternProcess> second;
+    const QString path = Record("0:0 0:2", {}, [&] {
+        first.emplace(PatternOptions(kIdleSpeaker));
+        second.emplace(PatternOptions(kIdleMicrophone));
+    });
     for (const QString& module : modules) {
         Server({"unload-module", module});
     }

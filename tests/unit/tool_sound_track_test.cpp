@@ -81,7 +81,6 @@ private slots:
     void aLongBacklogIsSilence();
     void mixIsTheSumAndNeverWraps();
     void stretchingKeepsBothEnds();
-    void dueFramesFollowTheClock();
 };
 
 void ToolSoundTrackTest::soundLiesWhereItWasCaptured()
@@ -310,13 +309,6 @@ void ToolSoundTrackTest::stretchingKeepsBothEnds()
     QCOMPARE(longer.back(), 130);
     QCOMPARE(longer[2], 5);
     QCOMPARE(tool::Stretched(ramp, 1).size(), size_t{2});
-}
-
-void ToolSoundTrackTest::dueFramesFollowTheClock()
-{
-    QCOMPARE(tool::FramesDue(50000, 44100, 100), 0);
-    QCOMPARE(tool::FramesDue(1100000, 44100, 100), 44100);
-    QCOMPARE(tool::FramesDue(int64_t{48} * 3600 * 1000000, 48000, 0), int64_t{48} * 3600 * 48000);
 }
 
 QTEST_APPLESS_MAIN(ToolSoundTrackTest)

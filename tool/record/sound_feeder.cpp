@@ -22,10 +22,10 @@ namespace tool {
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
+using Clock = SteadyTime::clock;
 
 // The delay with which sound is written. Sound that arrives later than this is lost.
-constexpr int delayMs = 60;
+constexpr auto delay = 60ms;
 // Silence in the pipe before ffmpeg opens it, which becomes the first 23 ms of the sound.
 constexpr int64_t preparedFrames = 1024;
 constexpr size_t pipeBytes = 1 << 20;
@@ -56,6 +56,7 @@ struct SoundFeeder::Private
     bool WaitForReader();
     void Start(SteadyTime moment);
     void Hear(size_t source, SteadyTime captured, std::span<const int16_t> stereo);
+    int64_t FrameAt(SteadyTime moment) const;
     int64_t FramesDueNow() const;
     bool IsComplete() const;
     bool Emit();
@@ -82,7 +83,7 @@ void SoundFeeder::Private::Start(SteadyTime moment)
     }
 }
 
-// Returns false if ffmpeg is gone.
+// Returns false if ffmpeg is gone, or the recording ended before it began.
 bool SoundFeeder::Private::WaitForReader()
 {
     const std::array<int16_t, preparedFrames * 2> silence{};
@@ -90,7 +91,7 @@ bool SoundFeeder::Private::WaitForReader()
         return false;
     }
     int unread = sizeof silence;
-    while (unread == sizeof silence) {
+    while (unread == sizeof silence && !time.End()) {
         reader.Wait(1ms);
         pollfd state{pipe.Number(), 0, 0};
         if (poll(&state, 1, 0) < 0 || (state.revents & POLLERR) != 0 ||
@@ -101,37 +102,38 @@ bool SoundFeeder::Private::WaitForReader()
             Start(*moment);
         }
     }
-    Start(Clock::now());
-    return true;
+    const bool ended = time.End().has_value();
+    const auto begin = time.Start();
+    Start(begin.value_or(Clock::now()));
+    return begin || !ended;
 }
 
 void SoundFeeder::Private::Hear(size_t source, SteadyTime captured, std::span<const int16_t> stereo)
 {
     if (start) {
-        const auto since =
-            std::chrono::duration_cast<std::chrono::microseconds>(captured - *start).count();
-        tracks[source].Put(since * rate / 1000000, stereo, given);
+        tracks[source].Put(FrameAt(captured), stereo, given);
     }
+}
+
+// The position of a moment in the sound; negative before its beginning.
+int64_t SoundFeeder::Private::FrameAt(SteadyTime moment) const
+{
+    return std::chrono::duration_cast<std::chrono::microseconds>(moment - *start).count() * rate /
+           1000000;
 }
 
 int64_t SoundFeeder::Private::FramesDueNow() const
 {
-    const auto due = [this](SteadyTime moment, int delay) {
-        const auto elapsed =
-            std::chrono::duration_cast<std::chrono::microseconds>(moment - *start).count();
-        return FramesDue(elapsed, rate, delay);
-    };
-    const int64_t now = due(Clock::now(), delayMs);
-    const auto end = time.End();
-    return end ? std::min(now, due(*end, 0)) : now;
+    const SteadyTime now = Clock::now() - delay;
+    return FrameAt(std::min(now, time.End().value_or(now)));
 }
 
 // Whether everything up to the end is written.
 bool SoundFeeder::Private::IsComplete() const
 {
     const auto end = time.End();
-    return end && Clock::now() >= *end + std::chrono::milliseconds(delayMs) &&
-           given + PieceFrames(rate) > FramesDueNow() && written == rest.size() * sizeof(int16_t);
+    return end && Clock::now() >= *end + delay && given + PieceFrames(rate) > FramesDueNow() &&
+           written == rest.size() * sizeof(int16_t);
 }
 
 // Writes what is due, as far as the pipe takes it. Returns false if ffmpeg has closed the pipe.

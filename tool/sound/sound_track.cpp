@@ -180,9 +180,4 @@ std::vector<int16_t> Stretched(std::span<const int16_t> stereo, int64_t frames)
     return result;
 }
 
-int64_t FramesDue(int64_t elapsedUs, int rate, int delayMs)
-{
-    return std::max<int64_t>((elapsedUs - int64_t{delayMs} * 1000) * rate / 1000000, 0);
-}
-
 } // namespace tool

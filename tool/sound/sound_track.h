@@ -53,7 +53,4 @@ std::vector<int16_t> Saturated(std::span<const int32_t> sum);
 // Resamples the piece to `frames` frames (at least 1) by linear interpolation.
 std::vector<int16_t> Stretched(std::span<const int16_t> stereo, int64_t frames);
 
-// The number of frames due after this time if sound is written `delayMs` late; at least 0.
-int64_t FramesDue(int64_t elapsedUs, int rate, int delayMs);
-
 } // namespace tool
