@@ -1,5 +1,8 @@
 // Measures the real program on a virtual desktop and prints a table. Every figure is compared with
 // one from the same run, because machines differ.
+#include "bench/capture_commands.h"
+#include "bench/encoding_cost.h"
+#include "bench/flash_and_beep.h"
 #include "bench/table.h"
 #include "tests/support/measure.h"
 #include "tests/support/recorder.h"
@@ -7,6 +10,47 @@
 #include "tests/support/test_pattern_process.h"
 
 #include <QTest>
+
+#include <cmath>
+
+namespace {
+
+constexpr int kSeconds = 20;
+
+// Entries of the program's list of sounds.
+constexpr int kBothSounds = 0;
+constexpr int kComputerSounds = 1;
+
+// A recording of kSeconds.
+struct Take
+{
+    double program = 0;      // processor seconds of the recorder
+    double all = 0;          // and of everything it started
+    qsizetype processes = 0; // beside the recorder
+    double memory = 0;       // of those, in MiB
+    QStringList command;     // ffmpeg's
+    QString file;
+    double lasted = 0; // seconds from Record to Stop
+    double finish = 0; // seconds from Stop to the finished file
+};
+
+double MemoryOfAll(const QList<qint64>& processes)
+{
+    double sum = 0;
+    for (const qint64 process : processes) {
+        sum += MemoryOf(process).pss;
+    }
+    return sum;
+}
+
+void WaitFor(int milliseconds)
+{
+    QElapsedTimer time;
+    time.start();
+    WaitUntil([&] { return time.hasExpired(milliseconds); }, 2 * milliseconds + 1000);
+}
+
+} // namespace
 
 class RecorderBench : public QObject
 {
@@ -16,45 +60,18 @@ private slots:
     void start();
     void memory();
     void recording();
+    void stillScreen();
+    void firstSeconds();
 
 private:
-    static constexpr int kSeconds = 20;
-
-    static void PrintFile(const QString& path, double seconds);
-    double FfmpegAlone(QStringList command);
+    bool Record(int sound, Take& take);
+    void CompareWithStock(const Take& take);
+    void CompareWithEncoding(const QString& what, const Take& take);
+    static void PrintFile(const Take& take);
 
     Desktop m_desktop;
     QTemporaryDir m_folder;
 };
-
-namespace {
-
-// The same command with ffmpeg grabbing the screen and reading the sound itself.
-QStringList StockCommand(QStringList command)
-{
-    const auto picture = command.indexOf("rawvideo");
-    const auto input = command.indexOf("-i", picture);
-    const QString size = command.value(command.indexOf("-video_size") + 1);
-    const QString rate = command.value(command.indexOf("-framerate") + 1);
-    if (picture > 0 && input > picture) {
-        command.erase(command.begin() + picture, command.begin() + input + 2);
-        for (const QString& word :
-             {qEnvironmentVariable("DISPLAY"), QString("-i"), QString("1"), QString("-draw_mouse"),
-              size, QString("-video_size"), rate, QString("-framerate"), QString("x11grab")}) {
-            command.insert(picture, word);
-        }
-    }
-    for (QString& word : command) {
-        if (word == "s16le") {
-            word = "pulse";
-        } else if (word.startsWith("/dev/fd/")) {
-            word = "speaker.monitor";
-        }
-    }
-    return command;
-}
-
-} // namespace
 
 void RecorderBench::start()
 {
@@ -81,7 +98,7 @@ void RecorderBench::memory()
     minimal.start(MINIMAL_WINDOW, QStringList());
     Recorder recorder(m_desktop);
     QVERIFY(recorder.StartOnRecordPage());
-    recorder.ChooseAudio(0);
+    recorder.ChooseAudio(kBothSounds);
     const Memory ours = MemoryOf(recorder.Pid());
     const Memory theirs = MemoryOf(minimal.processId());
     minimal.terminate();
@@ -91,62 +108,106 @@ void RecorderBench::memory()
     Row("  recorder PSS, RSS", Number(ours.pss, 1) + " MiB, " + Number(ours.rss, 1) + " MiB");
 }
 
+// Returns false if something does not come.
+bool RecorderBench::Record(int sound, Take& take)
+{
+    Recorder recorder(m_desktop);
+    if (!recorder.StartOnRecordPage()) {
+        return false;
+    }
+    recorder.ChooseAudio(sound);
+    if (!recorder.StartRecording() || !recorder.RecordFor(1000)) {
+        return false;
+    }
+    QList<qint64> started = Descendants(recorder.Pid());
+    for (const qint64 process : ProcessesOf(recorder.Beside("tool"))) {
+        if (!started.contains(process)) {
+            started << process; // its parent has ended
+        }
+    }
+    take.command = EncoderOf(started);
+    const double programBefore = CpuSeconds({recorder.Pid()});
+    const double startedBefore = CpuSeconds(started);
+    if (take.command.isEmpty() || !recorder.RecordFor(1000 + kSeconds * 1000)) {
+        return false;
+    }
+    take.program = CpuSeconds({recorder.Pid()}) - programBefore;
+    take.all = take.program + CpuSeconds(started) - startedBefore;
+    take.processes = started.size();
+    take.memory = MemoryOfAll(started);
+    if (!recorder.ChooseInTray(1)) {
+        return false;
+    }
+    take.lasted = static_cast<double>(recorder.RecordedMs()) / 1000;
+    if (!recorder.WaitForTool()) {
+        return false;
+    }
+    take.finish = static_cast<double>(recorder.MsSinceChoice()) / 1000;
+    take.file = m_folder.filePath("take.mp4");
+    QFile::remove(take.file);
+    return QFile::rename(recorder.Recording(), take.file);
+}
+
 void RecorderBench::recording()
 {
     TestPatternProcess pattern({"--beep", "1000@speaker"});
     QVERIFY2(pattern.IsReady(), "the moving picture does not come");
-    Recorder recorder(m_desktop);
-    QVERIFY(recorder.StartOnRecordPage());
-    recorder.ChooseAudio(1);
-    QVERIFY(recorder.StartRecording());
-    QVERIFY(recorder.RecordFor(1000));
-    const QList<qint64> tool = Descendants(recorder.Pid());
-    QVERIFY(!tool.isEmpty());
-    const QStringList command = CommandLine(tool.first());
-    const double ownBefore = CpuSeconds({recorder.Pid()});
-    const double toolBefore = CpuSeconds(tool);
-    QVERIFY(recorder.RecordFor(1000 + kSeconds * 1000));
-    const double own = CpuSeconds({recorder.Pid()}) - ownBefore;
-    const double chain = own + CpuSeconds(tool) - toolBefore;
-    QVERIFY(recorder.ChooseInTray(1));
-    const double seconds = static_cast<double>(recorder.RecordedMs()) / 1000;
-    QVERIFY(recorder.WaitForTool());
-    const double finish = static_cast<double>(recorder.MsSinceChoice()) / 1000;
-    const double alone = FfmpegAlone(command);
-    QVERIFY2(alone > 0, "ffmpeg alone does not record");
-
-    const double share = 100 * own / kSeconds;
+    Take take;
+    QVERIFY2(Record(kComputerSounds, take), "there is no recording");
+    const double share = 100 * take.program / kSeconds;
     Row("Recorder's share of one processor, recording", Number(share) + " %", "<= 0.5 %",
         share <= 0.5);
-    const double ratio = chain / alone;
-    Row("Program, tool and ffmpeg / stock ffmpeg, processor time", Number(ratio), "<= 0.7",
-        ratio <= 0.7);
-    Row("  in 20 s", Number(chain, 1) + " s, " + Number(alone, 1) + " s");
-    PrintFile(recorder.Recording(), seconds);
-    Row("Stop to finished file", Number(finish) + " s", "<= 1 s", finish <= 1);
+    Row("Processes of a recording beside the recorder", QString::number(take.processes), "<= 2",
+        take.processes <= 2);
+    CompareWithStock(take);
+    CompareWithEncoding("a moving screen", take);
+    PrintFile(take);
+    Row("Stop to finished file", Number(take.finish) + " s", "<= 1 s", take.finish <= 1);
 }
 
-// The processor seconds ffmpeg takes without `tool`.
-double RecorderBench::FfmpegAlone(QStringList command)
+void RecorderBench::stillScreen()
 {
-    command = StockCommand(command);
-    command.last() = m_folder.filePath("alone.mp4");
+    Take take;
+    QVERIFY2(Record(kBothSounds, take), "there is no recording");
+    CompareWithEncoding("a still screen", take);
+}
+
+// ffmpeg without `tool`, for as long.
+void RecorderBench::CompareWithStock(const Take& take)
+{
+    QStringList command = StockCommand(take.command, m_folder.filePath("alone.mp4"));
     QProcess ffmpeg;
     ffmpeg.setProcessChannelMode(QProcess::MergedChannels);
     ffmpeg.start(command.takeFirst(), command);
-    QElapsedTimer time;
-    time.start();
-    WaitUntil([&] { return time.hasExpired(1000); }, 2000);
+    WaitFor(1000);
     const double before = CpuSeconds({ffmpeg.processId()});
-    WaitUntil([&] { return time.hasExpired(1000 + kSeconds * 1000); }, 2000 + kSeconds * 1000);
-    const double used = CpuSeconds({ffmpeg.processId()}) - before;
+    WaitFor(kSeconds * 1000);
+    const double alone = CpuSeconds({ffmpeg.processId()}) - before;
+    const double memory = MemoryOf(ffmpeg.processId()).pss;
     ffmpeg.write("q");
-    return ffmpeg.waitForFinished() && ffmpeg.exitCode() == 0 ? used : -1;
+    QVERIFY2(ffmpeg.waitForFinished() && ffmpeg.exitCode() == 0 && alone > 0,
+             "ffmpeg alone does not record");
+    const double ratio = take.all / alone;
+    Row("Program, tool and ffmpeg / stock ffmpeg, processor time", Number(ratio), "<= 0.7",
+        ratio <= 0.7);
+    Row("  in 20 s", Number(take.all, 1) + " s, " + Number(alone, 1) + " s");
+    Row("Memory (PSS) of tool and ffmpeg, of stock ffmpeg",
+        Number(take.memory, 0) + " MiB, " + Number(memory, 0) + " MiB");
 }
 
-void RecorderBench::PrintFile(const QString& path, double seconds)
+// The same pictures and sound, encoded from files without a recording.
+void RecorderBench::CompareWithEncoding(const QString& what, const Take& take)
 {
-    const QMap<QString, QString> report = PatternReport(path);
+    const double alone = EncodingCost(take.command, take.file, m_folder.path());
+    QVERIFY2(alone > 0, "ffmpeg alone does not encode");
+    const double ratio = take.all / kSeconds / alone;
+    Row("Program, tool and ffmpeg / encoding " + what, Number(ratio), "<= 1.3", ratio <= 1.3);
+    Row("  in 20 s", Number(take.all) + " s, " + Number(kSeconds * alone) + " s");
+}
+
+void RecorderBench::PrintFile(const Take& take)
+{
+    const QMap<QString, QString> report = PatternReport(take.file);
     const double distinct = report["distinct_share"].toDouble();
     const int frames = report["video_frames"].toInt();
     Row("Frames of 29.97 a second present and distinct", Number(distinct) + " %", ">= 99.5 %",
@@ -160,14 +221,30 @@ void RecorderBench::PrintFile(const QString& path, double seconds)
     const double offset = report["av_offset_ms"].toDouble(&measured);
     Row("Sound after picture", measured ? Number(offset, 0) + " ms" : QString("not heard"),
         "<= 50 ms", measured && std::abs(offset) <= 50);
-    const QStringList range = report["av_offset_range"].split(' ');
-    const double worst = std::max(-range.first().toDouble(), range.last().toDouble());
-    Row("  worst of all flashes", Number(worst, 0) + " ms", "<= 50 ms", measured && worst <= 50);
+    PrintWorstPair("Flash farthest from its beep", WorstPair(report));
     Row("  flashes without a beep, beeps without a flash", report["av_unpaired"], "0",
         report["av_unpaired"] == "0");
-    const double shorter = seconds - report["duration"].toDouble();
+    const double shorter = take.lasted - report["duration"].toDouble();
     Row("File shorter than the time from Record to Stop", Number(shorter) + " s", "<= 0.3 s",
         shorter <= 0.3);
+}
+
+// The output is idle until the recording begins.
+void RecorderBench::firstSeconds()
+{
+    FlashAndBeep worst;
+    for (int i = 0; i < 3; ++i) {
+        Recorder recorder(m_desktop);
+        QVERIFY(recorder.StartOnRecordPage());
+        recorder.ChooseAudio(kComputerSounds);
+        TestPatternProcess pattern({"--beep", "1000@speaker"});
+        QVERIFY2(pattern.IsReady(), "the moving picture does not come");
+        QVERIFY(recorder.StartRecording() && recorder.RecordFor(4000) && recorder.ChooseInTray(1) &&
+                recorder.WaitForTool());
+        const FlashAndBeep pair = WorstPair(PatternReport(recorder.Recording()), 2);
+        worst = pair.distance > worst.distance ? pair : worst;
+    }
+    PrintWorstPair("Flash farthest from its beep, first 2 s after silence", worst);
 }
 
 int main(int argc, char** argv)

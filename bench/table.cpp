@@ -13,7 +13,7 @@ int missed = 0;
 void Row(const QString& what, const QString& value, const QString& target, bool met)
 {
     missed += met ? 0 : 1;
-    std::printf("%-52s %-26s %-14s %s\n", qPrintable(what), qPrintable(value), qPrintable(target),
+    std::printf("%-58s %-26s %-14s %s\n", qPrintable(what), qPrintable(value), qPrintable(target),
                 target.isEmpty() ? "" : (met ? "PASS" : "MISS"));
     std::fflush(stdout);
 }
@@ -25,7 +25,7 @@ QString Number(double value, int digits)
 
 int RunMeasurements(QObject& measurements, const QStringList& only)
 {
-    std::printf("%-52s %-26s %-14s\n", "What", "Measured", "Target");
+    std::printf("%-58s %-26s %-14s\n", "What", "Measured", "Target");
     const QTemporaryDir folder;
     const QString log = folder.filePath("log");
     if (QTest::qExec(&measurements, QStringList{"bench", "-o", log + ",txt"} + only) != 0) {

@@ -60,18 +60,6 @@ QList<double> Offsets(const QMap<QString, QString>& report, double from, double 
     return offsets;
 }
 
-// The processes that run this program; `tool` starts some of its own.
-QList<qint64> ProcessesOf(const QString& program)
-{
-    QList<qint64> found;
-    for (const QString& pid : QDir("/proc").entryList({"[0-9]*"}, QDir::Dirs)) {
-        if (QFile::symLinkTarget("/proc/" + pid + "/exe") == program) {
-            found << pid.toLongLong();
-        }
-    }
-    return found;
-}
-
 } // namespace
 
 class LongRecordingTest : public DesktopTest

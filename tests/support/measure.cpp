@@ -142,6 +142,17 @@ QList<qint64> Descendants(qint64 pid)
     return all;
 }
 
+QList<qint64> ProcessesOf(const QString& program)
+{
+    QList<qint64> found;
+    for (const QString& pid : QDir("/proc").entryList({"[0-9]*"}, QDir::Dirs)) {
+        if (QFile::symLinkTarget("/proc/" + pid + "/exe") == program) {
+            found << pid.toLongLong();
+        }
+    }
+    return found;
+}
+
 QStringList CommandLine(qint64 pid)
 {
     QStringList words;

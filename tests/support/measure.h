@@ -28,6 +28,9 @@ QMap<qint64, double> WaitSeconds(const QList<qint64>& pids);
 // All descendants of this process.
 QList<qint64> Descendants(qint64 pid);
 
+// The processes that run this program, whoever started them.
+QList<qint64> ProcessesOf(const QString& program);
+
 QStringList CommandLine(qint64 pid);
 
 double Median(QList<double> values);
