@@ -8,7 +8,6 @@ namespace tool {
 namespace {
 
 constexpr int ringSeconds = 8;
-constexpr int settlingPieces = 25; // capture times are inaccurate while a source starts
 constexpr double smoothing = 1.0 / 16;
 // How long a late source must have had slack before its shift is reduced. A server that has just
 // started to play or record is often late for some seconds and then never again.
@@ -42,17 +41,14 @@ void SoundTrack::Put(int64_t at, std::span<const int16_t> stereo, int64_t given)
 int64_t SoundTrack::Correction(int64_t at, int64_t frames)
 {
     const int64_t wanted = at + m_nShift;
-    const bool settling = m_nPieces < settlingPieces;
     const auto error = static_cast<double>(wanted - m_nNext);
-    m_error += (error - m_error) * (settling ? 0.5 : smoothing);
-    const double allowed = m_nRate * (settling ? 0.004 : 0.02);
-    if (m_nPieces == 0 || std::abs(error) > m_nRate / 4.0 || std::abs(m_error) > allowed) {
+    m_error += (error - m_error) * smoothing;
+    if (!m_bStarted || std::abs(error) > m_nRate / 4.0 || std::abs(m_error) > m_nRate / 50.0) {
         m_nNext = wanted;
         m_error = 0;
-        ++m_nPieces;
+        m_bStarted = true;
         return 0;
     }
-    ++m_nPieces;
     if (std::abs(m_error) < m_nRate * 0.001) {
         return 0;
     }
@@ -131,7 +127,7 @@ void SoundTrack::Write(std::span<const int16_t> stereo)
 
 void SoundTrack::Restart()
 {
-    m_nPieces = 0;
+    m_bStarted = false;
     m_nOpened = -1;
     m_nLateSince = -1;
     m_nShift = 0;

@@ -40,7 +40,7 @@ private:
     int64_t m_nNext = 0;         // position of the next piece
     int64_t m_nShift = 0;        // added to the capture times of a source that is always late
     double m_error = 0;          // smoothed distance from the capture times, in frames
-    int m_nPieces = 0;           // since the last start
+    bool m_bStarted = false;     // has received a piece since the last start
     int64_t m_nOpened = -1;      // value of `given` at the last start; -1: nothing received yet
     int64_t m_nLateSince = -1;   // value of `given` when lateness began; -1: not late
     int64_t m_nShiftChecked = 0; // when the shift was last needed
