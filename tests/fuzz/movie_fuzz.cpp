@@ -1,7 +1,8 @@
 // The headers of an MP4 file.
 #include "jobs/duration.h"
 #include "tests/fuzz/target.h"
-#include "tool/edit/conversion.h"
+#include "tool/edit/copyable_part.h"
+#include "tool/edit/source_file.h"
 #include "tool/mp4/frugal_file.h"
 #include "tool/mp4/movie.h"
 
@@ -31,7 +32,6 @@ void CheckMovie(const std::string& path)
     tool::FrugalFile file(path, tool::movieAllowance);
     const auto movie = tool::ReadMovie(file);
     Require(file.BytesRead() <= tool::movieAllowance, "no more is read than allowed");
-    tool::ChooseIntermediate(movie);
     if (!movie) {
         return;
     }
@@ -41,6 +41,16 @@ void CheckMovie(const std::string& path)
     for (const tool::MovieTrack& track : movie->tracks) {
         CheckTrack(track);
     }
+}
+
+void CheckPart(const std::string& path)
+{
+    const auto source = tool::OpenSource(path);
+    Require(source.has_value(), "a file can be opened");
+    Require(source->size <= source->identity.size, "no more is read than there is");
+    const auto part = tool::ReadCopyablePart(*source);
+    Require(!part || (part->ticks > 0 && part->timescale > 0), "a part has a length");
+    Require(!part || part->hasVideo || part->hasAudio, "a part has a track");
 }
 
 void CheckProbe(const std::string& path)
@@ -61,6 +71,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     static const ScratchFile file("movie.mp4");
     file.Write(data, size);
     CheckMovie(file.Path());
+    CheckPart(file.Path());
     CheckProbe(file.Path());
     return 0;
 }

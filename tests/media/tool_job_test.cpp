@@ -306,10 +306,17 @@ void ToolJobTest::damagedPacketDoesNotFailTheJoin()
     const QByteArray problem =
         MakeMovie({"-i", m_ffmpeg->Movie(), "-vf", "scale=80:60", Path("other.mp4")});
     QVERIFY2(problem.isEmpty(), problem);
-    const Outcome join = RunProgram(
-        TOOL_PROGRAM,
-        {"-i", "concat:" + Path("damaged.mp4") + '|' + Path("other.mp4") + '|', "-acodec", "copy",
-         "-vcodec", "copy", "-absf", "aac_adtstoasc", Path("out/joined.mp4")});
+    const QStringList parts = {Path("1.ts"), Path("2.ts")};
+    for (const QString& part : parts) {
+        const QString source = Path(part == parts.first() ? "damaged.mp4" : "other.mp4");
+        const Outcome conversion =
+            RunProgram(TOOL_PROGRAM, {"-i", source, "-vcodec", "copy", "-acodec", "copy", "-vbsf",
+                                      "h264_mp4toannexb", part});
+        QVERIFY2(conversion.code == 0, conversion.error);
+    }
+    const Outcome join = RunProgram(TOOL_PROGRAM, {"-i", "concat:" + parts.join('|') + '|',
+                                                   "-acodec", "copy", "-vcodec", "copy", "-absf",
+                                                   "aac_adtstoasc", Path("out/joined.mp4")});
     QVERIFY2(join.code == 0, join.error);
     QVERIFY2(!TellsFailure(join.error), join.error);
     QCOMPARE(Files(), QStringList{"joined.mp4"});

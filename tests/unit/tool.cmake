@@ -15,10 +15,10 @@ if(TARGET tool)
           picture_pipe
           process
           remembered_devices
-          sound_track
-          transport_stream)
+          sound_track)
     lumenfold_test(tool_${topic}_test unit SOURCES tool_${topic}_test.cpp LIBRARIES lumenfold_tool_core)
   endforeach()
+  lumenfold_test(tool_part_note_test unit SOURCES tool_part_note_test.cpp LIBRARIES lumenfold_tool_core test_movies)
   lumenfold_test(
     tool_program_test unit SOURCES tool_program_test.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
     TOOL_PROGRAM="$<TARGET_FILE:tool>")

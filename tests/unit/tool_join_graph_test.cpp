@@ -1,5 +1,5 @@
 // Parsing ffmpeg's description of the parts of a join, and the command made from it.
-#include "tool/edit/join.h"
+#include "tool/edit/encoding_join.h"
 
 #include <QByteArray>
 #include <QTest>
@@ -106,7 +106,7 @@ void ToolJoinGraphTest::firstPartsPictureAndSoundSetTheFormat()
     const auto command = [](const std::vector<PartDescription>& parts) {
         std::vector<std::string> names(parts.size(), "x.ts");
         QByteArray text;
-        for (const std::string& argument : tool::EncodingJoin(names, parts, "o.mp4")) {
+        for (const std::string& argument : tool::EncodingJoin(names, parts)) {
             text += QByteArray::fromStdString(argument) + ' ';
         }
         return text;

@@ -1,86 +1,59 @@
 #include "tool/edit/conversion.h"
 
-#include "tool/edit/torn_input.h"
+#include "tool/edit/copyable_part.h"
+#include "tool/edit/part_description.h"
+#include "tool/edit/part_note.h"
+#include "tool/edit/source_file.h"
 #include "tool/ffmpeg/ffmpeg_program.h"
-#include "tool/mp4/frugal_file.h"
-#include "tool/system/one_of.h"
+#include "tool/system/complaint.h"
 
-#include <algorithm>
-#include <array>
-#include <string_view>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
 
 namespace tool {
 namespace {
 
-// Too short to notice at a join, in microseconds.
-constexpr int64_t hardlyHidden = 100000;
-
-// In a join the next movie begins where this one's picture ends. Sound that ends earlier leaves a
-// pause, as at the end of a recording. Sound that ends later is cut off.
-constexpr int64_t longestPause = 1000000;
-constexpr int64_t longestLoss = 200000;
-
-constexpr std::array<std::string_view, 2> h264 = {"avc1", "avc3"};
-constexpr std::array<std::string_view, 2> h265 = {"hvc1", "hev1"};
-
-bool EndTogether(const Movie& movie)
+// Whether a join can use the movie. Complains if not.
+bool IsMovie(const std::string& ffmpeg, const SourceFile& source, const std::string& name)
 {
-    std::optional<int64_t> picture;
-    std::optional<int64_t> sound;
-    for (const MovieTrack& track : movie.tracks) {
-        if (track.end) {
-            auto& end = track.kind == TrackKind::Video ? picture : sound;
-            end = std::max(end.value_or(*track.end), *track.end);
-        }
+    if (const auto part = ReadCopyablePart(source); part && !part->fragmented) {
+        return true; // an ordinary movie, whose headers leave no doubt
     }
-    return !picture || !sound ||
-           (*sound - *picture <= longestLoss && *picture - *sound <= longestPause);
+    const std::string answer = Ask(ffmpeg, {"-hide_banner", "-i", source.Url()});
+    const auto parts = ParseDescriptions(answer);
+    if (parts.empty()) {
+        std::fwrite(answer.data(), 1, answer.size(), stderr);
+        Complain(name + ": Invalid data: ffmpeg cannot read it");
+        return false;
+    }
+    if (!parts.front().HasPicture() && !parts.front().HasSound()) {
+        Complain(name + ": Invalid data: neither picture nor sound");
+        return false;
+    }
+    return true;
 }
 
 } // namespace
 
-Intermediate ChooseIntermediate(const std::optional<Movie>& movie)
-{
-    if (!movie) {
-        return Intermediate::AsAsked;
-    }
-    auto chosen = Intermediate::AsAsked;
-    for (const MovieTrack& track : movie->tracks) {
-        const bool isPicture = track.kind == TrackKind::Video;
-        if (track.kind == TrackKind::Other || track.codec.empty()) {
-            continue;
-        }
-        const bool known = isPicture ? IsOneOf(h264, track.codec) || IsOneOf(h265, track.codec)
-                                     : track.codec == "aac ";
-        if (!known || track.transformed || track.unusualEdits ||
-            track.trimmedStart > hardlyHidden) {
-            return Intermediate::Movie;
-        }
-        if (IsOneOf(h265, track.codec)) {
-            chosen = Intermediate::TransportStream;
-        }
-    }
-    return EndTogether(*movie) ? chosen : Intermediate::Movie;
-}
-
-Arguments ConversionCommand(const Convert& convert, Intermediate intermediate)
-{
-    Arguments result = {"-i", convert.source, "-vcodec", "copy", "-acodec", "copy"};
-    if (intermediate == Intermediate::AsAsked) {
-        result.insert(result.end(), {"-bsf:v", "h264_mp4toannexb"});
-    } else if (intermediate == Intermediate::Movie) {
-        // The name stays that of a transport stream; ffmpeg probes the content.
-        result.insert(result.end(), {"-f", "mp4"});
-    }
-    result.push_back(convert.destination);
-    return result;
-}
-
 int RunConversion(const std::string& ffmpeg, const Convert& convert)
 {
-    FrugalFile file(convert.source, movieAllowance);
-    const Arguments command = ConversionCommand(convert, ChooseIntermediate(ReadMovie(file)));
-    return Become(ffmpeg, WithoutTornEnds(command));
+    const auto source = OpenSource(convert.source);
+    if (!source) {
+        return Complain(convert.source + ": " + OpenFault(errno));
+    }
+    if (!IsMovie(ffmpeg, *source, convert.source)) {
+        return failed;
+    }
+    std::error_code error;
+    const std::string path = std::filesystem::absolute(convert.source, error).string();
+    if (error || !WriteNote(convert.destination, {path, source->identity})) {
+        const int cause = error ? error.value() : errno;
+        return Complain(convert.destination + ": " + std::generic_category().message(cause));
+    }
+    std::fputs("frame=1\n", stderr);
+    return 0;
 }
 
 } // namespace tool

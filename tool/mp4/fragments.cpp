@@ -33,8 +33,8 @@ constexpr uint64_t mostSamples = 1U << 24U;
 // What is known of a track fragment (traf) before its track runs.
 struct TrackFragment
 {
-    uint64_t movieFragment = 0; // offset of the moof, to which those of the samples are relative
-    uint64_t decodeTime = 0;    // of the next sample
+    uint64_t dataOffset = 0; // to which those of the runs are relative: that of the moof, or named
+    uint64_t decodeTime = 0; // of the next sample
     SampleDefaults defaults;
     FragmentedTrack* track = nullptr;
 };
@@ -122,8 +122,11 @@ bool FragmentReader::ReadTrackFragmentHeader(ByteReader& reader, TrackFragment& 
 {
     const uint32_t flags = reader.Take32();
     fragment.track = TrackOf(reader.Take32());
-    if (fragment.track == nullptr || (flags & baseDataOffsetPresent) != 0) {
-        return false; // the samples are elsewhere
+    if (fragment.track == nullptr) {
+        return false;
+    }
+    if ((flags & baseDataOffsetPresent) != 0) {
+        fragment.dataOffset = reader.Take(8);
     }
     SampleDefaults& defaults = fragment.defaults;
     defaults = fragment.track->defaults;
@@ -145,8 +148,7 @@ bool FragmentReader::ReadTrackRun(ByteReader& reader, TrackFragment& fragment)
     const SampleDefaults& defaults = fragment.defaults;
     uint32_t otherFlags =
         reader.Take32If((flags & firstSampleFlagsPresent) != 0, defaults.flags); // the first's
-    uint64_t offset =
-        fragment.movieFragment + static_cast<uint64_t>(static_cast<int64_t>(dataOffset));
+    uint64_t offset = fragment.dataOffset + static_cast<uint64_t>(static_cast<int64_t>(dataOffset));
     for (uint32_t i = 0; i < count; ++i) {
         Sample sample;
         sample.offset = offset;
@@ -172,7 +174,7 @@ bool FragmentReader::ReadTrackRun(ByteReader& reader, TrackFragment& fragment)
 bool FragmentReader::ReadTrackFragment(const Box& box, uint64_t movieFragment)
 {
     TrackFragment fragment;
-    fragment.movieFragment = movieFragment;
+    fragment.dataOffset = movieFragment;
     BoxWalk walk(m_file, box);
     while (const auto child = walk.Next()) {
         ByteReader reader = Content(*child);
@@ -242,6 +244,9 @@ std::optional<uint64_t> CompleteSize(FrugalFile& file)
     bool fragmented = false;
     bool dataMissing = false;
     while (const auto box = walk.Next()) {
+        if (box->type == 0) {
+            break; // zeros that the file system has put behind the end
+        }
         if (box->type == BoxType("moof")) {
             dataMissing = true;
         } else if (box->type == BoxType("mdat")) {

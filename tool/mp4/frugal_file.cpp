@@ -2,6 +2,7 @@
 
 #include "tool/mp4/byte_reader.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
@@ -10,7 +11,7 @@
 
 namespace tool {
 
-FrugalFile::FrugalFile(const std::string& path, uint64_t allowedBytes)
+FrugalFile::FrugalFile(const std::string& path, uint64_t allowedBytes, uint64_t size)
     : m_file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)),
       m_allowed(allowedBytes)
 {
@@ -18,7 +19,7 @@ FrugalFile::FrugalFile(const std::string& path, uint64_t allowedBytes)
     if (m_file.IsOpen() && (fstat(m_file.Number(), &info) != 0 || !S_ISREG(info.st_mode))) {
         m_file.Close();
     }
-    m_size = m_file.IsOpen() ? static_cast<uint64_t>(info.st_size) : 0;
+    m_size = m_file.IsOpen() ? std::min(static_cast<uint64_t>(info.st_size), size) : 0;
 }
 
 bool FrugalFile::Read(uint64_t offset, void* target, size_t count)

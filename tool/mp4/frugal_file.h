@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 
 namespace tool {
@@ -14,8 +15,10 @@ namespace tool {
 class FrugalFile
 {
 public:
-    // Opens regular files only; a pipe could block.
-    FrugalFile(const std::string& path, uint64_t allowedBytes);
+    // Opens regular files only; a pipe could block. Of a larger file than `size` only that many
+    // bytes are there.
+    FrugalFile(const std::string& path, uint64_t allowedBytes,
+               uint64_t size = std::numeric_limits<uint64_t>::max());
 
     bool IsOpen() const { return m_file.IsOpen(); }
     uint64_t Size() const { return m_size; } // bytes

@@ -19,6 +19,7 @@ struct MovieTrack
     bool transformed = false;  // shown rotated or mirrored
     bool unusualEdits = false; // the edit list has several edits or another speed
     int64_t trimmedStart = 0;  // microseconds at the start that the edit list leaves out
+    int64_t emptyStart = 0;    // microseconds before the start in which it shows nothing
     // Start and end in microseconds of the movie; nothing if the headers do not say.
     std::optional<int64_t> start;
     std::optional<int64_t> end;

@@ -166,17 +166,19 @@ void TrackReader::ReadEdits()
     const uint64_t first = firstOffset.value_or(0);
     m_track.trimmedTicks = list.mediaTime > first ? list.mediaTime - first : 0;
     const auto trimmed = Microseconds(m_track.trimmedTicks, m_track.timescale);
-    m_track.unusualEdits = m_track.unusualEdits || !trimmed;
+    const auto empty = Microseconds(list.emptyDuration, m_movieTimescale);
+    m_track.unusualEdits = m_track.unusualEdits || !trimmed || !empty;
     m_track.trimmedStart = trimmed.value_or(0);
+    m_track.emptyStart = empty.value_or(0);
     // Starts before the first frame or after the last one are left to ffmpeg.
     if (m_track.unusualEdits || !firstOffset || list.mediaTime < first ||
         (m_boxes.editList.end != 0 && list.mediaTime >= m_track.mediaDuration) ||
         m_track.codec.empty() || !BeginWithSyncSample(m_file, m_boxes)) {
         return;
     }
-    m_track.start = Microseconds(list.emptyDuration, m_movieTimescale);
+    m_track.start = m_track.emptyStart;
     auto shown = Microseconds(m_track.mediaDuration, m_track.timescale);
-    if (!m_track.start || !shown) {
+    if (!shown) {
         return;
     }
     *shown -= m_track.trimmedStart;
