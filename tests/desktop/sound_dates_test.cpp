@@ -116,7 +116,7 @@ void SoundDatesTest::soundIsDatedByWhenItIsHeard_data()
 {
     QTest::addColumn<QByteArray>("setUp");
     QTest::addColumn<QString>("source");
-    const QByteArray usual = "load-module module-null-sink sink_name=speaker\n";
+    const QByteArray usual = "load-module module-null-sink sink_name=speaker norewinds=1\n";
     QTest::newRow("what an output plays") << usual << "speaker.monitor";
     QTest::newRow("what a microphone hears")
         << usual + "load-module module-remap-source source_name=mic master=speaker.monitor\n"

@@ -72,7 +72,7 @@ private slots:
     void noOtherSourceIsHeardInstead();
     void sourceCannotBeExchangedForAnother();
     void computerSoundsFollowTheDefaultOutput();
-    void computerSoundsReturnWithAnOutput();
+    void computerSoundsReturnWithAnOutputOrTheServer();
     void waitingWithoutAServerTakesItsTime();
 };
 
@@ -179,7 +179,7 @@ void SoundReaderTest::computerSoundsFollowTheDefaultOutput()
              "the server exchanges the computer's sounds for a microphone");
 }
 
-void SoundReaderTest::computerSoundsReturnWithAnOutput()
+void SoundReaderTest::computerSoundsReturnWithAnOutputOrTheServer()
 {
     SoundServer server(kOutputs);
     QVERIFY(server.Start());
@@ -192,6 +192,11 @@ void SoundReaderTest::computerSoundsReturnWithAnOutput()
     QVERIFY(server.Command({"load-module", "module-null-sink", "sink_name=third", "norewinds=1"}) &&
             server.Command({"load-module", "module-sine", "sink=third", "frequency=1300"}));
     QVERIFY2(HearsSoon(ear, kHigh), "the new output is not heard within half a second");
+    server.Kill();
+    ear.Wait(10ms);
+    QVERIFY(server.Start());
+    QVERIFY2(ear.Listen(0, 0.3) && ear.Level(0, kLow) > kLoud / 2,
+             "the output of the restarted server is not heard");
 }
 
 void SoundReaderTest::waitingWithoutAServerTakesItsTime()

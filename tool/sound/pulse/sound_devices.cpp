@@ -1,11 +1,10 @@
 #include "tool/sound/pulse/sound_devices.h"
 
 #include "tool/sound/pulse/pulse_library.h"
+#include "tool/system/steady_time.h"
 
 namespace tool {
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 std::string Text(const char* text)
 {
@@ -34,14 +33,15 @@ public:
 
     std::optional<SoundServer> Run(std::chrono::milliseconds patience)
     {
-        const Clock::time_point end = Clock::now() + patience;
+        const SteadyTime end = SteadyTime::clock::now() + patience;
         m_pulse.contextSetStateCallback(m_pContext, &Inquiry::OnState, this);
         if (m_pulse.contextConnect(m_pContext, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
             return std::nullopt;
         }
         while (m_nAnswers < 2 && !m_bFailed) {
-            const auto left =
-                std::chrono::duration_cast<std::chrono::microseconds>(end - Clock::now()).count();
+            const auto left = std::chrono::duration_cast<std::chrono::microseconds>(
+                                  end - SteadyTime::clock::now())
+                                  .count();
             if (left <= 0 || m_pulse.mainloopPrepare(m_pLoop, static_cast<int>(left)) < 0 ||
                 m_pulse.mainloopPoll(m_pLoop) < 0 || m_pulse.mainloopDispatch(m_pLoop) < 0) {
                 return std::nullopt;
