@@ -2,6 +2,7 @@
 
 #include "app/close_watcher.h"
 #include "app/debug_output.h"
+#include "app/end_signals.h"
 #include "app/launcher.h"
 #include "jobs/text_codec.h"
 #include "ui/drui.h"
@@ -40,6 +41,7 @@ void RunApplication()
     auto window = std::make_unique<DRUI>();
     window->Init();
     CloseWatcher watcher(*window);
+    const EndSignals endSignals(*window);
     window->show();
     // Loads its many sizes while the window manager is busy with the window.
     QTimer::singleShot(0, [] { QApplication::setWindowIcon(QIcon(":/image/logo.ico")); });

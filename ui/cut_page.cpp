@@ -180,19 +180,6 @@ QHBoxLayout* DRUI::CreateCutBar()
     return bar;
 }
 
-// Probes every file for its duration, which is not shown.
-bool DRUI::FillCutTable(const QString& folder)
-{
-    m_vecFileInfo = NewestFirst(folder);
-    m_pCutVideoTable->setRowCount(0);
-    const bool isWhole =
-        ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& /*duration*/) {
-            AppendCutRow(NameOf(file));
-        });
-    m_pCutVideoTable->FitColumns();
-    return isWhole;
-}
-
 void DRUI::AppendCutRow(const QString& name)
 {
     const int row = m_pCutVideoTable->rowCount();

@@ -40,7 +40,7 @@ using HRESULT = int;
 
 // The main window: four pages in a stack, the six processes for the tool, and the recording. Each
 // topic has a source file: drui (frame and navigation), home_page, record_page, device_list, probe,
-// recording, tray, video_pages, cut_page, cut, merge_page, merge, rebuild.
+// recording, tray, video_pages, scan, cut_page, cut, merge_page, merge, rebuild.
 class DRUI : public QMainWindow
 {
     Q_OBJECT
@@ -206,7 +206,7 @@ private:
     QHash<QString, QIcon> m_trayIcons; // by image
     std::unique_ptr<TrayStandIn> m_pTrayStandIn;
 
-    // --- the cut and the merge page: video_pages.cpp, rebuild.cpp ---
+    // --- the cut and the merge page: video_pages.cpp, scan.cpp, rebuild.cpp ---
     QHBoxLayout* CreateFolderRow(QWidget* page, const FolderRowShape& shape, const char* slot);
     static VideoTable* CreateVideoTable(QWidget* page, const QStringList& labels);
     bool ProbeFiles(const QString& folder,
@@ -260,6 +260,7 @@ private:
     VideoTable* CreateSourceVideoTable();
     VideoTable* CreateTargetVideoTable();
     QWidget* CreateMergeBar();
+    static QStringList SourceTexts(const _FILE_INFO_& file, const QString& duration);
     bool FillSourceTable(const QString& folder);
     void AppendSourceRow(const QStringList& texts);
     void AppendTargetRow(const QStringList& texts);

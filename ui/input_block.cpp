@@ -1,11 +1,10 @@
 #include "ui/input_block.h"
 
+#include <QAbstractButton>
 #include <QCoreApplication>
 #include <QMouseEvent>
 #include <QWidget>
 #include <QWindow>
-
-#include <algorithm>
 
 namespace {
 
@@ -61,7 +60,7 @@ QWidget* WindowOf(QObject* receiver, QWidget& window)
 
 } // namespace
 
-InputBlock::InputBlock(QWidget& window, Input input, QList<QWidget*> open)
+InputBlock::InputBlock(QWidget& window, Input input, QList<QAbstractButton*> open)
     : m_window(window),
       m_input(input),
       m_open(std::move(open))
@@ -82,34 +81,40 @@ InputBlock::~InputBlock()
 
 bool InputBlock::eventFilter(QObject* receiver, QEvent* event)
 {
-    if (!IsInput(event->type()) || WindowOf(receiver, m_window) != &m_window ||
-        IsAtOpenWidget(receiver, *event)) {
+    if (!IsInput(event->type()) || WindowOf(receiver, m_window) != &m_window) {
         return false;
     }
-    if (m_input == Input::Deferred && IsClickOrKey(event->type())) {
+    if (!ClicksOpenButton(receiver, *event) && m_input == Input::Deferred &&
+        IsClickOrKey(event->type())) {
         m_kept.emplace_back(receiver, event->clone());
     }
     event->ignore(); // nothing can be dropped here
     return true;
 }
 
-// A release whose press came before the block is not one for an open widget.
-bool InputBlock::IsAtOpenWidget(const QObject* receiver, const QEvent& event)
+QAbstractButton* InputBlock::OpenButtonAt(QObject* receiver, const QEvent& event) const
 {
-    const bool isPress =
-        event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick;
-    const bool isRelease = event.type() == QEvent::MouseButtonRelease;
-    if (!isPress && !isRelease) {
-        return false;
-    }
-    const auto* widget = qobject_cast<const QWidget*>(receiver);
+    QWidget* widget = qobject_cast<QWidget*>(receiver);
     if (widget == nullptr) {
         widget = m_window.childAt(static_cast<const QMouseEvent&>(event).position().toPoint());
     }
-    const bool isOpen = std::any_of(m_open.begin(), m_open.end(),
-                                    [widget](const QWidget* open) { return open == widget; });
-    if (isPress) {
-        m_bIsPressed = isOpen;
+    auto* button = qobject_cast<QAbstractButton*>(widget);
+    return m_open.contains(button) ? button : nullptr;
+}
+
+// Not left to Qt, which sends everything to the widget that was pressed before the block until it
+// sees the release.
+bool InputBlock::ClicksOpenButton(QObject* receiver, const QEvent& event)
+{
+    if (event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick) {
+        m_pPressed = OpenButtonAt(receiver, event);
+        return m_pPressed != nullptr;
     }
-    return m_bIsPressed && (isOpen || isRelease);
+    if (event.type() != QEvent::MouseButtonRelease || m_pPressed == nullptr) {
+        return false;
+    }
+    if (std::exchange(m_pPressed, nullptr) == OpenButtonAt(receiver, event)) {
+        OpenButtonAt(receiver, event)->click();
+    }
+    return true;
 }

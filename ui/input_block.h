@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+class QAbstractButton;
 class QWidget;
 
 // While it exists, a window takes no mouse, keys, shortcuts and drops, but is painted and can be
@@ -23,8 +24,8 @@ public:
         Deferred // clicks and keys are delivered afterwards
     };
 
-    /// The widgets in `open` still take the mouse.
-    InputBlock(QWidget& window, Input input, QList<QWidget*> open = {});
+    /// The buttons in `open` can still be clicked.
+    InputBlock(QWidget& window, Input input, QList<QAbstractButton*> open = {});
     ~InputBlock() override;
     Q_DISABLE_COPY_MOVE(InputBlock)
 
@@ -35,12 +36,13 @@ public:
     bool eventFilter(QObject* receiver, QEvent* event) override;
 
 private:
-    bool IsAtOpenWidget(const QObject* receiver, const QEvent& event);
+    QAbstractButton* OpenButtonAt(QObject* receiver, const QEvent& event) const;
+    bool ClicksOpenButton(QObject* receiver, const QEvent& event);
 
     QWidget& m_window;
     Input m_input;
-    QList<QWidget*> m_open;
-    bool m_bIsPressed = false; // an open widget; its release belongs to it wherever it is
+    QList<QAbstractButton*> m_open;
+    QAbstractButton* m_pPressed = nullptr;
     std::vector<std::pair<QPointer<QObject>, std::unique_ptr<QEvent>>> m_kept;
     static inline int m_nBlocks = 0;
 };

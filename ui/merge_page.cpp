@@ -17,12 +17,6 @@ constexpr FolderRowShape kFolderRow{"m_pLayout4DirEdit", 11, {10, 0, 100, 25}, {
 constexpr int kMostFiles = 20;
 constexpr int kNameWidth = 180;
 
-QStringList RowTexts(const _FILE_INFO_& file, const QString& duration)
-{
-    return {QString::fromWCharArray(file.szFileName), FromEightBit(GetFileSizeString(file.llSize)),
-            duration};
-}
-
 // Sets the texts of a row: file name, size, duration.
 void SetRow(QTableWidget* table, int row, const QStringList& texts)
 {
@@ -168,16 +162,10 @@ QWidget* DRUI::CreateMergeBar()
     return bar;
 }
 
-bool DRUI::FillSourceTable(const QString& folder)
+QStringList DRUI::SourceTexts(const _FILE_INFO_& file, const QString& duration)
 {
-    m_vecFileInfo = NewestFirst(folder);
-    m_pSourceVideoTable->setRowCount(0);
-    const bool isWhole =
-        ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& duration) {
-            AppendSourceRow(RowTexts(file, duration));
-        });
-    m_pSourceVideoTable->FitColumns();
-    return isWhole;
+    return {QString::fromWCharArray(file.szFileName), FromEightBit(GetFileSizeString(file.llSize)),
+            duration};
 }
 
 void DRUI::AppendSourceRow(const QStringList& texts)
@@ -206,7 +194,7 @@ void DRUI::btnSlotLayout4Dir()
     m_pSourceVideoTable->setRowCount(0);
     m_pSourceVideoTable->setRowCount(static_cast<int>(m_vecFileInfo.size()));
     ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& duration) {
-        SetRow(m_pSourceVideoTable, 0, RowTexts(file, duration));
+        SetRow(m_pSourceVideoTable, 0, SourceTexts(file, duration));
     });
     m_pBtnAdd->setEnabled(false);
 }

@@ -1,6 +1,4 @@
-#include "jobs/folder_scan.h"
 #include "ui/drui.h"
-#include "ui/input_block.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 #include "ui/video_table.h"
@@ -8,26 +6,7 @@
 #include <QHeaderView>
 #include <QLineEdit>
 
-#include <utility>
-
-namespace {
-
-// Of all pages.
-QList<QWidget*> BackButtons(const QWidget& window)
-{
-    QList<QWidget*> found;
-    for (QPushButton* button : window.findChildren<QPushButton*>()) {
-        if (button->text() == kBack) {
-            found << button;
-        }
-    }
-    return found;
-}
-
-} // namespace
-
-// Shared by the cut and merge pages: the row with the folder, the tables, the bar at the bottom,
-// and the folder fields' reaction to focus changes.
+// Shared by the cut and merge pages: the row with the folder, and the tables.
 
 QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, const char* slot)
 {
@@ -72,51 +51,4 @@ VideoTable* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     table->setWordWrap(false); // a wrapped name would lose the time after the date
     return table;
-}
-
-// Calls `show` with each file of the last scan and its duration. The window lives on, but takes no
-// other input than Back, which ends it early. Returns whether it came to its end.
-bool DRUI::ProbeFiles(const QString& folder,
-                      const std::function<void(const _FILE_INFO_&, const QString&)>& show)
-{
-    const InputBlock block(*this, InputBlock::Input::Deferred, BackButtons(*this));
-    m_bStopScan = false;
-    for (const _FILE_INFO_& file : std::as_const(m_vecFileInfo)) {
-        std::wstring path = folder.toStdWString() + L'/' + file.szFileName;
-        const QString duration = QString::fromStdString(GetVedioTimeSeconds(path.data()));
-        if (m_bStopScan || m_bIsEnding) {
-            return false;
-        }
-        show(file, duration);
-    }
-    return true;
-}
-
-void DRUI::WatchFolderFields(bool watch)
-{
-    for (QLineEdit* field : {m_pLayout3DirEdit, m_pLayout4DirEdit}) {
-        if (watch) {
-            field->installEventFilter(this);
-        } else {
-            field->removeEventFilter(this);
-        }
-    }
-}
-
-// Rescans a folder when its field loses focus, on any page and for any reason but while a job or
-// another scan runs. Disables Add for either field, which is intended.
-bool DRUI::eventFilter(QObject* watched, QEvent* event)
-{
-    if (event->type() == QEvent::FocusOut &&
-        (watched == m_pLayout3DirEdit || watched == m_pLayout4DirEdit)) {
-        const QString folder = static_cast<QLineEdit*>(watched)->text();
-        const bool isScanned = !folder.isEmpty() && !InputBlock::IsOn();
-        if (isScanned && watched == m_pLayout3DirEdit) {
-            FillCutTable(folder);
-        } else if (isScanned) {
-            FillSourceTable(folder);
-        }
-        m_pBtnAdd->setEnabled(false);
-    }
-    return QMainWindow::eventFilter(watched, event);
 }

@@ -1,13 +1,7 @@
-#include "tests/support/child_processes.h"
 #include "tests/window/job_in_program.h"
 
 #include <QDropEvent>
 #include <QMimeData>
-
-namespace {
-const QString kCutQuestion = "Are you sure to cancel the video cut?";
-const QString kMergeQuestion = "Are you sure to cancel the the video merge?";
-} // namespace
 
 // The window and the progress dialog while the tool of a cut or a merge runs.
 class JobAliveTest : public JobInProgramTest
@@ -231,64 +225,6 @@ private Q_SLOTS:
         SetJob("say frame=1; say frame=2\n");
         Press("Merge");
         QCOMPARE(m_painted, QStringList({"1%", "3%", "5%", "6%", "8%", "10%", "100%"}));
-    }
-
-    void closingTheWindowEndsTheProgramAndLeavesNothing_data()
-    {
-        QTest::addColumn<bool>("merge");
-        QTest::addColumn<bool>("asked");
-        QTest::addColumn<bool>("stubborn");
-        QTest::newRow("merge") << true << false << false;
-        QTest::newRow("merge, question open") << true << true << false;
-        QTest::newRow("merge, a tool that goes on") << true << false << true;
-        QTest::newRow("cut") << false << false << false;
-        QTest::newRow("cut, question open") << false << true << false;
-        QTest::newRow("cut, a tool that goes on") << false << false << true;
-    }
-
-    void closingTheWindowEndsTheProgramAndLeavesNothing()
-    {
-        QFETCH(bool, merge);
-        QFETCH(bool, asked);
-        QFETCH(bool, stubborn);
-        PrepareJob(merge);
-        SetJob((stubborn ? "trap '' TERM; printf part >\"${!#}\"; " : "printf part >\"${!#}\"; ") +
-               QByteArray(kUntilGo));
-        LeaveOpen(merge ? kMergeQuestion : kCutQuestion);
-        QElapsedTimer sinceClose;
-        When(IsToolAtWork, [&] {
-            QTimer::singleShot(20, &Window(), [&] {
-                sinceClose.start();
-                QVERIFY2(Window().close(), "the close was refused");
-            });
-            if (asked) {
-                PressInDialog("Cancel");
-            }
-        });
-        QCOMPARE(RunProgram([&] { StartJob(merge); }), 0);
-        QVERIFY2(sinceClose.elapsed() < 1000, qPrintable(QString::number(sinceClose.elapsed())));
-        QCOMPARE(Boxes().texts, QStringList());
-        QCOMPARE(m_left > 0, asked);
-        QCOMPARE(Results(), QStringList());
-        CloseWindow();
-        QCOMPARE(ChildrenOf(QCoreApplication::applicationPid()), QList<pid_t>());
-    }
-
-    void quittingFromTheTrayEndsTheJobAndFinishesARecording()
-    {
-        MakeList({"a.mp4", "b.mp4"});
-        SetJob("[[ $* == *avfoundation* ]] && source \"$here/record\"; printf part >\"${!#}\"; " +
-               QByteArray(kUntilGo));
-        WriteFile(BesideProgram("record"),
-                  "until [[ $key == q ]]; do printf frame=; read -r -t 0.05 -N 1 key; done\n"
-                  "printf whole >\"${!#}\"; exit 0\n");
-        When(IsToolAtWork, [this] { Call("btnSlotMenuQuit"); }); // starts one, as it is idle
-        QCOMPARE(RunProgram([this] { Press("Merge"); }), 0);
-        CloseWindow();
-        QCOMPARE(Results(), QStringList());
-        const QStringList recordings = Recordings().filter(QRegularExpression("^2"));
-        QCOMPARE(recordings.size(), 1);
-        QCOMPARE(ReadFile(SaveDirectory() + '/' + recordings.first()), QByteArray("whole"));
     }
 
 private:

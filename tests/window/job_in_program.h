@@ -6,6 +6,9 @@
 #include <QElapsedTimer>
 #include <QProgressBar>
 
+inline const QString kCutQuestion = "Are you sure to cancel the video cut?";
+inline const QString kMergeQuestion = "Are you sure to cancel the the video merge?";
+
 // A cut or a merge with a user who acts while its tool runs.
 class JobInProgramTest : public VideoPageTest
 {
