@@ -1,16 +1,18 @@
 // The screen feeder, read like ffmpeg reads it: the frames keep to the clock whatever happens.
+#include "tests/support/child_processes.h"
 #include "tests/support/feeder_outlet.h"
 #include "tests/support/own_screen.h"
 #include "tool/record/capture_command.h"
 #include "tool/record/screen_feeder.h"
 #include "tool/screen/screen_picture.h"
 
-#include <QElapsedTimer>
 #include <QTest>
 
 #include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <memory>
+#include <utility>
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
@@ -21,16 +23,17 @@ namespace {
 constexpr tool::Rectangle kSmall{0, 0, 64, 48};
 constexpr int kPictureRate = 30;
 
-std::unique_ptr<Outlet> Pictures(RecordingTime* start, const tool::Rectangle& area = kSmall,
+std::unique_ptr<Outlet> Pictures(RecordingTime* time, const tool::Rectangle& area = kSmall,
                                  const QString& display = qEnvironmentVariable("DISPLAY"))
 {
-    const QByteArray usual = qgetenv("DISPLAY");
-    qputenv("DISPLAY", display.toUtf8());
-    auto outlet = std::make_unique<Outlet>([&] {
-        return tool::StartScreenFeeder({area, {kPictureRate, 1}, start}).value_or(-1);
+    return std::make_unique<Outlet>([&](tool::Descriptor pipe) {
+        qputenv("DISPLAY", display.toUtf8());
+        tool::ScreenFeeder feeder(tool::OpenScreen(area), area, {kPictureRate, 1}, std::move(pipe),
+                                  *time);
+        if (feeder.Prepare()) {
+            feeder.Run();
+        }
     });
-    qputenv("DISPLAY", usual);
-    return outlet;
 }
 
 qsizetype CountOfPictures(const Outlet& outlet, const tool::Rectangle& area = kSmall)
@@ -74,31 +77,34 @@ private slots:
     void picturesAreAllThereForASlowReader();
     void changeThatFindsNoRoomIsShownLater();
     void picturesEndWithTheirReader();
-    void noPicturesWithoutAScreen();
+    void picturesEndWithTheRecording();
+    void picturesBeforeTheEndAreNotLost();
+    void recordingThatEndsBeforeItsStartHasTwoPictures();
+    void recordingEndsWithItsScreen();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     // Never freed: other processes use it too.
-    RecordingTime* m_pStart = nullptr;
+    RecordingTime* m_pTime = nullptr;
 };
 
 void ScreenFeederTest::init()
 {
-    m_pStart = RecordingTime::Make();
-    QVERIFY(m_pStart != nullptr);
+    m_pTime = MakeShared<RecordingTime>();
+    QVERIFY(m_pTime != nullptr);
 }
 
 void ScreenFeederTest::startIsToldWhenThePicturesAreRead()
 {
-    const auto outlet = Pictures(m_pStart);
+    const auto outlet = Pictures(m_pTime);
     QVERIFY2(outlet->IsGood(), "no pictures");
     QTest::qWait(300);
-    QVERIFY2(!m_pStart->Start(), "it is told before anybody reads");
+    QVERIFY2(!m_pTime->Start(), "it is told before anybody reads");
     const Clock::time_point before = Clock::now();
-    QVERIFY(outlet->ReadUntil([&] { return m_pStart->Start().has_value(); }));
-    QVERIFY(*m_pStart->Start() >= before && *m_pStart->Start() <= Clock::now());
+    QVERIFY(outlet->ReadUntil([&] { return m_pTime->Start().has_value(); }));
+    QVERIFY(*m_pTime->Start() >= before && *m_pTime->Start() <= Clock::now());
     // The first frame is taken at that moment, and the others follow at the frame rate.
-    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Start()) >= 1; }));
-    ExpectInTime(*outlet, *m_pStart);
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pTime->Start()) >= 1; }));
+    ExpectInTime(*outlet, *m_pTime);
 }
 
 // The screen alternates between white and black, and the next frame due shows it. On a busy machine
@@ -107,7 +113,7 @@ void ScreenFeederTest::pictureShowsTheScreenOfItsTime()
 {
     OwnScreen screen({"-screen", "0", "64x48x24"});
     QVERIFY2(screen.Good(), "no X server");
-    const auto outlet = Pictures(m_pStart, kSmall, screen.Name());
+    const auto outlet = Pictures(m_pTime, kSmall, screen.Name());
     QVERIFY2(outlet->IsGood(), "no pictures");
     QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet) >= 5; }));
     constexpr int changes = 10;
@@ -115,8 +121,7 @@ void ScreenFeederTest::pictureShowsTheScreenOfItsTime()
     for (int i = 0; i < changes; ++i) {
         const bool white = i % 2 == 0;
         screen.Paint(0, 0, kSmall.width, kSmall.height, white ? 0xffffff : 0);
-        const auto due =
-            static_cast<qsizetype>(SecondsSince(*m_pStart->Start()) * kPictureRate) + 1;
+        const auto due = static_cast<qsizetype>(SecondsSince(*m_pTime->Start()) * kPictureRate) + 1;
         QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet) >= due + 3; }));
         right += IsWhite(*outlet, due) == white ? 1 : 0;
         QCOMPARE(IsWhite(*outlet, due + 2), white);
@@ -127,26 +132,26 @@ void ScreenFeederTest::pictureShowsTheScreenOfItsTime()
 
 void ScreenFeederTest::picturesThatWereMissedAreFilledIn()
 {
-    const auto outlet = Pictures(m_pStart);
+    const auto outlet = Pictures(m_pTime);
     QVERIFY2(outlet->IsGood(), "no pictures");
     QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet) >= 5; }));
     outlet->Signal(SIGSTOP);
     QTest::qWait(1000);
     outlet->Signal(SIGCONT);
-    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Start()) >= 1.7; }));
-    ExpectInTime(*outlet, *m_pStart);
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pTime->Start()) >= 1.7; }));
+    ExpectInTime(*outlet, *m_pTime);
 }
 
 void ScreenFeederTest::picturesAreAllThereForASlowReader()
 {
     const tool::Rectangle area{0, 0, 320,
                                200}; // half a second of frames fits into the pipe and the queue
-    const auto outlet = Pictures(m_pStart, area);
+    const auto outlet = Pictures(m_pTime, area);
     QVERIFY2(outlet->IsGood(), "no pictures");
     QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet, area) >= 5; }));
     QTest::qWait(1500);
-    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pStart->Start()) >= 2.2; }));
-    ExpectInTime(*outlet, *m_pStart, area);
+    QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pTime->Start()) >= 2.2; }));
+    ExpectInTime(*outlet, *m_pTime, area);
 }
 
 // The screen changes once, while everything is waiting to be read, and then stays as it is.
@@ -156,7 +161,7 @@ void ScreenFeederTest::changeThatFindsNoRoomIsShownLater()
     OwnScreen screen({"-screen", "0", "320x200x24"});
     QVERIFY2(screen.Good(), "no X server");
     screen.ShowColour(0, 160, 100);
-    const auto outlet = Pictures(m_pStart, area, screen.Name());
+    const auto outlet = Pictures(m_pTime, area, screen.Name());
     QVERIFY2(outlet->IsGood(), "no pictures");
     QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet, area) >= 5; }));
     // A screen that changes all the time until there is no room.
@@ -177,20 +182,59 @@ void ScreenFeederTest::changeThatFindsNoRoomIsShownLater()
 
 void ScreenFeederTest::picturesEndWithTheirReader()
 {
-    const auto outlet = Pictures(m_pStart);
+    const auto outlet = Pictures(m_pTime);
     QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet) >= 2; }));
     outlet->Close();
     QTRY_VERIFY2(outlet->HasEnded(), "the process stays");
-    QVERIFY(m_pStart->GrabberEnded());
 }
 
-void ScreenFeederTest::noPicturesWithoutAScreen()
+// Every picture before the end, and none after it.
+void ScreenFeederTest::picturesEndWithTheRecording()
 {
-    QElapsedTimer time;
-    time.start();
-    QVERIFY(!Pictures(m_pStart, kSmall, ":4321")->IsGood());
-    QVERIFY2(!time.hasExpired(2500), "it waits as for a screen that is slow");
-    QVERIFY(!m_pStart->GrabberEnded());
+    const auto outlet = Pictures(m_pTime);
+    QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet) >= 20; }));
+    m_pTime->Finish(Clock::now());
+    QVERIFY2(outlet->ReadUntil([&] { return outlet->IsAtEnd(); }, 5000), "the pictures go on");
+    const std::chrono::duration<double> length = *m_pTime->End() - *m_pTime->Start();
+    QCOMPARE(CountOfPictures(*outlet),
+             static_cast<qsizetype>(std::ceil(length.count() * kPictureRate)));
+    QTRY_VERIFY2(outlet->HasEnded(), "the process stays");
+}
+
+// A slow reader gets what was waiting for it.
+void ScreenFeederTest::picturesBeforeTheEndAreNotLost()
+{
+    const tool::Rectangle area{0, 0, 320, 200};
+    const auto outlet = Pictures(m_pTime, area);
+    QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet, area) >= 5; }));
+    QTest::qWait(400);
+    m_pTime->Finish(Clock::now());
+    QTest::qWait(400);
+    QVERIFY2(outlet->ReadUntil([&] { return outlet->IsAtEnd(); }, 5000), "the pictures go on");
+    const std::chrono::duration<double> length = *m_pTime->End() - *m_pTime->Start();
+    QCOMPARE(CountOfPictures(*outlet, area),
+             static_cast<qsizetype>(std::ceil(length.count() * kPictureRate)));
+}
+
+// ffmpeg makes no file that plays without pictures.
+void ScreenFeederTest::recordingThatEndsBeforeItsStartHasTwoPictures()
+{
+    m_pTime->Finish(Clock::now());
+    const auto outlet = Pictures(m_pTime);
+    QVERIFY2(outlet->ReadUntil([&] { return outlet->IsAtEnd(); }, 5000), "the pictures go on");
+    QCOMPARE(CountOfPictures(*outlet), qsizetype{2});
+}
+
+void ScreenFeederTest::recordingEndsWithItsScreen()
+{
+    OwnScreen screen({"-screen", "0", "64x48x24"});
+    QVERIFY2(screen.Good(), "no X server");
+    const auto outlet = Pictures(m_pTime, kSmall, screen.Name());
+    QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet) >= 5; }));
+    QVERIFY(!m_pTime->End());
+    screen.Kill();
+    QVERIFY2(outlet->ReadUntil([&] { return outlet->IsAtEnd(); }, 5000), "the pictures go on");
+    QVERIFY2(m_pTime->End().has_value(), "the sound would go on");
 }
 
 QTEST_GUILESS_MAIN(ScreenFeederTest)

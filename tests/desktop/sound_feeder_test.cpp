@@ -1,4 +1,5 @@
 // The sound feeder, read like ffmpeg reads it: the sound keeps to the clock whatever happens.
+#include "tests/support/child_processes.h"
 #include "tests/support/feeder_outlet.h"
 #include "tests/support/signal/sound_analysis.h"
 #include "tests/support/sound_server.h"
@@ -8,10 +9,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <csignal>
 #include <memory>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <string>
+#include <utility>
 #include <vector>
 
 using namespace std::chrono_literals;
@@ -30,9 +30,14 @@ load-module module-sine-source source_name=low frequency=500
 load-module module-sine-source source_name=high frequency=1300
 )";
 
-std::unique_ptr<Outlet> Sound(const std::vector<std::string>& sources, RecordingTime* time)
+std::unique_ptr<Outlet> Sound(const std::vector<std::string>& sources, const RecordingTime* time)
 {
-    return std::make_unique<Outlet>([&] { return tool::StartSoundFeeder({sources, kRate}, time); });
+    return std::make_unique<Outlet>([&](tool::Descriptor pipe) {
+        const RecordingTime withoutPictures;
+        tool::SoundFeeder({sources, kRate}, std::move(pipe),
+                          time != nullptr ? *time : withoutPictures)
+            .Run();
+    });
 }
 
 double SecondsOfSound(const Outlet& outlet)
@@ -85,7 +90,6 @@ private slots:
     void soundGoesOnWithoutAServer();
     void soundIsAllThereForAReaderWhoComesLate();
     void restartedServerIsInTheSoundAgain();
-    void soundEndsWithThePictures();
     void soundIsCompleteUpToItsEnd();
     void soundThatNobodyHasReadYetIsCompleteUpToItsEnd();
     void recordingThatEndsBeforeItBeginsHasNoSound();
@@ -93,21 +97,21 @@ private slots:
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     // Never freed: other processes use it too.
-    RecordingTime* m_pStart = nullptr;
+    RecordingTime* m_pTime = nullptr;
 };
 
 void SoundFeederTest::init()
 {
-    m_pStart = RecordingTime::Make();
-    QVERIFY(m_pStart != nullptr);
+    m_pTime = MakeShared<RecordingTime>();
+    QVERIFY(m_pTime != nullptr);
 }
 
 void SoundFeederTest::soundCountsFromTheFirstPicture()
 {
-    const auto outlet = Sound({"missing"}, m_pStart);
+    const auto outlet = Sound({"missing"}, m_pTime);
     QVERIFY(outlet->IsGood());
     const Clock::time_point moment = Clock::now() - 700ms;
-    m_pStart->Begin(moment);
+    m_pTime->Begin(moment);
     QVERIFY(outlet->ReadUntil([&] { return SecondsSince(moment) >= 2; }));
     ExpectInTime(*outlet, moment);
 }
@@ -161,9 +165,9 @@ void SoundFeederTest::soundGoesOnWithoutAServer()
 // A busy ffmpeg does not read for a while.
 void SoundFeederTest::soundIsAllThereForAReaderWhoComesLate()
 {
-    m_pStart->Begin(Clock::now());
-    const auto outlet = Sound({"missing"}, m_pStart);
-    const Clock::time_point moment = *m_pStart->Start();
+    m_pTime->Begin(Clock::now());
+    const auto outlet = Sound({"missing"}, m_pTime);
+    const Clock::time_point moment = *m_pTime->Start();
     QVERIFY(outlet->ReadUntil([&] { return SecondsSince(moment) >= 0.5; }));
     QTest::qWait(2500);
     QVERIFY(outlet->ReadUntil([&] { return SecondsSince(moment) >= 3.2; }));
@@ -183,32 +187,15 @@ void SoundFeederTest::restartedServerIsInTheSoundAgain()
              "nothing is heard after the restart");
 }
 
-void SoundFeederTest::soundEndsWithThePictures()
-{
-    const pid_t grabber = fork();
-    if (grabber == 0) {
-        m_pStart->NameGrabber();
-        m_pStart->Begin(Clock::now());
-        pause();
-        _exit(0);
-    }
-    const auto outlet = Sound({"missing"}, m_pStart);
-    const bool heard = outlet->ReadUntil([&] { return SecondsOfSound(*outlet) > 0.5; });
-    kill(grabber, SIGKILL);
-    waitpid(grabber, nullptr, 0);
-    QVERIFY2(heard, "the sound does not go on while there are pictures");
-    QVERIFY2(outlet->ReadUntil([&] { return outlet->IsAtEnd(); }, 5000), "the sound goes on");
-}
-
 void SoundFeederTest::soundIsCompleteUpToItsEnd()
 {
     SoundServer server(kTones);
     QVERIFY(server.Start());
-    const auto outlet = Sound({"low"}, m_pStart);
-    m_pStart->Begin(Clock::now());
+    const auto outlet = Sound({"low"}, m_pTime);
+    m_pTime->Begin(Clock::now());
     QVERIFY2(outlet->ReadUntil([&] { return Level(*outlet, kLow) > 5000; }), "nothing is heard");
-    const double seconds = SecondsSince(*m_pStart->Start());
-    m_pStart->Finish(Clock::now());
+    const double seconds = SecondsSince(*m_pTime->Start());
+    m_pTime->Finish(Clock::now());
     QVERIFY2(outlet->ReadUntil([&] { return outlet->IsAtEnd(); }, 1000), "the sound goes on");
     // It is written in pieces of 10 ms.
     QVERIFY2(std::abs(SecondsOfSound(*outlet) - seconds) < 0.015,
@@ -218,9 +205,9 @@ void SoundFeederTest::soundIsCompleteUpToItsEnd()
 
 void SoundFeederTest::soundThatNobodyHasReadYetIsCompleteUpToItsEnd()
 {
-    const auto outlet = Sound({"missing"}, m_pStart);
-    m_pStart->Begin(Clock::now() - 500ms);
-    m_pStart->Finish(Clock::now());
+    const auto outlet = Sound({"missing"}, m_pTime);
+    m_pTime->Begin(Clock::now() - 500ms);
+    m_pTime->Finish(Clock::now());
     QVERIFY2(QTest::qWaitFor([&] { return outlet->HasEnded(); }), "it waits for a reader");
     QVERIFY(outlet->ReadUntil([&] { return outlet->IsAtEnd(); }));
     QVERIFY2(std::abs(SecondsOfSound(*outlet) - 0.5) < 0.015,
@@ -229,8 +216,8 @@ void SoundFeederTest::soundThatNobodyHasReadYetIsCompleteUpToItsEnd()
 
 void SoundFeederTest::recordingThatEndsBeforeItBeginsHasNoSound()
 {
-    const auto outlet = Sound({"missing"}, m_pStart);
-    m_pStart->Finish(Clock::now());
+    const auto outlet = Sound({"missing"}, m_pTime);
+    m_pTime->Finish(Clock::now());
     QVERIFY2(QTest::qWaitFor([&] { return outlet->HasEnded(); }), "it waits for a beginning");
 }
 

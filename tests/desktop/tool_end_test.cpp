@@ -1,5 +1,5 @@
-// Recordings that are stopped by something other than a key, or that lose one of the processes
-// beside ffmpeg. All recordings of a test run at once, on a small screen.
+// Recordings that are stopped by something other than a key, or that lose one of their processes.
+// All recordings of a test run at once, on a small screen.
 #include "tests/support/ordinary_movie.h"
 #include "tests/support/test_pattern_process.h"
 #include "tests/support/tool_movies.h"
@@ -9,40 +9,47 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <algorithm>
 #include <csignal>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <vector>
 
 namespace {
 
-constexpr int kHelpers = 5;     // keeper, key feeder and its guard, screen feeder, sound feeder
 constexpr double kBefore = 1.5; // seconds recorded before something happens
-
-// The keeper: a child of ffmpeg that has the file open, or 0.
-pid_t Keeper(const Take& take)
-{
-    for (const pid_t helper : take.Children()) {
-        const QString folder = QString("/proc/%1/fd").arg(helper);
-        for (const QString& file : QDir(folder).entryList(QDir::Files | QDir::System)) {
-            if (QFile::symLinkTarget(folder + '/' + file) == take.Path()) {
-                return helper;
-            }
-        }
-    }
-    return 0;
-}
 
 double SecondsIn(const QString& path)
 {
     return static_cast<double>(PictureDigests(path).size()) / 29.97;
 }
 
-// The last line ffmpeg prints when it has written everything.
-bool IsFinished(const Take& take)
+// The files for temporary data and the shared memory of others' making that a process has open.
+QByteArrayList TemporaryFiles(pid_t process, const QString& recording)
 {
-    return take.Text().contains("muxing overhead");
+    QByteArrayList found;
+    const QString folder = QString("/proc/%1/").arg(process);
+    const QByteArray all =
+        RunProgram("/bin/ls", {"-l", folder + "fd"}).output + Content(folder + "maps");
+    for (const QByteArray& line : all.split('\n')) {
+        const QByteArray name = line.mid(line.indexOf(" /") + 1);
+        if ((name.startsWith("/tmp/") || name.startsWith("/dev/shm/")) &&
+            !name.startsWith(QFile::encodeName(recording))) {
+            found << name;
+        }
+    }
+    return found;
+}
+
+// The shared memory segments that this process has made.
+bool HasSharedMemory(pid_t process)
+{
+    for (const QByteArray& line : Content("/proc/sysvipc/shm").split('\n')) {
+        if (line.simplified().split(' ').value(4).toInt() == process) {
+            return true;
+        }
+    }
+    return false;
 }
 
 } // namespace
@@ -53,10 +60,11 @@ class ToolEndTest : public QObject
 
 private slots:
     void initTestCase();
+    void recordingIsTwoProcesses();
     void signalEndsTheRecordingAsAKeyDoes();
+    void otherSignalsDoNoHarm();
     void endOfTheKeyboardEndsTheRecording();
-    void stopWorksWhateverHelperIsKilled();
-    void keeperSettlesNothingBeforeTheEnd();
+    void killedProcessLeavesAMovie();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     struct Case
@@ -65,8 +73,11 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is not
         std::function<void(Take&)> act;
         std::unique_ptr<Take> take = {};
         double before = 0; // seconds ffmpeg had read
+        pid_t tool = 0;
+        pid_t ffmpeg = 0;
     };
     void RunAll(std::vector<Case>& cases, const QString& name);
+    static void ExpectWhole(const Case& one);
 
     QTemporaryDir m_folder;
     TestPatternProcess m_pattern{QStringList{"--rate", "30"}};
@@ -79,7 +90,7 @@ void ToolEndTest::initTestCase()
     RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-list_devices", "true", "-i", ""});
 }
 
-// Starts them all, performs the action on each, and waits for their ends.
+// Starts them all, performs the action on each, and waits until nothing is left of them.
 void ToolEndTest::RunAll(std::vector<Case>& cases, const QString& name)
 {
     for (size_t i = 0; i < cases.size(); ++i) {
@@ -90,42 +101,107 @@ void ToolEndTest::RunAll(std::vector<Case>& cases, const QString& name)
         QTRY_VERIFY2_WITH_TIMEOUT(one.take->Taken() >= kBefore, one.take->Text(), 60000);
     }
     for (Case& one : cases) {
-        QVERIFY2(one.take->Helpers().size() == kHelpers,
-                 one.name + ": " + QByteArray::number(one.take->Helpers().size()) + " helpers");
+        one.tool = one.take->Tool();
+        one.ffmpeg = one.take->Ffmpeg();
+        QVERIFY2(one.tool > 0 && one.ffmpeg > 0, one.name);
         one.before = one.take->Taken();
         one.act(*one.take);
     }
     for (Case& one : cases) {
-        QTRY_VERIFY2_WITH_TIMEOUT(IsFinished(*one.take), one.name + ": " + one.take->Text(), 20000);
+        for (const pid_t process : {one.tool, one.ffmpeg}) {
+            QTRY_VERIFY2_WITH_TIMEOUT(!IsAlive(process), one.name + ": a process stays", 20000);
+        }
+        QVERIFY2(!HasSharedMemory(one.tool), one.name + ": shared memory stays");
     }
+}
+
+// Checks that everything ffmpeg had at that time is in the file, and that it ended in peace.
+void ToolEndTest::ExpectWhole(const Case& one)
+{
+    const QString path = one.take->Path();
+    QTRY_VERIFY2(IsOrdinary(path), one.name + ": it is still in pieces");
+    QCOMPARE(DecodingErrors(path), QByteArray());
+    const double seconds = SecondsIn(path);
+    QVERIFY2(seconds >= one.before - 0.1, one.name + ": " + QByteArray::number(seconds) + " s of " +
+                                              QByteArray::number(one.before));
+    QVERIFY2(one.take->Text().contains("muxing overhead"), one.name + ": " + one.take->Text());
+    QVERIFY2(!one.take->Text().contains("Immediate exit"), one.name + ": " + one.take->Text());
+}
+
+void ToolEndTest::recordingIsTwoProcesses()
+{
+    Take take(m_folder.filePath("two.mp4"), "0:0 0:1");
+    QTRY_VERIFY2_WITH_TIMEOUT(take.Taken() >= kBefore, take.Text(), 20000);
+    QCOMPARE(take.Processes(), (QList<pid_t>{take.Tool(), take.Ffmpeg()}));
+    for (const pid_t process : take.Processes()) {
+        const QByteArrayList files = TemporaryFiles(process, take.Path());
+        QVERIFY2(files.isEmpty(), files.join(", "));
+    }
+    // Keys and messages, and both inputs, inherited and opened again.
+    const Outcome open = RunProgram("/bin/ls", {"-l", QString("/proc/%1/fd").arg(take.Ffmpeg())});
+    QVERIFY2(open.output.count("pipe:") == 2 + 2 * 2, open.output);
+    QVERIFY2(!open.output.contains("socket:"), open.output);
+    take.Type("q\r\n");
+    QVERIFY2(take.WaitForEnd() && take.ExitCode() == 0, take.Text());
 }
 
 void ToolEndTest::signalEndsTheRecordingAsAKeyDoes()
 {
     std::vector<Case> cases;
-    for (const int signal : {SIGTERM, SIGHUP}) {
-        const QByteArray name = signal == SIGTERM ? "SIGTERM to " : "SIGHUP to ";
-        cases.push_back({name + "ffmpeg", [=](Take& take) { take.EndFfmpeg(signal); }});
-        cases.push_back({name + "all at once", [=](Take& take) { take.EndAll(signal); }});
-        cases.push_back({name + "the recorder", [=](Take& take) { take.EndRecorder(signal); }});
-        for (int helper = 0; helper < kHelpers; ++helper) {
-            cases.push_back({name + "helper " + QByteArray::number(helper),
-                             [=](Take& take) { kill(take.Helpers().at(helper), signal); }});
+    for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+        const QByteArray name = strsignal(signal);
+        cases.push_back({name + " to tool", [=](Take& take) { take.EndTool(signal); }});
+        cases.push_back({name + " to ffmpeg", [=](Take& take) { take.EndFfmpeg(signal); }});
+        cases.push_back({name + " to all at once", [=](Take& take) { take.EndAll(signal); }});
+        if (signal != SIGINT) { // the shell in its place waits for its child then
+            cases.push_back(
+                {name + " to the recorder", [=](Take& take) { take.EndRecorder(signal); }});
         }
     }
     RunAll(cases, "signal");
-    if (QTest::currentTestFailed()) {
-        return;
-    }
     for (const Case& one : cases) {
-        const QString path = one.take->Path();
-        QTRY_VERIFY2(IsOrdinary(path), one.name + ": it is still in pieces");
-        QCOMPARE(DecodingErrors(path), QByteArray());
-        // Everything ffmpeg had at that time is in the file.
-        const double seconds = SecondsIn(path);
-        QVERIFY2(seconds >= one.before - 0.1, one.name + ": " + QByteArray::number(seconds) +
-                                                  " s of " + QByteArray::number(one.before));
-        QVERIFY2(!one.take->Text().contains("Immediate exit"), one.name + ": " + one.take->Text());
+        if (!QTest::currentTestFailed()) {
+            ExpectWhole(one);
+        }
+    }
+}
+
+void ToolEndTest::otherSignalsDoNoHarm()
+{
+    const auto stopAndGoOn = [](pid_t process) {
+        kill(process, SIGSTOP);
+        QTest::qWait(300);
+        kill(process, SIGCONT);
+    };
+    const auto sendAll = [](pid_t process) {
+        for (const int signal : {SIGUSR1, SIGUSR2, SIGPIPE}) {
+            kill(process, signal);
+        }
+    };
+    std::vector<Case> cases;
+    for (const bool ffmpeg : {false, true}) {
+        const QByteArray name = ffmpeg ? "ffmpeg" : "tool";
+        const auto process = [=](Take& take) { return ffmpeg ? take.Ffmpeg() : take.Tool(); };
+        cases.push_back(
+            {"SIGUSR1, SIGUSR2, SIGPIPE to " + name, [=](Take& take) { sendAll(process(take)); }});
+        cases.push_back(
+            {"SIGSTOP and SIGCONT to " + name, [=](Take& take) { stopAndGoOn(process(take)); }});
+    }
+    for (Case& one : cases) {
+        one.act = [act = one.act, name = one.name](Take& take) {
+            act(take);
+            const double before = take.Taken();
+            QTRY_VERIFY2_WITH_TIMEOUT(take.Taken() >= before + 1, name + ": it stands still",
+                                      20000);
+            take.Type("q\r\n");
+        };
+    }
+    RunAll(cases, "harmless");
+    for (const Case& one : cases) {
+        if (!QTest::currentTestFailed()) {
+            QVERIFY2(one.take->WaitForEnd() && one.take->ExitCode() == 0, one.take->Text());
+            ExpectWhole(one);
+        }
     }
 }
 
@@ -142,60 +218,29 @@ void ToolEndTest::endOfTheKeyboardEndsTheRecording()
     early.StopTyping();
     for (Take* take : {cases.front().take.get(), &early}) {
         QVERIFY2(take->WaitForEnd() && take->ExitCode() == 0, take->Text());
-        QTRY_VERIFY2(IsOrdinary(take->Path()), "it is still in pieces");
+        QVERIFY2(IsOrdinary(take->Path()), "it is still in pieces");
         QVERIFY2(SecondsIn(take->Path()) > 0, "no picture");
     }
 }
 
-void ToolEndTest::stopWorksWhateverHelperIsKilled()
+// ffmpeg's part is settled by `tool`. Without `tool` ffmpeg meets the end of its inputs.
+void ToolEndTest::killedProcessLeavesAMovie()
 {
     std::vector<Case> cases;
-    cases.reserve(kHelpers);
-    const Take* withoutKeeper = nullptr;
-    for (int helper = 0; helper < kHelpers; ++helper) {
-        cases.push_back(
-            {"helper " + QByteArray::number(helper) + " is killed", [&, helper](Take& take) {
-                 QTRY_VERIFY2(Keeper(take) > 0, "there is no keeper");
-                 const pid_t killed = take.Helpers().at(helper);
-                 withoutKeeper = killed == Keeper(take) ? &take : withoutKeeper;
-                 kill(killed, SIGKILL);
-                 QTRY_VERIFY(!take.Helpers().contains(killed));
-                 take.Type("q\r\n");
-             }});
-    }
+    cases.push_back({"ffmpeg is killed", [](Take& take) { take.EndFfmpeg(SIGKILL); }});
+    cases.push_back({"tool is killed", [](Take& take) { take.EndTool(SIGKILL); }});
+    cases.push_back({"the recorder is killed", [](Take& take) { take.EndRecorder(); }});
     RunAll(cases, "killed");
     if (QTest::currentTestFailed()) {
         return;
     }
-    QVERIFY(withoutKeeper != nullptr);
     for (const Case& one : cases) {
-        QVERIFY2(one.take->WaitForEnd(), one.name + ": it records on");
-        const QString path = one.take->Path();
-        if (one.take.get() != withoutKeeper) { // otherwise it stays fragmented, which plays as well
-            QTRY_VERIFY2(IsOrdinary(path), one.name + ": it is still in pieces");
-        }
-        QCOMPARE(DecodingErrors(path), QByteArray());
-        QVERIFY2(SecondsIn(path) >= one.before - 0.1, one.name);
+        QVERIFY2(one.take->WaitForEnd() && one.take->ExitCode() != 0, one.name);
+        QCOMPARE(DecodingErrors(one.take->Path()), QByteArray());
+        QVERIFY2(SecondsIn(one.take->Path()) >= one.before - 2, one.name);
     }
-}
-
-// Anybody can send the signal that tells the keeper that ffmpeg has ended.
-void ToolEndTest::keeperSettlesNothingBeforeTheEnd()
-{
-    Take take(m_folder.filePath("told wrongly.mp4"), "0:1");
-    QTRY_VERIFY2_WITH_TIMEOUT(take.Taken() >= kBefore, take.Text(), 20000);
-    QTRY_VERIFY2(Keeper(take) > 0, "there is no keeper");
-    const pid_t keeper = Keeper(take);
-    QCOMPARE(kill(keeper, SIGUSR1), 0);
-    const double before = take.Taken();
-    QTRY_VERIFY2(take.Taken() >= before + 1, take.Text());
-    QVERIFY2(take.Helpers().contains(keeper), "the keeper has ended");
-    QVERIFY2(!IsOrdinary(take.Path()), "it was settled too early");
-    take.Type("q\r\n");
-    QVERIFY2(take.WaitForEnd() && take.ExitCode() == 0, take.Text());
-    QTRY_VERIFY2(IsOrdinary(take.Path()), "it is still in pieces");
-    QCOMPARE(DecodingErrors(take.Path()), QByteArray());
-    QVERIFY2(SecondsIn(take.Path()) >= before + 0.9, "what came after the signal is missing");
+    QVERIFY2(IsOrdinary(cases[0].take->Path()), "it is still in pieces");
+    ExpectWhole(cases[2]);
 }
 
 QTEST_GUILESS_MAIN(ToolEndTest)

@@ -34,6 +34,8 @@ private slots:
     void quitAsSoonAsFfmpegAsksForKeysStillGivesAPicture();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
+    QString Output() const { return m_folder->filePath("o.mp4"); }
+
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
@@ -76,11 +78,11 @@ void ToolRecordingTest::numbersAreUnderstoodWherever()
              list.error);
     for (const char* device : {"0:0", "0:1"}) {
         const Outcome outcome =
-            RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-i", device, "o.mp4"});
+            RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-i", device, Output()});
         QVERIFY2(outcome.code == 42, outcome.error);
         QVERIFY2(outcome.output.contains("-f s16le"), outcome.output);
     }
-    const Outcome outcome = RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-i", "0:2", "o.mp4"});
+    const Outcome outcome = RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-i", "0:2", Output()});
     QCOMPARE(outcome.code, 1);
     QCOMPARE(outcome.error, QByteArray("tool: there is no audio device 2, the list has 2.\n"));
     QCOMPARE(QDir(own).entryList(QDir::Files).isEmpty(),
@@ -94,8 +96,8 @@ void ToolRecordingTest::screensAreNumberedAsTheServerNamesThem()
         RunProgram("xrandr", {"--setmonitor", "added", "300/100x200/100+100+50", "none"});
     QVERIFY2(added.code == 0, added.error);
     const auto remove = qScopeGuard([] { RunProgram("xrandr", {"--delmonitor", "added"}); });
-    const auto record = [](const QString& screen) {
-        return RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-i", screen, "o.mp4"});
+    const auto record = [this](const QString& screen) {
+        return RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-i", screen, Output()});
     };
     const QByteArray first = record("0").output;
     QVERIFY2(first.contains("-video_size 300x200 ") && first.contains("-grab_x 100 -grab_y 50 "),
@@ -129,7 +131,7 @@ void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording()
     environment.insert("DISPLAY", QString("127.0.0.1:%1").arg(server.serverPort() - 6000));
     recorder.setProcessEnvironment(environment);
     recorder.start("/bin/sh", {"-c", "\"$@\" >/dev/null & echo $!; wait $!; echo $?", "sh",
-                               TOOL_PROGRAM, "-f", "avfoundation", "-i", "0", "o.mp4"});
+                               TOOL_PROGRAM, "-f", "avfoundation", "-i", "0", Output()});
     QVERIFY(server.waitForNewConnection(10000));
     const std::unique_ptr<QTcpSocket> asked(server.nextPendingConnection());
     QVERIFY(recorder.bytesAvailable() > 0 || recorder.waitForReadyRead());
@@ -156,27 +158,32 @@ void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording()
     }
     QVERIFY2(WIFEXITED(status) && WEXITSTATUS(status) == code,
              qPrintable(QString("status %1").arg(status)));
+    QVERIFY2(!QFile::exists(Output()), "an empty file is left");
 }
 
 void ToolRecordingTest::quitBeforeTheFirstPictureStillGivesAPicture_data()
 {
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QString>("device");
-    QTest::newRow("at once") << QByteArray() << "0";
-    QTest::newRow("at once, with sound") << QByteArray() << "0:0";
+    QTest::addColumn<QString>("pixels");
     // As on a busy machine.
-    QTest::newRow("ffmpeg starts late")
-        << QByteArray("case \"$*\" in *rawvideo*) sleep 2;; esac\n") << "0";
+    const QByteArray late("case \"$*\" in *max_muxing*) sleep 2;; esac\n");
+    for (const char* pixels : {"yuv420p", "yuv444p"}) { // ffmpeg grabs the screen for the second
+        QTest::addRow("at once, %s", pixels) << QByteArray() << "0" << pixels;
+        QTest::addRow("at once, with sound, %s", pixels) << QByteArray() << "0:0" << pixels;
+        QTest::addRow("ffmpeg starts late, %s", pixels) << late << "0" << pixels;
+    }
 }
 
 void ToolRecordingTest::quitBeforeTheFirstPictureStillGivesAPicture()
 {
     QFETCH(QByteArray, before);
     QFETCH(QString, device);
+    QFETCH(QString, pixels);
     QVERIFY(WriteProgram(m_folder->filePath("ffmpeg"),
                          "#!/bin/sh\n" + before + "exec /usr/bin/env ffmpeg \"$@\"\n"));
     const QString path = m_folder->filePath("short.mp4");
-    Take take(path, device);
+    Take take(path, device, {}, pixels);
     take.Type("q\r\n");
     QVERIFY2(take.WaitForEnd(), "the recording goes on");
     QVERIFY2(!PictureDigests(path).isEmpty(), take.Text());

@@ -28,6 +28,15 @@ inline QList<pid_t> ChildrenOf(qint64 parent)
     return children;
 }
 
+// Whether there is such a process, and it has not ended. A process that nobody has waited for yet
+// counts as one that has.
+inline bool IsAlive(pid_t process)
+{
+    QFile file(QString("/proc/%1/stat").arg(process));
+    const QByteArray stat = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return !stat.isEmpty() && stat.mid(stat.lastIndexOf(')') + 2, 1) != "Z";
+}
+
 // Whether all children of this process exit by themselves within 10 s.
 inline bool AllChildrenEnd()
 {

@@ -1,11 +1,10 @@
 // A feeder of `tool`, read like ffmpeg reads it.
 #pragma once
 
-#include "tests/support/child_processes.h"
+#include "tool/system/pipe.h"
 
 #include <QByteArray>
 #include <QElapsedTimer>
-#include <QList>
 
 #include <algorithm>
 #include <chrono>
@@ -14,27 +13,30 @@
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 inline double SecondsSince(std::chrono::steady_clock::time_point moment)
 {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - moment).count();
 }
 
-// A feeder and its output.
+// A feeder in a process of its own, which can be stopped, and its output.
 class Outlet
 {
 public:
-    // `start` returns the pipe to read, or a negative number on failure. It ignores SIGCHLD, which
-    // is undone here because the exit codes of the children are needed.
-    explicit Outlet(const std::function<int()>& start)
+    // `feed` writes to the pipe.
+    explicit Outlet(const std::function<void(tool::Descriptor)>& feed)
     {
-        struct sigaction before = {};
-        sigaction(SIGCHLD, nullptr, &before);
-        const QList<pid_t> others = ChildrenOf(getpid());
-        m_nPipe = start();
-        sigaction(SIGCHLD, &before, nullptr);
-        for (const pid_t child : ChildrenOf(getpid())) {
-            m_nFeeder = others.contains(child) ? m_nFeeder : child;
+        auto pipe = tool::MakePipe();
+        m_nFeeder = pipe ? fork() : -1;
+        if (m_nFeeder == 0) {
+            std::signal(SIGPIPE, SIG_IGN);
+            pipe->read.Close();
+            feed(std::move(pipe->write));
+            _exit(0);
+        }
+        if (pipe) {
+            m_nPipe = dup(pipe->read.Number());
         }
     }
     Outlet(const Outlet&) = delete;

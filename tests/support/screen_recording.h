@@ -64,6 +64,7 @@ public:
         m_process.write("q\r\n");
         return WaitForEnd() && m_process.exitCode() == 0;
     }
+    // To `tool`.
     void Signal(int number) { kill(static_cast<pid_t>(m_process.processId()), number); }
     bool IsRunning()
     {
@@ -71,8 +72,8 @@ public:
         return m_process.state() != QProcess::NotRunning;
     }
 
-    // The processes beside ffmpeg.
-    QList<pid_t> Companions() const { return ChildrenOf(m_process.processId()); }
+    // 0 if there is none.
+    pid_t Ffmpeg() const { return ChildrenOf(m_process.processId()).value(0); }
     QString Text()
     {
         Listen();

@@ -18,7 +18,8 @@
 class Take
 {
 public:
-    Take(const QString& path, const QString& devices, const QStringList& environment = {})
+    Take(const QString& path, const QString& devices, const QStringList& environment = {},
+         const QString& pixels = "yuv420p")
         : m_path(path)
     {
         m_process.setChildProcessModifier([] { setpgid(0, 0); });
@@ -27,9 +28,10 @@ public:
             all.insert(one.section('=', 0, 0), one.section('=', 1));
         }
         m_process.setProcessEnvironment(all);
-        m_process.start("/bin/sh",
-                        QStringList{"-c", "\"$@\" 2>\"$0.log\"; exit $?", path, TOOL_PROGRAM} +
-                            RecorderCommand(devices.split(' '), path));
+        m_process.start(
+            "/bin/sh",
+            QStringList{"-c", "\"$@\" 2>\"$0.log\"; exit $?", path, TOOL_PROGRAM} +
+                RecorderCommand(devices.split(' '), path).replaceInStrings("yuv420p", pixels));
     }
     Take(const Take&) = delete;
     Take& operator=(const Take&) = delete;
@@ -57,39 +59,41 @@ public:
     }
     int ExitCode() const { return m_process.exitCode(); }
 
-    // The recorder, ffmpeg and the processes beside it.
+    // The recorder, `tool` and ffmpeg.
     void EndAll(int signal) const
     {
         if (m_process.processId() > 0) {
             kill(-static_cast<pid_t>(m_process.processId()), signal);
         }
     }
+    // The shell and, as with the real one, the pipe to type into.
     void EndRecorder(int signal = SIGKILL)
     {
         kill(static_cast<pid_t>(m_process.processId()), signal);
+        StopTyping();
     }
-    // Returns false if there is no ffmpeg.
-    bool EndFfmpeg(int signal) const
+    // Returns false if there is no such process.
+    bool EndTool(int signal) const { return End(Tool(), signal); }
+    bool EndFfmpeg(int signal) const { return End(Ffmpeg(), signal); }
+
+    // 0 if there is none.
+    pid_t Tool() const { return ChildrenOf(m_process.processId()).value(0); }
+    pid_t Ffmpeg() const { return ChildrenOf(Tool()).value(0); }
+    // All processes that the recorder has started, and those started by these.
+    QList<pid_t> Processes() const
     {
-        const pid_t ffmpeg = Ffmpeg();
-        return ffmpeg > 0 && kill(ffmpeg, signal) == 0;
-    }
-    // 0 if there is no ffmpeg.
-    pid_t Ffmpeg() const { return ChildrenOf(m_process.processId()).value(0); }
-    // The processes beside ffmpeg, and in Helpers() also those they have started.
-    QList<pid_t> Children() const { return ChildrenOf(Ffmpeg()); }
-    QList<pid_t> Helpers() const
-    {
-        QList<pid_t> helpers = Children();
-        for (qsizetype i = 0; i < helpers.size(); ++i) {
-            helpers += ChildrenOf(helpers[i]);
+        QList<pid_t> all = ChildrenOf(m_process.processId());
+        for (qsizetype i = 0; i < all.size(); ++i) {
+            all += ChildrenOf(all[i]);
         }
-        return helpers;
+        return all;
     }
     // As when the recorder has ended.
     void StopTyping() { m_process.closeWriteChannel(); }
 
 private:
+    static bool End(pid_t process, int signal) { return process > 0 && kill(process, signal) == 0; }
+
     QString m_path;
     QProcess m_process;
 };

@@ -3,8 +3,6 @@ if(TARGET tool)
   foreach(topic
           capture_command
           command
-          companion
-          early_keys
           features
           ffmpeg_program
           join_graph
@@ -15,7 +13,8 @@ if(TARGET tool)
           picture_pipe
           process
           remembered_devices
-          sound_track)
+          sound_track
+          supervisor)
     lumenfold_test(tool_${topic}_test unit SOURCES tool_${topic}_test.cpp LIBRARIES lumenfold_tool_core)
   endforeach()
   lumenfold_test(tool_part_note_test unit SOURCES tool_part_note_test.cpp LIBRARIES lumenfold_tool_core test_movies)

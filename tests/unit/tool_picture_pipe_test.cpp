@@ -1,14 +1,14 @@
 #include "tool/record/picture_pipe.h"
+#include "tool/system/pipe.h"
 
 #include <QTest>
 
 #include <algorithm>
-#include <array>
 #include <csignal>
 #include <cstring>
-#include <fcntl.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 using namespace std::chrono_literals;
 using tool::PicturePipe;
@@ -20,7 +20,6 @@ class ToolPicturePipeTest : public QObject
 
 private slots:
     void init();
-    void cleanup();
     void slowReaderGetsEveryPictureWhole_data();
     void slowReaderGetsEveryPictureWhole();
     void repeatedPictureComesAsOftenAsAsked();
@@ -31,20 +30,17 @@ private:
     QByteArray Read(size_t bytes);
     static void Show(PicturePipe& pictures, size_t bytes, int number);
 
-    std::array<int, 2> m_ends{-1, -1};
+    tool::Descriptor m_read;
+    tool::Descriptor m_write;
 };
 
 void ToolPicturePipeTest::init()
 {
     std::signal(SIGPIPE, SIG_IGN);
-    QCOMPARE(pipe(m_ends.data()), 0);
-    fcntl(m_ends[1], F_SETFL, O_NONBLOCK);
-}
-
-void ToolPicturePipeTest::cleanup()
-{
-    close(m_ends[0]);
-    close(m_ends[1]);
+    auto pipe = tool::MakePipe();
+    QVERIFY(pipe.has_value());
+    m_read = std::move(pipe->read);
+    m_write = std::move(pipe->write);
 }
 
 QByteArray ToolPicturePipeTest::Read(size_t bytes)
@@ -52,7 +48,8 @@ QByteArray ToolPicturePipeTest::Read(size_t bytes)
     QByteArray all;
     while (static_cast<size_t>(all.size()) < bytes) {
         QByteArray piece(static_cast<qsizetype>(bytes) - all.size(), '\0');
-        const ssize_t count = read(m_ends[0], piece.data(), static_cast<size_t>(piece.size()));
+        const ssize_t count =
+            read(m_read.Number(), piece.data(), static_cast<size_t>(piece.size()));
         if (count <= 0) {
             break;
         }
@@ -84,7 +81,7 @@ void ToolPicturePipeTest::slowReaderGetsEveryPictureWhole()
     QFETCH(int, bytes);
     const auto size = static_cast<size_t>(bytes);
     constexpr int count = 60;
-    PicturePipe pictures(m_ends[1], size);
+    PicturePipe pictures(std::move(m_write), size);
     bool good = true;
     std::thread writer([&] {
         for (int number = 1; number <= count && good; ++number) {
@@ -113,7 +110,7 @@ void ToolPicturePipeTest::slowReaderGetsEveryPictureWhole()
 void ToolPicturePipeTest::repeatedPictureComesAsOftenAsAsked()
 {
     constexpr size_t bytes = 100;
-    PicturePipe pictures(m_ends[1], bytes);
+    PicturePipe pictures(std::move(m_write), bytes);
     Show(pictures, bytes, 1);
     pictures.Repeat(2);
     QVERIFY(pictures.Work(Clock::now()));
@@ -128,7 +125,7 @@ void ToolPicturePipeTest::repeatedPictureComesAsOftenAsAsked()
 void ToolPicturePipeTest::picturesThatNobodyReadsTakeNoMemoryForEver()
 {
     constexpr size_t bytes = 1 << 20;
-    PicturePipe pictures(m_ends[1], bytes);
+    PicturePipe pictures(std::move(m_write), bytes);
     int kept = 0;
     while (uint8_t* picture = pictures.Blank()) {
         std::memset(picture, 1, bytes);
@@ -141,10 +138,9 @@ void ToolPicturePipeTest::picturesThatNobodyReadsTakeNoMemoryForEver()
 
 void ToolPicturePipeTest::endOfTheReaderIsTold()
 {
-    PicturePipe pictures(m_ends[1], 100);
+    PicturePipe pictures(std::move(m_write), 100);
     QVERIFY(pictures.Work(Clock::now()));
-    close(m_ends[0]);
-    m_ends[0] = -1;
+    m_read.Close();
     QVERIFY(!pictures.Work(Clock::now() + 10s));
 }
 

@@ -4,12 +4,10 @@
 #include "tool/devices/remembered_devices.h"
 #include "tool/screen/screen.h"
 #include "tool/sound/pulse/sound_devices.h"
-#include "tool/system/ask_child.h"
 #include "tool/system/complaint.h"
 
 #include <chrono>
 #include <cstdio>
-#include <unistd.h>
 
 namespace tool {
 namespace {
@@ -30,17 +28,6 @@ std::vector<std::string> SourcesOf(const std::vector<SoundDevice>& devices)
         sources.push_back(device.source);
     }
     return sources;
-}
-
-// libpulse does not work on both sides of a fork, so a child process asks.
-std::vector<std::string> AskForSources()
-{
-    const std::string answer = AskChild([](int output) {
-        const std::string text = RememberedText({}, SourcesOf(ReadSoundDevices()));
-        // A pipe has room for far more than all names.
-        [[maybe_unused]] const ssize_t written = write(output, text.data(), text.size());
-    });
-    return ParseRemembered(answer, {}).value_or(std::vector<std::string>());
 }
 
 } // namespace
@@ -64,7 +51,7 @@ std::optional<std::vector<std::string>> SourcesFor(const std::vector<int>& numbe
     const auto recalled = RecallDevices();
     const std::vector<std::string> known = recalled || numbers.empty()
                                                ? recalled.value_or(std::vector<std::string>())
-                                               : AskForSources();
+                                               : SourcesOf(ReadSoundDevices());
     std::vector<std::string> chosen;
     for (const int number : numbers) {
         if (static_cast<size_t>(number) >= known.size()) {

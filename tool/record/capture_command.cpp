@@ -161,7 +161,9 @@ Arguments CaptureCommand(const Record& record, const CapturePlan& plan)
     }
     Append(result, record.after);
     Append(result, OutputOptions(record, plan));
-    if (!record.file.empty()) {
+    if (plan.file) {
+        Append(result, {"-f", "mp4", "-y", *plan.file});
+    } else if (!record.file.empty()) {
         result.push_back(record.file);
     }
     return result;

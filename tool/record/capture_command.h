@@ -13,7 +13,7 @@ namespace tool {
 // opened the pipe.
 constexpr int skippedBytes = 64;
 
-// The inputs of a recording.
+// The inputs of a recording, and its file.
 struct CapturePlan
 {
     std::string display;           // as in DISPLAY
@@ -23,6 +23,8 @@ struct CapturePlan
     // File descriptor with `skippedBytes`, then yuv420p frames; none: ffmpeg grabs the screen
     // itself.
     std::optional<int> screenPipe = std::nullopt;
+    // A name of the empty file to write; none: ffmpeg makes the file.
+    std::optional<std::string> file = std::nullopt;
 };
 
 // The arguments for the stock ffmpeg, with the screen before the sound.

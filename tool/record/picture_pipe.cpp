@@ -1,28 +1,32 @@
 #include "tool/record/picture_pipe.h"
 
+#include "tool/system/pipe.h"
+#include "tool/system/poll_until.h"
+
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/mman.h>
-#include <sys/uio.h>
 #include <unistd.h>
+#include <utility>
 
 namespace tool {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int pipeBytes = 1 << 20; // the limit for unprivileged users
+constexpr size_t pipeBytes = 1 << 20; // the limit for unprivileged users
 // A fifth of a second, for when ffmpeg does not read. Unused frames are never touched.
 constexpr size_t queued = 6;
 
 } // namespace
 
-PicturePipe::PicturePipe(int pipe, size_t bytes) : m_nPipe(pipe), m_nBytes(bytes)
+PicturePipe::PicturePipe(Descriptor pipe, size_t bytes)
+    : m_pipe(std::move(pipe)),
+      m_nBytes(bytes),
+      m_nCapacity(SetCapacity(m_pipe, pipeBytes))
 {
-    fcntl(pipe, F_SETPIPE_SZ, pipeBytes); // to write in fewer, larger pieces
-    m_nCapacity = static_cast<size_t>(std::max(fcntl(pipe, F_GETPIPE_SZ), 4096));
+    MakeNonBlocking(m_pipe);
     const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
     m_nDistance = (bytes + page - 1) / page * page;
     const size_t pictures = queued + 1 + (m_nCapacity + bytes - 1) / bytes;
@@ -82,15 +86,11 @@ bool PicturePipe::HasWork() const
 bool PicturePipe::Work(SteadyTime until)
 {
     while (true) {
-        const auto left = std::chrono::ceil<std::chrono::microseconds>(until - Clock::now());
-        const int64_t patience = std::clamp<int64_t>(left.count(), 0, 1000000);
-        const timespec time{0, static_cast<long>(std::min<int64_t>(patience, 999999) * 1000)};
-        pollfd pipe{m_nPipe, static_cast<short>(HasWork() ? POLLOUT : 0), 0};
-        const int ready = ppoll(&pipe, 1, &time, nullptr);
-        if (ready > 0 && ((pipe.revents & POLLERR) != 0 || !Write())) {
+        pollfd pipe{m_pipe.Number(), static_cast<short>(HasWork() ? POLLOUT : 0), 0};
+        if (PollUntil(pipe, until) && ((pipe.revents & POLLERR) != 0 || !Write())) {
             return false;
         }
-        if (patience == 0) {
+        if (Clock::now() >= until) {
             return true;
         }
     }
@@ -101,14 +101,9 @@ bool PicturePipe::Write()
 {
     while (HasWork()) {
         Waiting& first = m_waiting.front();
-        const iovec rest{Memory(first.picture) + m_nGiven, m_nBytes - m_nGiven};
-        const ssize_t count = m_bSplices ? vmsplice(m_nPipe, &rest, 1, SPLICE_F_NONBLOCK)
-                                         : write(m_nPipe, rest.iov_base, rest.iov_len);
+        const ssize_t count =
+            WriteLasting(m_pipe, Memory(first.picture) + m_nGiven, m_nBytes - m_nGiven);
         if (count < 0) {
-            if (m_bSplices && (errno == EPERM || errno == ENOSYS || errno == EINVAL)) {
-                m_bSplices = false; // some containers forbid it
-                continue;
-            }
             return errno == EAGAIN || errno == EINTR;
         }
         m_nWritten += static_cast<uint64_t>(count);

@@ -2,7 +2,8 @@
 // system supports that.
 #pragma once
 
-#include "tool/record/picture_clock.h"
+#include "tool/system/descriptor.h"
+#include "tool/system/steady_time.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -14,11 +15,13 @@ namespace tool {
 class PicturePipe
 {
 public:
-    // `pipe` must be non-blocking. `bytes`: the size of a frame.
-    PicturePipe(int pipe, size_t bytes);
+    // `bytes`: the size of a frame.
+    PicturePipe(Descriptor pipe, size_t bytes);
     PicturePipe(const PicturePipe&) = delete;
     PicturePipe& operator=(const PicturePipe&) = delete;
     ~PicturePipe();
+
+    const Descriptor& Outlet() const { return m_pipe; }
 
     // Memory for the next frame that the reader no longer uses, or nullptr if all of it is waiting
     // to be read.
@@ -45,12 +48,11 @@ private:
     bool IsFree(size_t picture) const;
     uint8_t* Memory(size_t picture) const { return m_pMemory + picture * m_nDistance; }
 
-    int m_nPipe;
+    Descriptor m_pipe;
     size_t m_nBytes;
-    size_t m_nCapacity = 0; // of the pipe, in bytes
+    size_t m_nCapacity;     // of the pipe, in bytes
     size_t m_nDistance = 0; // bytes from frame to frame in memory
     uint8_t* m_pMemory = nullptr;
-    bool m_bSplices = true;
     size_t m_nBlank = 0;
     std::vector<uint64_t> m_free;  // for each frame, the value of m_nWritten that allows reuse
     std::deque<Waiting> m_waiting; // the last one stays, for Repeat()

@@ -2,40 +2,36 @@
 
 #include "tool/devices/capture_devices.h"
 #include "tool/ffmpeg/features.h"
-#include "tool/ffmpeg/ffmpeg_program.h"
 #include "tool/record/capture_command.h"
-#include "tool/record/early_keys.h"
-#include "tool/record/end_signal.h"
-#include "tool/record/keeper.h"
+#include "tool/record/recording_file.h"
 #include "tool/record/recording_time.h"
 #include "tool/record/screen_feeder.h"
 #include "tool/record/sound_feeder.h"
+#include "tool/record/supervisor.h"
 #include "tool/screen/screen.h"
 #include "tool/system/complaint.h"
 #include "tool/system/environment.h"
+#include "tool/system/pipe.h"
+#include "tool/system/process.h"
+#include "tool/system/signals.h"
 
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
-#include <sys/prctl.h>
+#include <future>
+#include <memory>
+#include <optional>
+#include <thread>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace tool {
 namespace {
 
-constexpr std::chrono::seconds untilFirstPicture{20}; // measured: 130 ms, 4 s on a busy machine
-
-// Returns the frame pipe, or nothing if ffmpeg should grab the screen itself.
-std::optional<int> StartPictures(const CapturePlan& plan, const Record& record,
-                                 RecordingTime* start)
-{
-    const auto rate = ParseRate(record.rate);
-    if (!rate || !record.isYuv420) {
-        return std::nullopt;
-    }
-    return StartScreenFeeder({plan.area, *rate, start});
-}
+constexpr std::chrono::milliseconds syncInterval{250}; // half the length of a fragment
 
 // Returns nothing, after a message, if there is no such screen.
 std::optional<Rectangle> ScreenArea(int screen)
@@ -53,6 +49,174 @@ std::optional<Rectangle> ScreenArea(int screen)
     return EvenSized(screens.areas[static_cast<size_t>(screen)]);
 }
 
+// One recording: everything that is made before ffmpeg is started, and the threads beside it.
+class Recording
+{
+public:
+    Recording(const Record& record, CapturePlan plan) : m_record(record), m_plan(std::move(plan)) {}
+
+    void PreparePictures();
+    bool PrepareSound(const std::vector<std::string>& sources);
+    bool CreateFile();
+    int Run(const std::string& ffmpeg);
+
+private:
+    std::optional<Process> Start(const std::string& ffmpeg, const Descriptor& keys) const;
+    std::vector<std::thread> Feed();
+    std::thread Sync(std::future<void> ended);
+
+    const Record& m_record;
+    CapturePlan m_plan;
+    RecordingTime m_time;
+    std::unique_ptr<ScreenFeeder> m_pPictures; // null: ffmpeg grabs the screen itself
+    std::optional<Pipe> m_picturePipe;
+    SoundPlan m_sound;
+    std::optional<Pipe> m_soundPipe;
+    std::optional<RecordingFile> m_file; // none: ffmpeg makes the output
+};
+
+// Leaves the grabbing to ffmpeg if that does not work.
+void Recording::PreparePictures()
+{
+    const auto rate = ParseRate(m_record.rate);
+    if (!rate || !m_record.isYuv420) {
+        return;
+    }
+    auto screen = OpenScreen(m_plan.area);
+    auto pipe = MakePipe();
+    if (!screen || !pipe) {
+        return;
+    }
+    auto feeder = std::make_unique<ScreenFeeder>(std::move(screen), m_plan.area, *rate,
+                                                 std::move(pipe->write), m_time);
+    if (feeder->Prepare()) {
+        m_plan.screenPipe = pipe->read.Number();
+        m_picturePipe = std::move(pipe);
+        m_pPictures = std::move(feeder);
+    }
+}
+
+// Returns false, after a message, on failure.
+bool Recording::PrepareSound(const std::vector<std::string>& sources)
+{
+    if (sources.empty()) {
+        return true;
+    }
+    m_sound = {sources, m_record.sampleRate};
+    m_soundPipe = MakePipe();
+    if (!m_soundPipe) {
+        Complain(std::string("no sound can be read: ") + std::strerror(errno));
+        return false;
+    }
+    m_plan.soundPipe = m_soundPipe->read.Number();
+    return true;
+}
+
+// Returns false, after a message, on failure.
+bool Recording::CreateFile()
+{
+    if (!m_record.fragmented) {
+        return true;
+    }
+    m_file = RecordingFile::Create(m_record.file);
+    if (!m_file) {
+        std::fprintf(stderr, "%s: %s\n", m_record.file.c_str(), std::strerror(errno));
+        return false;
+    }
+    m_plan.file = m_file->Name();
+    return true;
+}
+
+std::optional<Process> Recording::Start(const std::string& ffmpeg, const Descriptor& keys) const
+{
+    Program program{ffmpeg, CaptureCommand(m_record, m_plan)};
+    program.input = keys.Number();
+    for (const auto& pipe : {m_plan.screenPipe, m_plan.soundPipe}) {
+        if (pipe) {
+            program.inherited.push_back(*pipe);
+        }
+    }
+    if (m_file) {
+        program.inherited.push_back(m_file->Number());
+    }
+    if (!IsIgnored(SIGHUP)) {
+        program.blockedSignals = {SIGHUP}; // it would end ffmpeg at once; we look for it instead
+    }
+    if (!m_pPictures) {
+        program.parentEndSignal = SIGTERM; // no pipe of ours ends with us
+    }
+    return Process::Start(program);
+}
+
+std::vector<std::thread> Recording::Feed()
+{
+    std::vector<std::thread> threads;
+    if (m_pPictures) {
+        threads.emplace_back([feeder = std::move(m_pPictures)] { feeder->Run(); });
+    }
+    if (m_soundPipe) {
+        threads.emplace_back([this, pipe = std::move(m_soundPipe->write)]() mutable {
+            SoundFeeder(m_sound, std::move(pipe), m_time).Run();
+        });
+    }
+    return threads;
+}
+
+// A slow disk holds up this thread only.
+std::thread Recording::Sync(std::future<void> ended)
+{
+    return std::thread([this, ended = std::move(ended)] {
+        m_file->SyncName();
+        while (ended.wait_for(syncInterval) == std::future_status::timeout) {
+            m_file->Sync();
+        }
+    });
+}
+
+int Recording::Run(const std::string& ffmpeg)
+{
+    // In ffmpeg too. The first: it records on when nobody reads its messages any more.
+    IgnoreSignals({SIGPIPE, SIGUSR1, SIGUSR2, SIGQUIT, SIGTTIN, SIGXFSZ});
+    Signals caught({SIGINT, SIGTERM, SIGHUP, SIGCHLD});
+    auto keys = MakePipe();
+    auto process = keys ? Start(ffmpeg, keys->read) : std::nullopt;
+    if (!process) {
+        const int code = Complain(ffmpeg + " cannot be run: " + std::strerror(errno), noProgram);
+        if (m_file) {
+            m_file->Finish();
+        }
+        return code;
+    }
+    // These ends are ffmpeg's alone now, so that it is noticed when it closes them.
+    keys->read.Close();
+    m_picturePipe.reset();
+    if (m_soundPipe) {
+        m_soundPipe->read.Close();
+    }
+    const bool grabsItself = m_pPictures == nullptr;
+    std::promise<void> ended;
+    std::vector<std::thread> threads;
+    {
+        const SignalBlock block; // they are for this thread
+        threads = Feed();
+        if (m_file) {
+            threads.push_back(Sync(ended.get_future()));
+        }
+    }
+    Supervisor supervisor(
+        {*process, std::move(keys->write), m_file ? &*m_file : nullptr, grabsItself}, STDIN_FILENO,
+        caught, m_time);
+    const int code = supervisor.Run();
+    ended.set_value();
+    if (m_file) {
+        m_file->Finish();
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    return code;
+}
+
 } // namespace
 
 int RunRecording(const std::string& ffmpeg, const Record& record, pid_t recorder)
@@ -66,31 +230,12 @@ int RunRecording(const std::string& ffmpeg, const Record& record, pid_t recorder
     }
     plan.area = *area;
     plan.knowsStatsPeriod = FeaturesOf(ffmpeg).statsPeriod;
-    // If the recorder dies, nothing else would stop ffmpeg. This signal makes it finish the file,
-    // and survives the exec.
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != recorder) {
-        return failed; // it has died already
+    Recording recording(record, plan);
+    recording.PreparePictures();
+    if (!recording.PrepareSound(*sources) || getppid() != recorder || !recording.CreateFile()) {
+        return failed;
     }
-    const bool passesKeys = HoldEarlyKeys(STDIN_FILENO, record.file, untilFirstPicture);
-    const bool keepsFile = record.fragmented && StartKeeper(record.file, !passesKeys);
-    RecordingTime* start = RecordingTime::Make();
-    plan.screenPipe = StartPictures(plan, record, start);
-    if (!sources->empty()) {
-        // A screen feeder that was given up exits early. It must not end the sound.
-        const int pipe =
-            StartSoundFeeder({*sources, record.sampleRate}, plan.screenPipe ? start : nullptr);
-        if (pipe < 0) {
-            return Complain(std::string("no sound can be read: ") + std::strerror(errno));
-        }
-        plan.soundPipe = pipe;
-    }
-    if (passesKeys || keepsFile) {
-        KeepEndSignals();
-    } else {
-        std::signal(SIGHUP, SIG_IGN); // nothing handles it; PR_SET_PDEATHSIG still works
-    }
-    return Become(ffmpeg, CaptureCommand(record, plan));
+    return recording.Run(ffmpeg);
 }
 
 } // namespace tool

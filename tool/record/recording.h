@@ -2,12 +2,15 @@
 
 #include "tool/command/command.h"
 
+#include <string>
 #include <sys/types.h>
 
 namespace tool {
 
-// Records until ffmpeg is told to quit. `recorder`: the parent process at the start of this one.
-// Becomes ffmpeg. Returns only on failure: an exit code, after a message.
+// Records with this ffmpeg as a child process until the end is asked for (see supervisor.h).
+// Delivers pictures and sound to it, and settles the file when it has ended. `recorder`: the parent
+// process at the start of this one; nothing is recorded for one that is gone. Returns ffmpeg's exit
+// code, 128 + N if signal N has ended it, or after a message a code of our own.
 int RunRecording(const std::string& ffmpeg, const Record& record, pid_t recorder);
 
 } // namespace tool

@@ -1,17 +1,9 @@
 #include "tool/record/recording_time.h"
 
-#include <cerrno>
-#include <csignal>
-#include <new>
-#include <sys/mman.h>
-#include <unistd.h>
+#include <chrono>
 
 namespace tool {
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-static_assert(std::atomic<int64_t>::is_always_lock_free && std::atomic<pid_t>::is_always_lock_free);
 
 int64_t Number(SteadyTime moment)
 {
@@ -24,13 +16,6 @@ std::optional<SteadyTime> Moment(int64_t number)
 }
 
 } // namespace
-
-RecordingTime* RecordingTime::Make()
-{
-    void* memory = mmap(nullptr, sizeof(RecordingTime), PROT_READ | PROT_WRITE,
-                        MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    return memory == MAP_FAILED ? nullptr : new (memory) RecordingTime;
-}
 
 void RecordingTime::Begin(SteadyTime moment)
 {
@@ -50,21 +35,7 @@ void RecordingTime::Finish(SteadyTime moment)
 
 std::optional<SteadyTime> RecordingTime::End() const
 {
-    if (int64_t none = 0; GrabberEnded()) {
-        m_nEnd.compare_exchange_strong(none, Number(Clock::now()));
-    }
     return Moment(m_nEnd);
-}
-
-void RecordingTime::NameGrabber()
-{
-    m_nGrabber = getpid();
-}
-
-bool RecordingTime::GrabberEnded() const
-{
-    const pid_t grabber = m_nGrabber;
-    return grabber != 0 && kill(grabber, 0) != 0 && errno == ESRCH;
 }
 
 } // namespace tool

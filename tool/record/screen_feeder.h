@@ -1,26 +1,48 @@
-// The process that supplies ffmpeg with frames. It grabs the screen, converts the pixel format,
-// which takes ffmpeg several times as long, and keeps the frame rate.
+// Supplies ffmpeg with pictures of the screen, at the frame rate and in the pixel format of the
+// recording. Converting them takes ffmpeg several times as long.
 #pragma once
 
 #include "tool/record/picture_clock.h"
+#include "tool/record/picture_pipe.h"
 #include "tool/record/recording_time.h"
 #include "tool/screen/rectangle.h"
+#include "tool/screen/screen.h"
 
-#include <optional>
+#include <memory>
 
 namespace tool {
 
-struct ScreenFeederPlan
+class ScreenFeeder
 {
-    Rectangle area; // even width and height
-    PictureRate rate;
-    RecordingTime* start = nullptr; // set at the first frame
-};
+public:
+    // `area`: that of the screen. `pipe`: where `skippedBytes` meaningless bytes and then
+    // yuv420p frames are written. `time`: begins with the first frame.
+    ScreenFeeder(std::unique_ptr<Screen> screen, const Rectangle& area, PictureRate rate,
+                 Descriptor pipe, RecordingTime& time);
+    // Closes the pipe.
 
-// Starts it as a child of this process, which then becomes ffmpeg. Returns the descriptor for
-// ffmpeg to read from (it survives the exec): `skippedBytes` meaningless bytes, then yuv420p
-// frames. Returns nothing if the screen cannot be grabbed this way. The child exits when the pipe
-// is closed, and at the latest with this process. When the screen disappears, the pipe ends.
-std::optional<int> StartScreenFeeder(const ScreenFeederPlan& plan);
+    // Takes the first picture, which is used if there is no other at the start. Returns false if
+    // the screen cannot be grabbed.
+    bool Prepare();
+
+    // Delivers all pictures up to `time`'s end, but at least two, without which no file plays.
+    // Returns then, or when nobody reads any more. If the screen disappears, that is the end.
+    void Run();
+
+private:
+    bool WaitForReader() const;
+    bool Convert();
+    bool IsWanted(int64_t place) const;
+    bool WorkUntilDue(int64_t place);
+    bool Fill();
+
+    std::unique_ptr<Screen> m_pScreen;
+    PictureRate m_rate;
+    RecordingTime& m_time;
+    PicturePipe m_pictures;
+    PictureClock m_clock;
+    int64_t m_nNext = 0;       // the first place without a picture
+    bool m_bUnwritten = false; // there was no room for the last picture
+};
 
 } // namespace tool

@@ -1,6 +1,5 @@
 #include "tool/record/sound_feeder.h"
 
-#include "tool/record/companion.h"
 #include "tool/sound/pulse/sound_reader.h"
 #include "tool/sound/sound_track.h"
 #include "tool/system/pipe.h"
@@ -10,7 +9,6 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
-#include <fcntl.h>
 #include <optional>
 #include <poll.h>
 #include <span>
@@ -188,23 +186,6 @@ void SoundFeeder::Run()
     while (m_p->Emit() && !m_p->IsComplete()) {
         m_p->reader.Wait(20ms);
     }
-}
-
-int StartSoundFeeder(const SoundPlan& plan, const RecordingTime* time)
-{
-    auto pipe = MakePipe();
-    if (!pipe) {
-        return -1;
-    }
-    const bool started = StartCompanion({pipe->write.Number()}, [&](const auto& kept) {
-        fcntl(kept.front(), F_SETFD, FD_CLOEXEC);
-        const RecordingTime own;
-        SoundFeeder(plan, Descriptor(kept.front()), time != nullptr ? *time : own).Run();
-    });
-    if (!started) {
-        return -1;
-    }
-    return dup(pipe->read.Number());
 }
 
 } // namespace tool

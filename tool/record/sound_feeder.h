@@ -36,9 +36,4 @@ private:
     std::unique_ptr<Private> m_p;
 };
 
-// Starts one as a child of this process, which then becomes ffmpeg. Returns the descriptor for
-// ffmpeg to read from (it survives the exec), or -1 with errno. `time`: null if no process beside
-// ffmpeg takes the pictures.
-int StartSoundFeeder(const SoundPlan& plan, const RecordingTime* time);
-
 } // namespace tool

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <sys/types.h>
 
 namespace tool {
 
@@ -23,5 +24,13 @@ void MakeNonBlocking(const Descriptor& descriptor);
 // Asks for this capacity in bytes, so that it is written in fewer, larger pieces and a slow reader
 // holds nobody up. Returns the capacity that it has.
 size_t SetCapacity(const Descriptor& pipe, size_t bytes);
+
+// The bytes in the pipe, or nothing if nobody can read them any more. For the end that is written
+// to.
+std::optional<size_t> UnreadBytes(const Descriptor& pipe);
+
+// Like write(), but without copying where the system can do that: the memory must not change before
+// it has been read.
+ssize_t WriteLasting(const Descriptor& pipe, const void* bytes, size_t size);
 
 } // namespace tool

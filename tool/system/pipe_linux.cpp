@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <cerrno>
 #include <fcntl.h>
+#include <sys/uio.h>
 
 namespace tool {
 
@@ -20,6 +23,20 @@ size_t SetCapacity(const Descriptor& pipe, size_t bytes)
     constexpr int smallest = 4096;
     fcntl(pipe.Number(), F_SETPIPE_SZ, static_cast<int>(bytes));
     return static_cast<size_t>(std::max(fcntl(pipe.Number(), F_GETPIPE_SZ), smallest));
+}
+
+ssize_t WriteLasting(const Descriptor& pipe, const void* bytes, size_t size)
+{
+    static std::atomic<bool> splices = true; // some containers forbid it
+    if (splices) {
+        const iovec piece{const_cast<void*>(bytes), size};
+        const ssize_t count = vmsplice(pipe.Number(), &piece, 1, SPLICE_F_NONBLOCK);
+        splices = count >= 0 || (errno != EPERM && errno != ENOSYS && errno != EINVAL);
+        if (splices) {
+            return count;
+        }
+    }
+    return write(pipe.Number(), bytes, size);
 }
 
 } // namespace tool

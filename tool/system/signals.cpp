@@ -19,12 +19,6 @@ extern "C" void PassOn(int number)
     errno = before;
 }
 
-bool IsIgnored(int number)
-{
-    struct sigaction action = {};
-    return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
-}
-
 } // namespace
 
 Signals::Signals(std::initializer_list<int> numbers) : m_pipe(MakePipe())
@@ -59,6 +53,12 @@ std::optional<int> Signals::Next()
     unsigned char number = 0;
     return m_pipe && read(m_pipe->read.Number(), &number, 1) == 1 ? std::optional<int>(number)
                                                                   : std::nullopt;
+}
+
+bool IsIgnored(int number)
+{
+    struct sigaction action = {};
+    return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 void IgnoreSignals(std::initializer_list<int> numbers)

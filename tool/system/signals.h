@@ -15,7 +15,7 @@ namespace tool {
 class Signals
 {
 public:
-    // A signal that is ignored, as SIGHUP is under nohup, stays ignored; SIGCHLD never is, or the
+    // A signal that is ignored stays ignored; SIGCHLD never is, or the
     // exit codes of children would be lost.
     explicit Signals(std::initializer_list<int> numbers);
     Signals(const Signals&) = delete;
@@ -31,6 +31,9 @@ private:
     std::optional<Pipe> m_pipe;
     std::vector<int> m_caught;
 };
+
+// Whether this process ignores the signal, as SIGHUP under nohup.
+bool IsIgnored(int number);
 
 // Ignores them, in this process and the programs it starts.
 void IgnoreSignals(std::initializer_list<int> numbers);

@@ -1,0 +1,127 @@
+#include "tool/record/supervisor.h"
+
+#include "tool/system/pending_signal.h"
+#include "tool/system/pipe.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace tool {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr auto usualInterval = 250ms; // for checking ffmpeg's pending signals
+constexpr auto quickInterval = 20ms;  // for checking whether ffmpeg may be told to quit
+constexpr char quit = 'q';
+
+bool IsPipe(int descriptor)
+{
+    struct stat status = {};
+    return fstat(descriptor, &status) == 0 &&
+           (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
+}
+
+} // namespace
+
+Supervisor::Supervisor(Supervised supervised, int keyboard, Signals& caught, RecordingTime& time)
+    : m_supervised(std::move(supervised)),
+      m_nKeyboard(keyboard),
+      m_bKeyboardIsPipe(IsPipe(keyboard)),
+      m_caught(caught),
+      m_time(time)
+{
+    MakeNonBlocking(m_supervised.keys);
+}
+
+int Supervisor::Run()
+{
+    auto code = m_supervised.ffmpeg.ExitCode();
+    while (!code) {
+        Wait();
+        QuitIfNeeded();
+        code = m_supervised.ffmpeg.ExitCode();
+    }
+    m_time.Finish(Clock::now());
+    return *code;
+}
+
+void Supervisor::Wait()
+{
+    std::array<pollfd, 2> events{{{m_nKeyboard, POLLIN, 0}, {m_caught.Number(), POLLIN, 0}}};
+    const bool mayQuit = m_time.End() && m_supervised.grabsItself && !m_bQuit;
+    const std::chrono::milliseconds interval = mayQuit ? quickInterval : usualInterval;
+    if (poll(events.data(), events.size(), static_cast<int>(interval.count())) > 0) {
+        if (events[0].revents != 0) {
+            ReadKeys();
+        }
+        if (events[1].revents != 0) {
+            ReadSignals();
+        }
+    }
+    if (HasPendingSignal(m_supervised.ffmpeg.Id(), SIGHUP)) {
+        m_time.Finish(Clock::now());
+    }
+}
+
+void Supervisor::ReadKeys()
+{
+    std::array<char, 256> bytes{};
+    const ssize_t count = read(m_nKeyboard, bytes.data(), bytes.size());
+    if (count <= 0) {
+        m_nKeyboard = -1;
+        if (m_bKeyboardIsPipe) {
+            m_time.Finish(Clock::now()); // the recorder is gone
+        }
+        return;
+    }
+    const std::string keys(bytes.data(), static_cast<size_t>(count));
+    const size_t end = keys.find(quit);
+    if (!m_time.End()) {
+        Type(keys.substr(0, end));
+    }
+    if (end != std::string::npos) {
+        m_time.Finish(Clock::now());
+    }
+}
+
+void Supervisor::ReadSignals()
+{
+    while (const auto number = m_caught.Next()) {
+        if (*number != SIGCHLD) {
+            m_time.Finish(Clock::now());
+        }
+    }
+}
+
+// With pictures and sound from us ffmpeg meets their end. If it takes the pictures itself, it is
+// told to quit, but not before the file has one: it looks for keys earlier, and then leaves a file
+// that no player opens.
+void Supervisor::QuitIfNeeded()
+{
+    const auto end = m_time.End();
+    if (!end || m_bQuit) {
+        return;
+    }
+    const bool hasPicture = m_supervised.file == nullptr || m_supervised.file->HasContent();
+    if ((m_supervised.grabsItself && hasPicture) || Clock::now() > *end + m_supervised.patience) {
+        m_bQuit = true;
+        Type({quit});
+    }
+}
+
+void Supervisor::Type(const std::string& keys) const
+{
+    // The pipe has room for far more than anybody types.
+    [[maybe_unused]] const ssize_t written =
+        write(m_supervised.keys.Number(), keys.data(), keys.size());
+}
+
+} // namespace tool

@@ -1,0 +1,52 @@
+// Watches ffmpeg while it records, and ends the recording when that is asked for.
+#pragma once
+
+#include "tool/record/recording_file.h"
+#include "tool/record/recording_time.h"
+#include "tool/system/descriptor.h"
+#include "tool/system/process.h"
+#include "tool/system/signals.h"
+
+#include <chrono>
+#include <string>
+
+namespace tool {
+
+// What ends with the recording.
+struct Supervised
+{
+    Process ffmpeg;
+    Descriptor keys;           // ffmpeg's standard input
+    const RecordingFile* file; // null if ffmpeg has opened another one itself
+    bool grabsItself;          // ffmpeg takes the pictures, and ends by a key only
+    // How long ffmpeg may take from there to its end. It has read all its inputs long before:
+    // within 0.1 s, up to 4 s on a busy machine.
+    std::chrono::milliseconds patience = std::chrono::seconds(20);
+};
+
+class Supervisor
+{
+public:
+    // `time`: finished when "q" is typed, the keyboard is a pipe that ends, one of the signals
+    // comes, or SIGHUP is pending for ffmpeg. Keys before the "q" are passed on to ffmpeg.
+    Supervisor(Supervised supervised, int keyboard, Signals& caught, RecordingTime& time);
+
+    // Returns ffmpeg's exit code when it has ended.
+    int Run();
+
+private:
+    void Wait();
+    void ReadKeys();
+    void ReadSignals();
+    void QuitIfNeeded();
+    void Type(const std::string& keys) const;
+
+    Supervised m_supervised;
+    int m_nKeyboard; // -1: not read any more
+    bool m_bKeyboardIsPipe;
+    Signals& m_caught;
+    RecordingTime& m_time;
+    bool m_bQuit = false; // "q" is typed
+};
+
+} // namespace tool
