@@ -1,13 +1,14 @@
 #include "tool/ffmpeg/ffmpeg_program.h"
 
-#include "tool/system/ask_child.h"
 #include "tool/system/complaint.h"
 #include "tool/system/environment.h"
+#include "tool/system/pipe.h"
+#include "tool/system/process.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <system_error>
 #include <unistd.h>
@@ -15,21 +16,6 @@
 namespace tool {
 
 namespace fs = std::filesystem;
-
-namespace {
-
-// Replaces this process with the program. Returns only on failure, with errno.
-void Execute(const std::string& program, const std::vector<std::string>& arguments)
-{
-    std::vector<char*> pointers{const_cast<char*>(program.c_str())};
-    for (const std::string& argument : arguments) {
-        pointers.push_back(const_cast<char*>(argument.c_str()));
-    }
-    pointers.push_back(nullptr);
-    execv(program.c_str(), pointers.data());
-}
-
-} // namespace
 
 bool IsAbsolute(const std::string& path)
 {
@@ -93,21 +79,32 @@ std::string NoFfmpegReason()
 
 int Become(const std::string& program, const std::vector<std::string>& arguments)
 {
-    Execute(program, arguments);
+    Become(Program{program, arguments});
     return Complain(program + " cannot be run: " + std::strerror(errno), noProgram);
 }
 
 std::string Ask(const std::string& program, const std::vector<std::string>& arguments,
                 Stream stream, std::chrono::milliseconds patience)
 {
-    const auto run = [&](int answer) {
-        const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
-        dup2(nothing, STDIN_FILENO);
-        dup2(stream == Stream::Output ? answer : nothing, STDOUT_FILENO);
-        dup2(stream == Stream::Error ? answer : nothing, STDERR_FILENO);
-        Execute(program, arguments);
-    };
-    return AskChild(run, patience);
+    auto answer = MakePipe();
+    if (!answer) {
+        return {};
+    }
+    Program asked{program, arguments};
+    const int end = answer->write.Number();
+    asked.input = Program::nowhere;
+    asked.output = stream == Stream::Output ? end : Program::nowhere;
+    asked.error = stream == Stream::Error ? end : Program::nowhere;
+    auto process = Process::Start(asked);
+    answer->write.Close();
+    std::string text;
+    if (process && !ReadAll(answer->read, text, std::chrono::steady_clock::now() + patience)) {
+        process->Signal(SIGKILL);
+    }
+    if (process) {
+        process->Wait();
+    }
+    return text;
 }
 
 } // namespace tool

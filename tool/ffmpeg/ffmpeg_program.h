@@ -28,7 +28,8 @@ std::string NoFfmpegReason();
 
 enum class Stream { Output, Error };
 
-// Runs the program without input and returns what it wrote to this stream, as AskChild() does.
+// Runs the program without input and returns what it wrote to this stream, 1 MiB at most. A program
+// that takes longer than `patience` or writes more is killed.
 std::string Ask(const std::string& program, const std::vector<std::string>& arguments,
                 Stream stream = Stream::Error,
                 std::chrono::milliseconds patience = std::chrono::seconds(30));

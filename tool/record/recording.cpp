@@ -57,10 +57,10 @@ public:
 
     void PreparePictures();
     bool PrepareSound(const std::vector<std::string>& sources);
-    bool CreateFile();
     int Run(const std::string& ffmpeg);
 
 private:
+    bool CreateFile();
     std::optional<Process> Start(const std::string& ffmpeg, const Descriptor& keys) const;
     std::vector<std::thread> Feed();
     std::thread Sync(std::future<void> ended);
@@ -152,7 +152,10 @@ std::vector<std::thread> Recording::Feed()
 {
     std::vector<std::thread> threads;
     if (m_pPictures) {
-        threads.emplace_back([feeder = std::move(m_pPictures)] { feeder->Run(); });
+        threads.emplace_back([feeder = std::move(m_pPictures)]() mutable {
+            feeder->Run();
+            feeder.reset(); // closes the pipe
+        });
     }
     if (m_soundPipe) {
         threads.emplace_back([this, pipe = std::move(m_soundPipe->write)]() mutable {
@@ -178,6 +181,9 @@ int Recording::Run(const std::string& ffmpeg)
     // In ffmpeg too. The first: it records on when nobody reads its messages any more.
     IgnoreSignals({SIGPIPE, SIGUSR1, SIGUSR2, SIGQUIT, SIGTTIN, SIGXFSZ});
     Signals caught({SIGINT, SIGTERM, SIGHUP, SIGCHLD});
+    if (!CreateFile()) {
+        return failed;
+    }
     auto keys = MakePipe();
     auto process = keys ? Start(ffmpeg, keys->read) : std::nullopt;
     if (!process) {
@@ -232,7 +238,7 @@ int RunRecording(const std::string& ffmpeg, const Record& record, pid_t recorder
     plan.knowsStatsPeriod = FeaturesOf(ffmpeg).statsPeriod;
     Recording recording(record, plan);
     recording.PreparePictures();
-    if (!recording.PrepareSound(*sources) || getppid() != recorder || !recording.CreateFile()) {
+    if (!recording.PrepareSound(*sources) || getppid() != recorder) {
         return failed;
     }
     return recording.Run(ffmpeg);

@@ -1,5 +1,11 @@
 #include "tool/system/pipe.h"
 
+#include "tool/system/poll_until.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -10,6 +16,27 @@ void MakeNonBlocking(const Descriptor& descriptor)
 {
     const int flags = fcntl(descriptor.Number(), F_GETFL);
     fcntl(descriptor.Number(), F_SETFL, flags | O_NONBLOCK);
+}
+
+bool ReadAll(const Descriptor& pipe, std::string& text, SteadyTime until)
+{
+    constexpr size_t most = 1U << 20U;
+    std::array<char, 4096> bytes{};
+    while (text.size() < most) {
+        pollfd ready{pipe.Number(), POLLIN, 0};
+        if (!PollUntil(ready, until)) {
+            if (std::chrono::steady_clock::now() >= until) {
+                return false;
+            }
+            continue;
+        }
+        const ssize_t got = read(pipe.Number(), bytes.data(), bytes.size());
+        if (got == 0 || (got < 0 && errno != EINTR)) {
+            return got == 0;
+        }
+        text.append(bytes.data(), static_cast<size_t>(std::max<ssize_t>(got, 0)));
+    }
+    return false;
 }
 
 std::optional<size_t> UnreadBytes(const Descriptor& pipe)

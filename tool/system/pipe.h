@@ -1,9 +1,11 @@
 #pragma once
 
 #include "tool/system/descriptor.h"
+#include "tool/system/steady_time.h"
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <sys/types.h>
 
 namespace tool {
@@ -24,6 +26,10 @@ void MakeNonBlocking(const Descriptor& descriptor);
 // Asks for this capacity in bytes, so that it is written in fewer, larger pieces and a slow reader
 // holds nobody up. Returns the capacity that it has.
 size_t SetCapacity(const Descriptor& pipe, size_t bytes);
+
+// Reads until the end of the pipe, and appends to the text. Returns false if there is more than 1
+// MiB, or no end until then.
+bool ReadAll(const Descriptor& pipe, std::string& text, SteadyTime until);
 
 // The bytes in the pipe, or nothing if nobody can read them any more. For the end that is written
 // to.

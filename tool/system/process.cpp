@@ -12,6 +12,17 @@
 namespace tool {
 namespace {
 
+// Prepared before the fork.
+std::vector<char*> Pointers(const Program& program)
+{
+    std::vector<char*> pointers{const_cast<char*>(program.path.c_str())};
+    for (const std::string& argument : program.arguments) {
+        pointers.push_back(const_cast<char*>(argument.c_str()));
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
 // What follows runs between fork and exec, where only system calls are allowed.
 
 // Returns false, with errno, on failure.
@@ -40,16 +51,6 @@ bool Prepare(const Program& program, const sigset_t& blocked, pid_t parent)
     return Redirect(program.input, STDIN_FILENO) && Redirect(program.output, STDOUT_FILENO) &&
            Redirect(program.error, STDERR_FILENO) &&
            sigprocmask(SIG_SETMASK, &blocked, nullptr) == 0;
-}
-
-std::vector<char*> Pointers(const Program& program)
-{
-    std::vector<char*> pointers{const_cast<char*>(program.path.c_str())};
-    for (const std::string& argument : program.arguments) {
-        pointers.push_back(const_cast<char*>(argument.c_str()));
-    }
-    pointers.push_back(nullptr);
-    return pointers;
 }
 
 } // namespace
@@ -124,6 +125,11 @@ std::optional<int> Process::Look(int options)
         m_nExitCode = signalled; // somebody else has waited for it
     }
     return m_nExitCode;
+}
+
+void Become(const Program& program)
+{
+    execv(program.path.c_str(), Pointers(program).data());
 }
 
 void OpenStandardStreams()

@@ -52,6 +52,10 @@ private:
     std::optional<int> m_nExitCode;
 };
 
+// Replaces this process with the program, of which only path and arguments count. Returns only on
+// failure, with errno.
+void Become(const Program& program);
+
 // Opens /dev/null for each standard stream that is closed, so that no other file gets its number.
 void OpenStandardStreams();
 
