@@ -47,6 +47,7 @@ void MergeProgressTest::barIsFullOnlyAtTheEnd_data()
     QTest::addColumn<int>("steps");   // reports of the join at least
     QTest::addColumn<int>("reached"); // percent before the last report, at least
     QTest::newRow("one file, short") << 1 << false << 1 << 5;
+    QTest::newRow("one file, long") << 1 << true << 20 << 50;
     QTest::newRow("two files, short") << 2 << false << 1 << 5;
     QTest::newRow("two files, long") << 2 << true << 20 << 50;
     QTest::newRow("twenty files, short") << 20 << false << 1 << 5;

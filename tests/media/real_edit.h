@@ -20,13 +20,18 @@ protected:
         m_ffmpeg.reset();
     }
 
-    // A movie in the save directory.
+    // A movie in the save directory, newer than those before.
     void MakeMovieHere(const QString& name, double seconds, const QString& size = "160x120")
     {
         const QByteArray problem =
             MakeMovie(PictureInput(seconds, size) + ToneInput(seconds) + PlainCodecs() +
                       QStringList{SaveDirectory() + '/' + name});
         QVERIFY2(problem.isEmpty(), problem);
+        QFile file(SaveDirectory() + '/' + name);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(
+            QDateTime(QDate(2026, 1, 2), QTime(12, 0)).addSecs(qint64{60} * ++m_movies),
+            QFileDevice::FileModificationTime));
     }
     // All of them in the list.
     void ListMovies(int count)
@@ -53,4 +58,5 @@ protected:
 
 private:
     std::unique_ptr<FfmpegStandIn> m_ffmpeg;
+    int m_movies = 0;
 };

@@ -17,6 +17,9 @@
 namespace tool {
 namespace {
 
+// The recorder's wait has begun then.
+const SteadyTime programStart = std::chrono::steady_clock::now();
+
 int Refuse(const std::string& reason, const std::string& destination)
 {
     Console().Say("tool: " + reason + ".\n" + FailureLine(destination), std::chrono::seconds(1));
@@ -32,7 +35,7 @@ public:
     // Returns the worker's exit status as of waitpid(), or nothing if it takes too long.
     std::optional<int> Wait()
     {
-        const auto end = std::chrono::steady_clock::now() + longestRun;
+        const auto end = programStart + longestRun;
         int status = 0;
         while (waitpid(m_worker, &status, WNOHANG) == 0) {
             const auto left = std::chrono::ceil<std::chrono::milliseconds>(

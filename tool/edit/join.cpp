@@ -73,6 +73,7 @@ bool PlanCopy(const std::vector<SourceFile>& sources, Job& job)
         }
         parts.push_back(*part);
         job.bytes += source.size;
+        job.seconds += static_cast<double>(part->ticks) / std::max(part->timescale, 1U);
     }
     job.arguments = CopyingJoin(UrlsOf(sources), parts, FeaturesOf(job.ffmpeg).noiseDrop);
     return true;
@@ -94,6 +95,7 @@ bool PlanEncoding(const std::vector<SourceFile>& sources, Job& job)
         return false;
     }
     job.bytes = 0; // nobody knows
+    job.seconds = 0;
     for (const PartDescription& part : parts) {
         job.seconds += part.duration;
     }
