@@ -9,7 +9,9 @@
 #include <QTest>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
+#include <future>
 #include <memory>
 #include <vector>
 
@@ -93,6 +95,7 @@ private slots:
     static void changeThatIsNotReportedIsTaken();
     static void screenThatNeverRestsIsTakenEachTime();
     static void screenThatShrinksIsTaken();
+    static void serverThatStopsAfterShrinkingIsNotWaitedFor();
     static void screenThatGoesIsLost();
     static void noPicturesWithoutAScreen();
 };
@@ -295,6 +298,37 @@ void X11ScreenTest::screenThatShrinksIsTaken()
     QCOMPARE(pictures.At(150, 90), int{kWhite});
     QCOMPARE(pictures.At(170, 90), int{kBlack});
     QVERIFY2(pictures.BecomesStill(), "each picture counts as a new one");
+}
+
+// It refuses the picture, and says nothing more.
+void X11ScreenTest::serverThatStopsAfterShrinkingIsNotWaitedFor()
+{
+    OwnScreen screen({"-screen", "0", kSize, "-extension", "DAMAGE"});
+    QVERIFY2(screen.Good(), "no X server");
+    screen.ShowColour(0xffffff, 2, 2);
+    X11Pictures pictures(screen);
+    QVERIFY(pictures.IsOpen());
+    QCOMPARE(pictures.Next(), Outcome::Taken);
+    screen.Occupy();
+    QCOMPARE(pictures.Next(1ms), Outcome::Waiting);
+    screen.Resize(160, 100);
+    screen.Release();
+    for (int i = 0; i < 100; ++i) { // by then it has answered the question of before, too
+        screen.MovePointer(i, 3);
+    }
+    screen.Signal(SIGSTOP);
+    auto look = std::async(std::launch::async, [&] { return pictures.Next(1ms); });
+    const bool comesBack = look.wait_for(5s) == std::future_status::ready;
+    screen.Signal(SIGCONT);
+    QVERIFY2(comesBack, "the look takes as long as the server is stopped");
+    QCOMPARE(look.get(), Outcome::Waiting);
+    Outcome outcome = pictures.Next();
+    for (int looks = 0; outcome == Outcome::Waiting && looks < 5; ++looks) {
+        outcome = pictures.Next();
+    }
+    QCOMPARE(outcome, Outcome::Taken);
+    QCOMPARE(pictures.At(150, 90), int{kWhite});
+    QCOMPARE(pictures.At(170, 90), int{kBlack});
 }
 
 void X11ScreenTest::screenThatGoesIsLost()

@@ -86,6 +86,11 @@ void OwnScreen::Kill()
     }
 }
 
+void OwnScreen::Signal(int number) const
+{
+    kill(m_nServer, number);
+}
+
 void OwnScreen::Sync()
 {
     std::free(xcb_get_input_focus_reply( // NOLINT(*-no-malloc): xcb's way

@@ -37,6 +37,8 @@ public:
     void Release();
     // Shrinks the screen or restores its size.
     void Resize(int width, int height);
+    // Sends the server a signal.
+    void Signal(int number) const;
     // Kills the server.
     void Kill();
 

@@ -55,7 +55,8 @@ private:
     void AskForStripe();
     bool WaitForAnswers(SteadyTime until);
     void FollowEvents();
-    bool AskForSize();
+    void AskForSize();
+    void TakeSize();
     bool IsStill();
     bool TakePointer();
     // The first row of the stripe, and the shared memory for its newest state.
@@ -69,6 +70,7 @@ private:
     DamageReports m_reports;
     PendingReply<Pointer> m_newPointer;
     Owned<Pointer> m_pointer; // in the picture
+    PendingReply<xcb_get_geometry_reply_t> m_size;
 
     int m_nScreenWidth;
     int m_nScreenHeight;
@@ -111,7 +113,8 @@ Screen::Outcome X11Screen::Next(SteadyTime until)
             // The screen has just shrunk: the next request asks for what remains.
             constexpr int patience = 10;
             m_bOutdated = true;
-            return AskForSize() && ++m_nRefusals < patience ? Outcome::Waiting : Outcome::Lost;
+            AskForSize();
+            return ++m_nRefusals < patience ? Outcome::Waiting : Outcome::Lost;
         }
         m_nRefusals = 0;
         if (m_bWhole) {
@@ -132,6 +135,7 @@ Screen::Outcome X11Screen::Next(SteadyTime until)
 
 void X11Screen::Ask()
 {
+    TakeSize();
     FollowEvents();
     m_bWhole = m_bOutdated || m_reports.MayHaveChanged();
     if (m_bWhole) {
@@ -190,16 +194,22 @@ void X11Screen::FollowEvents()
     }
 }
 
-bool X11Screen::AskForSize()
+// Nothing waits for the answer: a server that has stopped must not keep us.
+void X11Screen::AskForSize()
 {
-    const Owned<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(
-        Connection(), xcb_get_geometry(Connection(), m_display.screen->root), nullptr));
-    if (!geometry) {
-        return false;
+    if (m_size.Poll(Connection())) {
+        m_size.Await(xcb_get_geometry(Connection(), m_display.screen->root).sequence);
+        xcb_flush(Connection());
     }
-    m_nScreenWidth = geometry->width;
-    m_nScreenHeight = geometry->height;
-    return true;
+}
+
+void X11Screen::TakeSize()
+{
+    if (m_size.Poll(Connection()) && m_size.Last()) {
+        m_nScreenWidth = m_size.Last()->width;
+        m_nScreenHeight = m_size.Last()->height;
+        m_size.Last().reset();
+    }
 }
 
 // The answers came after the reports of all changes before them.
