@@ -116,9 +116,10 @@ void SoundTrack::Write(std::span<const int16_t> stereo)
         m_ring[Slot(position)] = 0;
         m_ring[Slot(position) + 1] = 0;
     }
-    for (int64_t i = 0; i < frames; ++i) {
-        m_ring[Slot(m_nNext + i)] = stereo[static_cast<size_t>(i) * 2];
-        m_ring[Slot(m_nNext + i) + 1] = stereo[static_cast<size_t>(i) * 2 + 1];
+    size_t slot = Slot(m_nNext);
+    for (const int16_t sample : stereo) {
+        m_ring[slot] = sample;
+        slot = slot + 1 < m_ring.size() ? slot + 1 : 0;
     }
     m_nNext += frames;
     m_nEnd = std::max(m_nEnd, m_nNext);
@@ -136,12 +137,16 @@ void SoundTrack::Restart()
 
 void SoundTrack::AddTo(int64_t from, std::span<int32_t> sum) const
 {
+    const int64_t begin = std::max(from, m_nBegin);
     const int64_t end = std::min(from + static_cast<int64_t>(sum.size() / 2), m_nEnd);
-    for (int64_t position = std::max(from, m_nBegin); position < end; ++position) {
-        const size_t slot = Slot(position);
-        const auto target = static_cast<size_t>(position - from) * 2;
-        sum[target] += m_ring[slot];
-        sum[target + 1] += m_ring[slot + 1];
+    if (begin >= end) {
+        return;
+    }
+    size_t slot = Slot(begin);
+    for (int32_t& value :
+         sum.subspan(static_cast<size_t>(begin - from) * 2, static_cast<size_t>(end - begin) * 2)) {
+        value += m_ring[slot];
+        slot = slot + 1 < m_ring.size() ? slot + 1 : 0;
     }
 }
 
