@@ -17,7 +17,7 @@ qsizetype InputName(const QStringList& command, const QString& format)
 QStringList EncoderOf(const QList<qint64>& processes)
 {
     for (const qint64 process : processes) {
-        const QStringList command = CommandLine(process);
+        QStringList command = CommandLine(process);
         if (command.contains("rawvideo")) {
             return command;
         }

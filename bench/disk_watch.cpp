@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace {
 
@@ -18,7 +19,7 @@ qint64 BytesIn(const QString& folder)
 
 } // namespace
 
-DiskWatch::DiskWatch(const QString& folder) : m_folder(folder), m_thread([this] { Look(); }) {}
+DiskWatch::DiskWatch(QString folder) : m_folder(std::move(folder)), m_thread([this] { Look(); }) {}
 
 DiskWatch::~DiskWatch()
 {

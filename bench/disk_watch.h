@@ -9,7 +9,7 @@
 class DiskWatch
 {
 public:
-    explicit DiskWatch(const QString& folder);
+    explicit DiskWatch(QString folder);
     ~DiskWatch();
     DiskWatch(const DiskWatch&) = delete;
     DiskWatch& operator=(const DiskWatch&) = delete;

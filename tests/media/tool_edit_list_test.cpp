@@ -86,7 +86,7 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is not
     QTemporaryDir m_folder;
     QByteArray m_movie;  // 2 s
     int64_t m_ticks = 0; // of the media, in a second
-    static constexpr int kSecond = 1000000;
+    static constexpr qint64 kSecond = 1000000;
 };
 
 void ToolEditListTest::initTestCase()
