@@ -73,8 +73,9 @@ bool PlanCopy(const std::vector<SourceFile>& sources, Job& job)
         }
         parts.push_back(*part);
         job.bytes += source.size;
-        job.seconds += static_cast<double>(part->ticks) / std::max(part->timescale, 1U);
     }
+    constexpr double microsecond = 1e-6;
+    job.seconds = static_cast<double>(BeginOfPart(parts, parts.size())) * microsecond;
     job.arguments = CopyingJoin(UrlsOf(sources), parts, FeaturesOf(job.ffmpeg).noiseDrop);
     return true;
 }
