@@ -90,11 +90,13 @@ void TrimDesktopTest::destinationThatFillsUpHarmsNothing()
     QVERIFY(recorder.IsRunning());
     QVERIFY2(Content(source) == before, "the source was changed");
     QCOMPARE(FileNames(recorder.SaveDirectory()), QStringList{"1.mp4"});
-    QVERIFY2(FileNames(home.filePath("merged")).filter(".ts").isEmpty(), "a stream is left behind");
+    QCOMPARE(FileNames(home.filePath("cut")), QStringList());
+    QCOMPARE(FileNames(home.filePath("merged")), QStringList());
     const QStringList ends =
         QString(Content(home.filePath("ends"))).split('\n', Qt::SkipEmptyParts);
     QCOMPARE(ends.size(), 4); // the cut, both conversions and the join
-    QVERIFY2(!ends.mid(0, 3).contains("0"), qPrintable("nothing was full: " + ends.join(' ')));
+    QVERIFY2(ends.first() != "0" && ends.last() != "0",
+             qPrintable("nothing was full: " + ends.join(' ')));
 }
 
 // Its length reads 00:00:00, so the slider cannot be moved, and the cut has no length.
