@@ -23,3 +23,15 @@ QString RecordingFailure(int result);
 /// already running. `processError`: the process's error text for a failed start. `finishing`: the
 /// running tool is still finishing the previous recording.
 QString StartFailure(bool started, const QString& processError, bool finishing);
+
+/// The messages of a recording that fails. `reason` has no full stop. `file` holds what has been
+/// recorded until then, or is empty if nothing does.
+QString StartFailureText(const QString& reason);
+QString EndText(const QString& reason, const QString& file);
+QString StandstillText(int seconds, const QString& file);
+
+/// The message after a stop that left no `file`, or an empty one. `reason` may be empty.
+QString NoFileText(const QString& file, const QString& reason);
+
+/// The reason for a tool that ended without a word.
+QString UnsaidReason(bool killed, int exitCode);

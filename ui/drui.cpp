@@ -1,8 +1,10 @@
 #include "ui/drui.h"
 
+#include "jobs/recording_watch.h"
 #include "jobs/text_codec.h"
 #include "jobs/tool_runner.h"
 #include "ui/cmessagebox.h"
+#include "ui/failure_notice.h"
 #include "ui/focus_ring.h"
 #include "ui/input_block.h"
 #include "ui/page_parts.h"
@@ -54,6 +56,7 @@ DRUI::DRUI(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags),
     m_pTrayStandIn = std::make_unique<TrayStandIn>();
     connect(m_pTrayStandIn.get(), SIGNAL(activated(QSystemTrayIcon::ActivationReason)), this,
             SLOT(trayiconActivated(QSystemTrayIcon::ActivationReason)));
+    m_pFailureNotice = std::make_unique<FailureNotice>(*this);
     m_pFocusRing = new FocusRing(this);
     m_strIniPath = QCoreApplication::applicationDirPath() + "/ScreenRecord.ini";
 }
@@ -66,6 +69,10 @@ void DRUI::Init()
     m_pChangeTSProcess = CreateToolProcess("m_pChangeTSProcess", SLOT(ReadChange2TSInfo()));
     m_pMergeProcess = CreateToolProcess("m_pMergeProcess", SLOT(ReadMergeInfo()));
     m_pCutProcess = CreateToolProcess("m_pCutProcess", SLOT(ReadCutInfo()));
+
+    m_pRecordingWatch = new RecordingWatch(m_pRecProcess);
+    connect(m_pRecordingWatch, SIGNAL(failed(QString)), m_pFailureNotice.get(),
+            SLOT(Tell(QString)));
 
     m_pStack = new QStackedLayout;
     m_pStack->setObjectName("m_pStack");
@@ -93,7 +100,9 @@ DRUI::~DRUI()
     if (m_pRecProcess == nullptr) {
         return; // Init() was not called
     }
-    WatchFolderFields(false); // they lose focus with the window, which must not scan a folder
+    m_pRecordingWatch->Forget();
+    m_pFailureNotice->Close(); // the wait below would freeze it
+    WatchFolderFields(false);  // they lose focus with the window, which must not scan a folder
     AskToolToQuit(*m_pRecProcess);
     m_pRecProcess->waitForFinished(kToolWaitMs);
     m_pRecTimer->stop();

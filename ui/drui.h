@@ -20,6 +20,7 @@ class QComboBox;
 class QHBoxLayout;
 class QLabel;
 class QLineEdit;
+class FailureNotice;
 class FocusRing;
 class QPushButton;
 class QSlider;
@@ -29,6 +30,7 @@ class QTableWidgetItem;
 class QTimer;
 class QTreeWidgetItem;
 class QVBoxLayout;
+class RecordingWatch;
 class TrayStandIn;
 class VideoTable;
 struct FolderRowShape;
@@ -187,14 +189,14 @@ private:
     int StartQProcessRecord();
     void EnterRecording();
     void EnterIdle();
-    void ReportStartError();
     QTimer* m_pRecTimer = nullptr;
     quint32 m_nRecStartTick = 0; // milliseconds, truncated to 32 bits
     int m_nBlinkCount = 0;
     [[maybe_unused]] qint64 m_n64RecSpare = 0; // set with the blink counter, otherwise unused
     QString m_strRecFile;
-    QString m_strStartError;  // why the recording shown never started
     bool m_bQuitSent = false; // the running tool has been asked to quit
+    RecordingWatch* m_pRecordingWatch = nullptr;
+    std::unique_ptr<FailureNotice> m_pFailureNotice;
 
     // --- system tray: tray.cpp ---
     void CreateSystemTray();

@@ -3,8 +3,10 @@
 #include "jobs/job_report.h"
 #include "jobs/record_command.h"
 #include "jobs/recording_status.h"
+#include "jobs/recording_watch.h"
 #include "jobs/tool_runner.h"
 #include "ui/drui.h"
+#include "ui/failure_notice.h"
 #include "ui/tray_stand_in.h"
 #include "util/ownership.h"
 #include "util/tick.h"
@@ -18,8 +20,6 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
-
-#include <utility>
 
 bool DRUI::m_bIsStart = false;
 bool DRUI::m_bIsPause = false;
@@ -59,7 +59,6 @@ void DRUI::btnSlotRecord()
                                  QMessageBox::Ok);
         m_nRecorderRet = 0;
     }
-    ReportStartError();
 }
 
 // The tray's Stop shows no message for m_nRecorderRet, unlike the button. This is intended.
@@ -75,12 +74,12 @@ void DRUI::btnSlotMenuStop()
         return;
     }
     EnterIdle();
-    ReportStartError();
 }
 
 // Updates the display for both ways of starting. Pause is always disabled; this is intended.
 void DRUI::EnterRecording()
 {
+    m_pFailureNotice->Close(); // it is about the recording before
     m_pRecTimer->stop();
     m_n64AudioFrames = 0;
     m_pRecordBtn->setText("Stop");
@@ -92,6 +91,7 @@ void DRUI::EnterRecording()
 // next output.
 void DRUI::EnterIdle()
 {
+    m_pRecordingWatch->Stop();
     m_pStereoMix->hide();
     m_pRecTimer->stop();
     m_n64AudioFrames = 0;
@@ -117,19 +117,30 @@ int DRUI::StartQProcessRecord()
     }
     m_strRecFile = FreePath(RecordPath(directory, QDateTime::currentDateTime()));
 
-    if (m_strRecFile.isEmpty()) { // an empty argument would be dropped from the command line
-        m_strStartError = kNoFreeName;
-        return 0;
-    }
-
     // A tool that is still running refuses the start. If it is finishing its file, this recording
     // never starts. If it goes on (after a pause), it is this recording.
-    const bool finishing = m_bQuitSent && m_pRecProcess->state() != QProcess::NotRunning;
-    m_bQuitSent = finishing;
+    const bool running = m_pRecProcess->state() != QProcess::NotRunning;
+    m_bQuitSent = m_bQuitSent && running;
+    const bool goesOn = running && !m_bQuitSent;
+    if (goesOn) {
+        m_pRecordingWatch->GoOn();
+    }
+    if (m_strRecFile.isEmpty()) { // an empty argument would be dropped from the command line
+        if (!goesOn) {
+            m_pRecordingWatch->ReportNoStart(kNoFreeName);
+        }
+        return 0;
+    }
+    if (!running) {
+        m_pRecordingWatch->Begin(m_strRecFile);
+    }
     const RecordDevices devices{m_cScreenIndex, m_nMicIndex, m_nSoundIndex};
     const bool started =
         StartTool(*m_pRecProcess, RecordCommand(ToolPrefix(), devices, audio, m_strRecFile));
-    m_strStartError = StartFailure(started, m_pRecProcess->errorString(), finishing);
+    const QString failure = StartFailure(started, m_pRecProcess->errorString(), m_bQuitSent);
+    if (!failure.isEmpty()) {
+        m_pRecordingWatch->ReportNoStart(failure);
+    }
     return 0;
 }
 
@@ -155,7 +166,7 @@ void DRUI::doTimerRec()
 // Stopping relies on the tool printing its progress.
 void DRUI::ReadRecordInfo()
 {
-    ReadToolText(*m_pRecProcess);
+    m_pRecordingWatch->AddOutput(ReadToolText(*m_pRecProcess));
     GiveToFolderOwner(QFile::encodeName(m_strRecFile).constData()); // it exists by now
     if (!m_bIsStart) {
         AskToolToQuit(*m_pRecProcess);
@@ -180,14 +191,6 @@ void DRUI::btnSlotMenuPause()
         m_pRecTimer->start(kRecTimerMs);
     }
     m_bIsPause = !m_bIsPause;
-}
-
-void DRUI::ReportStartError()
-{
-    if (m_strStartError.isEmpty()) {
-        return;
-    }
-    Inform("The recording could not be started: " + std::exchange(m_strStartError, QString()));
 }
 
 void DRUI::_RecordProcess(void* /*param*/, int& /*result*/) {}

@@ -11,8 +11,8 @@ class FaultsDesktopTest : public DesktopTest
     Q_OBJECT
 
 private slots:
-    void toolThatCannotStartIsToldAfterTheStop_data();
-    void toolThatCannotStartIsToldAfterTheStop();
+    void toolThatCannotStartIsToldAtOnce_data();
+    void toolThatCannotStartIsToldAtOnce();
     void toolThatStartsAndFailsHarmsNothing_data();
     void toolThatStartsAndFailsHarmsNothing();
     void toolThatIgnoresTheQuitIsEndedWithTheProgram();
@@ -40,7 +40,7 @@ void FaultsDesktopTest::RecordAndStop(Recorder& recorder, int milliseconds)
     QVERIFY2(recorder.WaitShown(), "the window does not come back");
 }
 
-void FaultsDesktopTest::toolThatCannotStartIsToldAfterTheStop_data()
+void FaultsDesktopTest::toolThatCannotStartIsToldAtOnce_data()
 {
     QTest::addColumn<QString>("fault");
     QTest::newRow("missing") << "missing";
@@ -48,7 +48,7 @@ void FaultsDesktopTest::toolThatCannotStartIsToldAfterTheStop_data()
     QTest::newRow("no program") << "no program";
 }
 
-void FaultsDesktopTest::toolThatCannotStartIsToldAfterTheStop()
+void FaultsDesktopTest::toolThatCannotStartIsToldAtOnce()
 {
     QFETCH(QString, fault);
     Recorder recorder(m_desktop);
@@ -64,12 +64,12 @@ void FaultsDesktopTest::toolThatCannotStartIsToldAfterTheStop()
     QVERIFY(recorder.StartOnRecordPage());
     recorder.Click("record.record");
     QVERIFY2(recorder.WaitHidden(), "the window is not hidden");
-    QVERIFY2(!recorder.Message(), "it is told before the stop");
-    QVERIFY(recorder.ChooseInTray(1));
     QVERIFY2(WaitUntil([&] { return recorder.Message().has_value(); }), "nothing is told");
-    QCOMPARE(recorder.Message()->place.size(), QSize(400, 150));
     QVERIFY2(recorder.CloseMessage(), "the message cannot be closed");
-    QVERIFY(recorder.IsShown());
+    QVERIFY2(recorder.IsRunning(), "the program ended with the message");
+    QVERIFY(recorder.ChooseInTray(1));
+    QVERIFY(recorder.WaitShown());
+    QVERIFY2(!recorder.Message(), "it is told again after the stop");
     QCOMPARE(recorder.Recordings(), QStringList());
     m_desktop.Close(m_desktop.Shown(Recorder::kTitle)->id);
     QCOMPARE(recorder.WaitForEnd(), 0);
@@ -78,12 +78,14 @@ void FaultsDesktopTest::toolThatCannotStartIsToldAfterTheStop()
 void FaultsDesktopTest::toolThatStartsAndFailsHarmsNothing_data()
 {
     QTest::addColumn<QByteArray>("script");
-    QTest::newRow("dies at once") << QByteArray("exit 3\n");
-    QTest::newRow("is killed") << QByteArray("kill -KILL $$\n");
-    QTest::newRow("prints nothing") << QByteArray("cat >/dev/null\n");
-    QTest::newRow("prints a gigabyte") << QByteArray("head -c 1G /dev/zero | tr '\\0' x\n");
-    QTest::newRow("prints zero bytes") << QByteArray("head -c 1M /dev/zero\nread -r key\n");
-    QTest::newRow("reads nothing") << QByteArray("exec 0<&-; printf frame=; exit 0\n");
+    QTest::addColumn<bool>("ends");
+    QTest::newRow("dies at once") << QByteArray("exit 3\n") << true;
+    QTest::newRow("is killed") << QByteArray("kill -KILL $$\n") << true;
+    QTest::newRow("prints nothing") << QByteArray("cat >/dev/null\n") << false;
+    QTest::newRow("prints a gigabyte") << QByteArray("head -c 1G /dev/zero | tr '\\0' x\n") << true;
+    QTest::newRow("prints zero bytes")
+        << QByteArray("head -c 1M /dev/zero\nread -r key\n") << false;
+    QTest::newRow("reads nothing") << QByteArray("exec 0<&-; printf frame=; exit 0\n") << true;
 }
 
 void FaultsDesktopTest::toolThatStartsAndFailsHarmsNothing()
@@ -97,7 +99,10 @@ void FaultsDesktopTest::toolThatStartsAndFailsHarmsNothing()
     if (QTest::currentTestFailed()) {
         return;
     }
-    QVERIFY2(!recorder.Message(), "a tool that started is reported as failed");
+    QFETCH(bool, ends);
+    if (ends) {
+        QVERIFY2(WaitUntil([&] { return recorder.Message().has_value(); }), "nothing is told");
+    }
     QVERIFY(recorder.IsRunning());
     m_desktop.Close(m_desktop.Shown(Recorder::kTitle)->id);
     // A tool that does not exit gets the whole wait.
@@ -166,7 +171,9 @@ void FaultsDesktopTest::unwritableSaveDirectoryHarmsNothing()
     QVERIFY(recorder.StartOnRecordPage());
     recorder.Click("record.record");
     QVERIFY(recorder.WaitHidden());
-    QVERIFY2(WaitUntil([&] { return !recorder.ToolRuns(); }), "the tool records into nowhere");
+    QVERIFY2(WaitUntil([&] { return recorder.Message().has_value(); }), "nothing is told");
+    QVERIFY2(recorder.Log().contains("could not be started: " + obstacle),
+             qPrintable(recorder.Log()));
     QVERIFY(recorder.ChooseInTray(1));
     QVERIFY(recorder.WaitShown());
     QVERIFY(recorder.IsRunning());

@@ -119,18 +119,28 @@ std::optional<DesktopWindow> Desktop::ByTitle(const QString& title) const
     return std::nullopt;
 }
 
-bool Desktop::IsMinimised(uint32_t window) const
+bool Desktop::HasAtom(uint32_t window, const char* property, const char* name) const
 {
-    const QByteArray states = Property(window, "_NET_WM_STATE");
-    const uint32_t hidden = Atom("_NET_WM_STATE_HIDDEN");
-    for (qsizetype i = 0; i + 4 <= states.size(); i += 4) {
-        uint32_t state = 0;
-        std::memcpy(&state, states.constData() + i, sizeof state);
-        if (state == hidden) {
+    const QByteArray values = Property(window, property);
+    const uint32_t wanted = Atom(name);
+    for (qsizetype i = 0; i + 4 <= values.size(); i += 4) {
+        uint32_t value = 0;
+        std::memcpy(&value, values.constData() + i, sizeof value);
+        if (value == wanted) {
             return true;
         }
     }
     return false;
+}
+
+bool Desktop::IsMinimised(uint32_t window) const
+{
+    return HasAtom(window, "_NET_WM_STATE", "_NET_WM_STATE_HIDDEN");
+}
+
+bool Desktop::IsTooltip(uint32_t window) const
+{
+    return HasAtom(window, "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_TOOLTIP");
 }
 
 void Desktop::AskWindowManager(uint32_t window, const char* message, uint32_t first)

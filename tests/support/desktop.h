@@ -48,6 +48,8 @@ public:
 
     // Whether the window is minimised.
     bool IsMinimised(uint32_t window) const;
+    // Whether it is a tooltip, or a notification by a tray icon.
+    bool IsTooltip(uint32_t window) const;
 
     // What the close button and the task list do, through the window manager.
     void Close(uint32_t window);
@@ -65,6 +67,7 @@ public:
 private:
     uint32_t Atom(const char* name) const;
     QByteArray Property(uint32_t window, const char* name) const;
+    bool HasAtom(uint32_t window, const char* property, const char* name) const;
     void AskWindowManager(uint32_t window, const char* message, uint32_t first);
     void AddTree(QList<DesktopWindow>& windows, uint32_t window, uint32_t parent) const;
 

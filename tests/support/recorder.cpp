@@ -7,6 +7,7 @@
 #include <QSettings>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 
 namespace {
@@ -266,9 +267,22 @@ std::optional<DesktopWindow> Recorder::Message() const
 bool Recorder::CloseMessage()
 {
     if (const auto box = Message()) {
-        m_desktop.Click(box->place.topLeft() + Position("message.ok"));
+        // Its button is on the bar at the bottom, a third from the left.
+        m_desktop.Click(box->place.bottomLeft() + QPoint(box->place.width() / 3 + 40, -22));
     }
     return WaitUntil([this] { return !Message(); });
+}
+
+pid_t Recorder::Ffmpeg() const
+{
+    const QString folder = m_folder.path() + '/';
+    for (const QString& pid : QDir("/proc").entryList({"[0-9]*"}, QDir::Dirs)) {
+        if (QFile::symLinkTarget("/proc/" + pid + "/cwd").startsWith(folder) &&
+            QFile::symLinkTarget("/proc/" + pid + "/exe").endsWith("/ffmpeg")) {
+            return pid.toInt();
+        }
+    }
+    return 0;
 }
 
 QList<pid_t> Recorder::Children() const
@@ -306,17 +320,36 @@ QPoint Recorder::TrayIcon() const
     return {};
 }
 
-std::optional<DesktopWindow> Recorder::Menu() const
+// Menus and notifications are not managed. Neither is the tray icon, but it is not a child of the
+// root window.
+QList<DesktopWindow> Recorder::Unmanaged() const
 {
+    QList<DesktopWindow> found;
     const QList<DesktopWindow> windows = m_desktop.Windows();
     for (const DesktopWindow& window : windows) {
-        // The tray icon is not managed either, but it is not a child of the root window.
         if (window.visible && !window.managed && window.parent == windows.first().id &&
             window.program == "lumenfold-recorder") {
+            found << window;
+        }
+    }
+    return found;
+}
+
+std::optional<DesktopWindow> Recorder::Menu() const
+{
+    for (const DesktopWindow& window : Unmanaged()) {
+        if (!m_desktop.IsTooltip(window.id)) {
             return window;
         }
     }
     return std::nullopt;
+}
+
+bool Recorder::HasNotification() const
+{
+    const QList<DesktopWindow> windows = Unmanaged();
+    return std::any_of(windows.begin(), windows.end(),
+                       [this](const auto& window) { return m_desktop.IsTooltip(window.id); });
 }
 
 bool Recorder::ChooseInTray(int entry)

@@ -68,6 +68,8 @@ public:
     // Waits until `tool` has ended.
     bool WaitForTool(int milliseconds = 15000);
     bool ToolRuns() const;
+    // The ffmpeg that records, or 0.
+    pid_t Ffmpeg() const;
     // Cleans up: closes a message, stops a recording, waits for its file.
     bool BringToRest();
 
@@ -77,6 +79,8 @@ public:
     // The program's message dialog, if one is open, and a click on its OK button.
     std::optional<DesktopWindow> Message() const;
     bool CloseMessage();
+    // Whether the tray icon shows a notification.
+    bool HasNotification() const;
     // Right-clicks the icon and chooses a menu entry: 0 Pause, 1 Stop or Start, 2 Quit.
     bool ChooseInTray(int entry);
 
@@ -96,6 +100,7 @@ private:
     void ClickInWindow(QPoint place, int times = 1);
     QList<pid_t> Children() const;
     void EndEverything();
+    QList<DesktopWindow> Unmanaged() const;
     std::optional<DesktopWindow> Menu() const;
 
     Desktop& m_desktop;

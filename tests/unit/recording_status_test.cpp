@@ -64,6 +64,28 @@ private Q_SLOTS:
                  QString("the recording before it was still being finished"));
     }
 
+    void aFailureNamesTheReasonAndTheFileIfThereIsOne()
+    {
+        QCOMPARE(StartFailureText("why"), QString("The recording could not be started: why"));
+        QCOMPARE(EndText("why", {}), QString("The recording has ended by itself: why"));
+        QCOMPARE(EndText("why", "/a\n/b.mp4"), QString("The recording has ended by itself: why\n"
+                                                       "What was recorded until then:\n/a /b.mp4"));
+        QCOMPARE(StandstillText(10, "/a.mp4"),
+                 QString("The recording has come to a halt: nothing has been written for 10 s\n"
+                         "What was recorded until then:\n/a.mp4"));
+        QCOMPARE(NoFileText("/a.mp4", {}),
+                 QString("The recording's file is missing or empty: /a.mp4"));
+        QCOMPARE(NoFileText("/a.mp4", "why"),
+                 QString("The recording's file is missing or empty: /a.mp4\nwhy"));
+    }
+
+    void aToolThatSaidNothingWasKilledOrEndedWithACode()
+    {
+        QCOMPARE(UnsaidReason(true, 9), QString("tool was killed or has crashed"));
+        QCOMPARE(UnsaidReason(false, 0), QString("tool did not say why"));
+        QCOMPARE(UnsaidReason(false, 3), QString("tool ended with code 3 and did not say why"));
+    }
+
     void tenMebibytesAreEnoughAndOneByteLessIsNot()
     {
         QVERIFY(!IsTooLittleSpace(10485760));

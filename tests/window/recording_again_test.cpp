@@ -216,38 +216,6 @@ private Q_SLOTS:
         QTRY_COMPARE(RecProcess()->state(), QProcess::NotRunning);
     }
 
-    void aStartErrorIsToldOnce()
-    {
-        EnterRecordPage();
-        QFile::remove(BesideProgram("tool"));
-        const ModalBoxes boxes;
-        Call("btnSlotRecord");
-        Call("btnSlotRecord");
-        QCOMPARE(boxes.texts.size(), 1);
-        QVERIFY2(boxes.texts.first().contains("could not be started"),
-                 qPrintable(boxes.texts.first()));
-        QCOMPARE(boxes.places,
-                 QList<QRect>{QRect(Window().x() + 125, Window().y() + 75, 400, 150)});
-
-        InstallTool(kRecordingTool);
-        Call("btnSlotRecord");
-        QTRY_COMPARE(Recordings().size(), 1);
-        Call("btnSlotRecord");
-        QCOMPARE(boxes.texts.size(), 1);
-    }
-
-    void theErrorOfAStartFromTheTrayIsToldAfterTheTraysStop()
-    {
-        EnterRecordPage();
-        QFile::remove(BesideProgram("tool"));
-        const ModalBoxes boxes;
-        Entry(1)->trigger();
-        QCOMPARE(boxes.texts, QStringList());
-        Entry(1)->trigger();
-        QCOMPARE(boxes.texts.size(), 1);
-        QVERIFY(Window().isVisible());
-    }
-
     // The new icon stays hidden and follows the recording from now on. The old one does not change.
     void enteringThePageAgainWhileRecordingLeavesTheRecordingAlone()
     {

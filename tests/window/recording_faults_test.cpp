@@ -70,65 +70,6 @@ private Q_SLOTS:
         QTRY_COMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
     }
 
-    void aToolThatDoesNotStartIsToldAfterTheStop()
-    {
-        EnterRecordPage();
-        QFile::remove(BesideProgram("tool"));
-        Press("Record");
-        QVERIFY(DRUI::m_bIsStart);
-        QTRY_VERIFY(DRUI::m_pStereoMix->text().endsWith("\n\n0 Bytes"));
-        const QString message = MessageAfter("btnSlotRecord");
-        QCOMPARE(message, QString("Tarvessa Data Tool: The recording could not be started: "
-                                  "tool: No such file or directory"));
-    }
-
-    void quitTellsItTooAndClosesThen()
-    {
-        EnterRecordPage();
-        QFile::remove(BesideProgram("tool"));
-        Press("Record");
-        QVERIFY(MessageAfter("btnSlotMenuQuit").contains("could not be started"));
-        QVERIFY(!Window().isVisible());
-    }
-
-    void aStartWhileTheRecordingBeforeIsBeingFinishedIsToldAfterTheStop()
-    {
-        QFile::remove(BesideProgram("may_finish"));
-        QFile::remove(BesideProgram("print"));
-        const QByteArray tool(kRecordingTool);
-        const qsizetype end = tool.lastIndexOf("printf 'finished'");
-        InstallTool(tool.first(end) +
-                    "until [[ -e \"$here/may_finish\" ]]; do sleep 0.01\n"
-                    "if [[ -e \"$here/print\" ]]; then rm \"$here/print\"; "
-                    "echo frame=; fi; done\n" +
-                    tool.mid(end));
-        EnterRecordPage();
-        Press("Record");
-        QTRY_COMPARE(Recordings().size(), 1);
-        Call("btnSlotRecord");
-        QTRY_VERIFY2(ReadFile(BesideProgram("keys")).startsWith('q'), "it was not asked to quit");
-
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("already running"));
-        Press("Start");
-        QVERIFY(DRUI::m_bIsStart);
-        // It has been asked; what it prints now asks no more.
-        auto* process = Child<QProcess>("m_pRecProcess");
-        QTRY_COMPARE(process->bytesToWrite(), 0);
-        qint64 asked = -1;
-        const auto read =
-            connect(process, &QProcess::readyRead, this, [&] { asked = process->bytesToWrite(); });
-        WriteFile(BesideProgram("print"), {});
-        QTRY_VERIFY2(asked >= 0, "the tool printed nothing");
-        disconnect(read);
-        QCOMPARE(asked, 0);
-        QCOMPARE(MessageAfter("btnSlotRecord"),
-                 QString("Tarvessa Data Tool: The recording could not be started: "
-                         "the recording before it was still being finished"));
-        QVERIFY(Window().isVisible());
-        QCOMPARE(Recordings().size(), 1);
-        QCOMPARE(ReadFile(BesideProgram("starts")), QByteArray("x"));
-    }
-
 private:
     // "title: text" of the message shown while the slot runs, or empty.
     QString MessageAfter(const char* slot)

@@ -1,0 +1,302 @@
+#include "jobs/recording_watch.h"
+#include "tests/window/failure_box.h"
+#include "tests/window/fake_tool.h"
+#include "tests/window/modal_boxes.h"
+
+#include <QAction>
+#include <QDialog>
+#include <QMenu>
+#include <QProcess>
+#include <QSystemTrayIcon>
+#include <QTimer>
+
+// A recording that fails is told at once and once, and nothing else changes.
+class FailureNoticeTest : public WindowTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { Prepare(); }
+
+    void cleanup()
+    {
+        WriteFile(BesideProgram("may_finish"), QByteArray());
+        CloseWindow();
+        QVERIFY2(FailureBox() == nullptr, "the box outlives the window");
+    }
+
+    void aToolThatDoesNotStartIsToldAtOnce_data()
+    {
+        QTest::addColumn<QByteArray>("slot");
+        QTest::newRow("by the button") << QByteArray("btnSlotRecord");
+        QTest::newRow("by the menu") << QByteArray("btnSlotMenuStop");
+    }
+
+    void aToolThatDoesNotStartIsToldAtOnce()
+    {
+        QFETCH(QByteArray, slot);
+        EnterRecordPage();
+        QFile::remove(BesideProgram("tool"));
+        Call(slot.constData());
+        QCOMPARE(ToldFailure(), QString("The recording could not be started: "
+                                        "tool: No such file or directory"));
+        QVERIFY2(DRUI::m_bIsStart && !Window().isVisible(), "the states changed");
+        QTRY_VERIFY(DRUI::m_pStereoMix->text().startsWith("Recording... \n\n00:00:01"));
+        QVERIFY(DRUI::m_pStereoMix->text().endsWith("\n\n0 Bytes"));
+        StopsWithoutAnotherMessage(slot);
+    }
+
+    void quitAfterAFailedStartTellsNothingMore()
+    {
+        EnterRecordPage();
+        QFile::remove(BesideProgram("tool"));
+        Press("Record");
+        FailureBox()->close();
+        const ModalBoxes boxes;
+        Call("btnSlotMenuQuit");
+        QCOMPARE(boxes.texts, QStringList());
+        QCOMPARE(ToldFailure(), QString());
+        QVERIFY(!Window().isVisible());
+    }
+
+    void aStartWhileTheRecordingBeforeIsBeingFinishedIsToldAtOnce()
+    {
+        InstallToolThatFinishesWhenTold();
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(Recordings().size(), 1);
+        Call("btnSlotRecord");
+        QTRY_VERIFY2(ReadFile(BesideProgram("keys")).startsWith('q'), "it was not asked to quit");
+
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("already running"));
+        Press("Start");
+        const QString told = "The recording could not be started: "
+                             "the recording before it was still being finished";
+        QCOMPARE(ToldFailure(), told);
+        // The end of the recording before is no second failure.
+        WriteFile(BesideProgram("may_finish"), QByteArray());
+        QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
+        QCOMPARE(ToldFailure(), told);
+        StopsWithoutAnotherMessage("btnSlotRecord");
+        QCOMPARE(Recordings().size(), 1);
+    }
+
+    void aToolThatEndsByItselfIsToldAtOnce_data()
+    {
+        QTest::addColumn<QByteArray>("end");
+        QTest::addColumn<QString>("message");
+        const QByteArray content = "printf data >\"${!#}\"\n";
+        const QString noStart = "The recording could not be started: ";
+        const QString noMore = "The recording has ended by itself: ";
+        const QString file = "\nWhat was recorded until then:\n%1";
+        QTest::newRow("before it has a file")
+            << QByteArray("echo 'tool: no screen.' >&2; exit 1\n") << noStart + "no screen";
+        QTest::newRow("with an empty file")
+            << QByteArray(": >\"${!#}\"; echo 'a.mp4: Permission denied'; exit 1\n")
+            << noStart + "a.mp4: Permission denied";
+        QTest::newRow("with a reason")
+            << content + "echo 'Error: No space left on device'; exit 1\n"
+            << noMore + "Error: No space left on device" + file;
+        QTest::newRow("without a word")
+            << content + "exit 3\n"
+            << noMore + "tool ended with code 3 and did not say why" + file;
+        QTest::newRow("without a fault") << content + "exit 0\n"
+                                         << noMore + "tool did not say why" + file;
+        QTest::newRow("killed") << content + "echo frame=1 >&2; kill -KILL $$\n"
+                                << noMore + "tool was killed or has crashed" + file;
+    }
+
+    void aToolThatEndsByItselfIsToldAtOnce()
+    {
+        QFETCH(QByteArray, end);
+        QFETCH(QString, message);
+        InstallTool(QByteArray("#!/bin/bash\nhere=$(dirname \"$0\")\n"
+                               "if [[ \"$*\" == *-list_devices* ]]; then cat \"$here/listing\"; "
+                               "exit 1; fi\n") +
+                    end);
+        EnterRecordPage();
+        Press("Record");
+        QTRY_VERIFY2(FailureBox() != nullptr, "nothing is told");
+        if (message.contains("%1")) {
+            message = message.arg(SaveDirectory() + '/' + Recordings().value(0));
+        }
+        QCOMPARE(ToldFailure(), message);
+        QVERIFY2(DRUI::m_bIsStart && !Window().isVisible(), "the states changed");
+        QTRY_VERIFY(DRUI::m_pStereoMix->text().startsWith("Recording... \n\n00:00:01"));
+        StopsWithoutAnotherMessage("btnSlotRecord");
+    }
+
+    void aFileThatDoesNotGrowIsToldOnce()
+    {
+        InstallTool(QByteArray(kRecordingTool).replace("printf 'data' >>", ": printf 'data' >>"));
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(Recordings().size(), 1);
+        LookAtTheFile(9);
+        QCOMPARE(ToldFailure(), QString());
+        LookAtTheFile(1);
+        QCOMPARE(ToldFailure(), QString("The recording has come to a halt: "
+                                        "nothing has been written for 10 s"));
+        FailureBox()->close();
+        LookAtTheFile(20);
+        QCOMPARE(ToldFailure(), QString());
+        StopsWithoutAnotherMessage("btnSlotRecord");
+        QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
+        QCOMPARE(ToldFailure(), QString()); // the empty file is the same failure
+    }
+
+    void aFileThatGrowsInBetweenIsNoFailure()
+    {
+        InstallTool(QByteArray(kRecordingTool).replace("printf 'data' >>", ": printf 'data' >>"));
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(Recordings().size(), 1);
+        const QString file = SaveDirectory() + '/' + Recordings().first();
+        LookAtTheFile(9);
+        WriteFile(file, "more");
+        LookAtTheFile(10);
+        QCOMPARE(ToldFailure(), QString());
+        LookAtTheFile(1);
+        QVERIFY2(ToldFailure().endsWith("\n" + file), qPrintable(ToldFailure()));
+    }
+
+    // Resuming asks for a second start, which the running tool refuses.
+    void aPauseIsNoFailureAndTheFileStaysWatched()
+    {
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(Recordings().size(), 1);
+        Call("btnSlotMenuPause");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("already running"));
+        Call("btnSlotMenuPause");
+        QCOMPARE(ToldFailure(), QString());
+        Child<QProcess>("m_pRecProcess")->kill();
+        QTRY_VERIFY2(FailureBox() != nullptr, "the end is not told");
+        QVERIFY2(ToldFailure().endsWith(Recordings().first()), qPrintable(ToldFailure()));
+    }
+
+    void aStopThatLeavesNoFileIsTold_data()
+    {
+        QTest::addColumn<bool>("missing");
+        QTest::newRow("missing") << true;
+        QTest::newRow("empty") << false;
+    }
+
+    void aStopThatLeavesNoFileIsTold()
+    {
+        QFETCH(bool, missing);
+        InstallToolThatFinishesWhenTold();
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(Recordings().size(), 1);
+        const QString file = SaveDirectory() + '/' + Recordings().first();
+        Call("btnSlotRecord");
+        QTRY_VERIFY2(ReadFile(BesideProgram("keys")).startsWith('q'), "it was not asked to quit");
+        QCOMPARE(ToldFailure(), QString()); // not before the tool has ended
+        if (missing) {
+            QVERIFY(QFile::remove(file));
+        } else {
+            QVERIFY(QFile::resize(file, 0));
+        }
+        WriteFile(BesideProgram("may_finish"), QByteArray());
+        QTRY_COMPARE(ToldFailure(), "The recording's file is missing or empty: " + file);
+    }
+
+    void theWindowAndTheTrayGoOnBesideTheBox()
+    {
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(Recordings().size(), 1);
+        Child<QProcess>("m_pRecProcess")->kill();
+        QTRY_VERIFY(FailureBox() != nullptr);
+        QVERIFY2(QApplication::activeModalWidget() == nullptr, "the box blocks other windows");
+        Child<QSystemTrayIcon>("m_pTrayIcon")->contextMenu()->actions().at(1)->trigger();
+        QVERIFY(!DRUI::m_bIsStart && Window().isVisible());
+        QVERIFY(FailureBox() != nullptr); // it may not have been read yet
+
+        Press("Start");
+        QCOMPARE(ToldFailure(), QString()); // it was about the recording before
+        QTRY_COMPARE(Recordings().size(), 2);
+        Call("btnSlotRecord");
+        QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
+        QCOMPARE(ToldFailure(), QString());
+    }
+
+    void theBoxTakesInputWhileAnotherDialogIsOpen()
+    {
+        EnterRecordPage();
+        QFile::remove(BesideProgram("tool"));
+        QDialog other;
+        other.setModal(true);
+        other.show();
+        Call("btnSlotRecord");
+        QVERIFY(FailureBox() != nullptr);
+        QCOMPARE(QApplication::activeModalWidget(), FailureBox());
+    }
+
+    void aHostileReasonIsPlainTextAndFits()
+    {
+        const QByteArray hostile = "<b>" + QByteArray(500, 'W') + "</b> <img src=x> error\x1b[0m";
+        InstallTool("#!/bin/bash\necho 'tool: " + hostile + "' >&2; exit 1\n");
+        EnterRecordPage();
+        Press("Record");
+        QTRY_VERIFY(FailureBox() != nullptr);
+        auto* label = FailureBox()->findChild<QLabel*>("m_pMessageLabel");
+        QCOMPARE(label->textFormat(), Qt::PlainText);
+        QVERIFY2(label->text().contains("<b>W"), qPrintable(label->text()));
+        QCOMPARE(label->text().remove('\n').remove(' '), ToldFailure().remove(' '));
+        const QSize needed = label->fontMetrics().size(0, label->text());
+        QVERIFY2(needed.width() <= label->width() && needed.height() <= label->height(),
+                 qPrintable(QString("%1 by %2 in %3 by %4")
+                                .arg(needed.width())
+                                .arg(needed.height())
+                                .arg(label->width())
+                                .arg(label->height())));
+        QVERIFY2(FailureBox()->rect().contains(
+                     QRect(label->mapTo(FailureBox(), QPoint()), label->size())),
+                 "the text sticks out of the box");
+        QVERIFY(FailureBox()->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    }
+
+    void theBoxIsOnTheScreenWhereverTheWindowWas()
+    {
+        EnterRecordPage();
+        QFile::remove(BesideProgram("tool"));
+        Window().move(5000, 5000);
+        Press("Record");
+        QVERIFY(FailureBox() != nullptr);
+        QVERIFY(Window().screen()->availableGeometry().contains(FailureBox()->geometry()));
+    }
+
+private:
+    static void InstallToolThatFinishesWhenTold()
+    {
+        QFile::remove(BesideProgram("may_finish"));
+        const QByteArray tool(kRecordingTool);
+        const qsizetype end = tool.lastIndexOf("printf 'finished'");
+        InstallTool(tool.first(end) + "until [[ -e \"$here/may_finish\" ]]; do sleep 0.01; done\n" +
+                    tool.mid(end));
+    }
+
+    void LookAtTheFile(int times)
+    {
+        auto* watch = Window().findChild<RecordingWatch*>();
+        for (int i = 0; i < times; ++i) {
+            QVERIFY(QMetaObject::invokeMethod(watch, "CheckGrowth"));
+        }
+    }
+
+    // The message stays as it is, and there is no other.
+    void StopsWithoutAnotherMessage(const QByteArray& slot)
+    {
+        const QString told = ToldFailure();
+        const ModalBoxes boxes;
+        Call(slot.constData());
+        QCOMPARE(boxes.texts, QStringList());
+        QCOMPARE(ToldFailure(), told);
+        QVERIFY(!DRUI::m_bIsStart && Window().isVisible());
+    }
+};
+
+QTEST_MAIN(FailureNoticeTest)
+#include "failure_notice_test.moc"

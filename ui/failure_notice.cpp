@@ -1,0 +1,98 @@
+#include "ui/failure_notice.h"
+
+#include "ui/cmessagebox.h"
+#include "ui/page_parts.h"
+#include "ui/styles.h"
+
+#include <QApplication>
+#include <QDebug>
+#include <QFontMetrics>
+#include <QScreen>
+#include <QSystemTrayIcon>
+#include <QTextLayout>
+
+namespace {
+
+constexpr QSize kBoxSize(500, 150); // at least
+constexpr QSize kTextRoom(425, 60); // for the text in it
+
+// Breaks lines like a label, and within words that are longer than a line, such as a path.
+QString Wrapped(const QString& text, const QFont& font, int width)
+{
+    QTextOption wrapping;
+    wrapping.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    QStringList lines;
+    for (const QString& paragraph : text.split('\n')) {
+        QTextLayout layout(paragraph, font);
+        layout.setTextOption(wrapping);
+        layout.beginLayout();
+        for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+            line.setLineWidth(width);
+            lines << paragraph.mid(line.textStart(), line.textLength()).trimmed();
+        }
+        layout.endLayout();
+    }
+    return lines.join('\n');
+}
+
+// As far as possible: its left and upper edges in any case.
+QRect MovedInto(const QRect& screen, QRect box)
+{
+    box.moveRight(qMin(box.right(), screen.right()));
+    box.moveBottom(qMin(box.bottom(), screen.bottom()));
+    box.moveTo(qMax(box.left(), screen.left()), qMax(box.top(), screen.top()));
+    return box;
+}
+
+} // namespace
+
+FailureNotice::FailureNotice(QWidget& window) : m_window(window) {}
+
+FailureNotice::~FailureNotice() = default;
+
+void FailureNotice::Tell(const QString& message)
+{
+    qDebug() << message;
+    ShowBox(message);
+    Notify(message);
+}
+
+void FailureNotice::Close()
+{
+    m_pBox.reset();
+}
+
+void FailureNotice::ShowBox(const QString& message)
+{
+    m_pBox = std::make_unique<CMessageBox>();
+    m_pBox->setObjectName("m_pFailureBox");
+    m_pBox->setWindowFlag(Qt::WindowStaysOnTopHint);
+    // A key that is meant for another program must not answer the box.
+    m_pBox->setAttribute(Qt::WA_ShowWithoutActivating);
+    if (QApplication::activeModalWidget() != nullptr) {
+        m_pBox->setModal(true); // otherwise it would take no input
+    }
+    const QFont font = CalibriFont(12);
+    const QString text = Wrapped(message, font, kTextRoom.width());
+    const int height = QFontMetrics(font).size(0, text).height();
+    const QSize size(kBoxSize.width(), kBoxSize.height() + qMax(0, height - kTextRoom.height()));
+    m_pBox->setFixedSize(size);
+    const QPoint place = m_window.pos() + QPoint(m_window.width() / 8, m_window.height() / 8);
+    m_pBox->setGeometry(MovedInto(m_window.screen()->availableGeometry(), {place, size}));
+    m_pBox->InitInfoDialog(text);
+    m_pBox->setAccessibleName(message); // without the breaks
+    m_pBox->show();
+    m_pBox->raise();
+}
+
+// Some desktops take the text for markup. It contains file names and the tool's output.
+void FailureNotice::Notify(QString message) const
+{
+    message.replace('<', QChar(0x2039));
+    for (auto* icon : m_window.findChildren<QSystemTrayIcon*>()) {
+        if (icon->isVisible() && QSystemTrayIcon::supportsMessages()) {
+            icon->showMessage(kProductName, message, QSystemTrayIcon::Warning);
+            return;
+        }
+    }
+}
