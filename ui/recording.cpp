@@ -84,7 +84,8 @@ void DRUI::EnterRecording()
     m_n64AudioFrames = 0;
     m_pRecordBtn->setText("Stop");
     SetTrayEntry(1, "Stop", ":/image/stop.png");
-    m_pTrayStandIn->ShowWithoutTray();
+    m_pTrayStandIn->ShowElapsed(0);
+    m_pTrayStandIn->FollowTray();
 }
 
 // Updates the display for both ways of stopping. The tool ends later: it is asked to quit at its
@@ -150,9 +151,11 @@ void DRUI::doTimerRec()
     if (!image.isEmpty()) {
         SetTrayIcon(image);
     }
+    const quint32 elapsed = ElapsedMs(m_nRecStartTick, TickNow());
+    m_pTrayStandIn->ShowElapsed(elapsed);
+    m_pTrayStandIn->FollowTray();
     const QFileInfo file(m_strRecFile);
-    m_pStereoMix->setText(
-        RecordingStatus(ElapsedMs(m_nRecStartTick, TickNow()), file.exists() ? file.size() : 0));
+    m_pStereoMix->setText(RecordingStatus(elapsed, file.exists() ? file.size() : 0));
     // Its geometry is for 72 dpi. With larger fonts it grows downwards.
     m_pStereoMix->resize(m_pStereoMix->width(),
                          qMax(m_pStereoMix->height(), m_pStereoMix->sizeHint().height()));

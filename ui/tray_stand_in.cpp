@@ -1,22 +1,61 @@
 #include "ui/tray_stand_in.h"
 
+#include "jobs/text_codec.h"
+#include "ui/page_parts.h"
+#include "ui/styles.h"
+#include "util/format.h"
+
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QVBoxLayout>
+
+namespace {
+
+constexpr QSize kButtonSize(130, 30);
+
+QPushButton* AddButton(QBoxLayout* row, const QString& text, QWidget* parent)
+{
+    auto* button = CreateBarButton(parent, {{}, kButtonSize}, text);
+    button->setFixedSize(kButtonSize);
+    button->setFont(CalibriFont(12));
+    row->addWidget(button);
+    return button;
+}
+
+} // namespace
 
 TrayStandIn::TrayStandIn()
 {
     setObjectName("m_pTrayStandIn");
     setWindowTitle(tr("Recording"));
     setWindowIcon(QIcon(":/image/rec1.png"));
+
+    auto* text = new QLabel(tr("Lumenfold Screen Recorder is recording."), this);
+    text->setFont(CalibriFont(12));
+    m_pElapsed = new QLabel(this);
+    m_pElapsed->setObjectName("m_pElapsed");
+    m_pElapsed->setFont(CalibriFont(18, QFont::Bold));
+    SetTextColor(m_pElapsed, Qt::red); // like the record page's status
+    m_pElapsed->setAlignment(Qt::AlignCenter);
+    ShowElapsed(0);
+
+    auto* buttons = new QHBoxLayout;
+    connect(AddButton(buttons, tr("Stop"), this), SIGNAL(clicked()), this, SIGNAL(stopClicked()));
+    connect(AddButton(buttons, tr("Show window"), this), SIGNAL(clicked()), this,
+            SLOT(ShowMainWindow()));
+
     auto* box = new QVBoxLayout(this);
-    box->addWidget(new QLabel(tr("Lumenfold Screen Recorder is recording."), this));
+    box->addWidget(text, 0, Qt::AlignCenter);
+    box->addWidget(m_pElapsed);
+    box->addLayout(buttons);
 }
 
-void TrayStandIn::ShowWithoutTray()
+void TrayStandIn::FollowTray()
 {
-    if (!QSystemTrayIcon::isSystemTrayAvailable()) {
+    if (QSystemTrayIcon::isSystemTrayAvailable()) {
+        hide();
+    } else if (!isVisible()) {
         // Without an explicit size the window would be resized after it is minimised and mapped
         // again, which restores it.
         setFixedSize(sizeHint());
@@ -24,28 +63,23 @@ void TrayStandIn::ShowWithoutTray()
     }
 }
 
-void TrayStandIn::changeEvent(QEvent* event)
+void TrayStandIn::ShowElapsed(quint32 milliseconds)
 {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::WindowStateChange && isVisible() && !isMinimized()) {
-        // Queued, because the window manager is still busy with the state change.
-        QMetaObject::invokeMethod(this, "Activate", Qt::QueuedConnection);
-    }
+    m_pElapsed->setText(FromEightBit(GetTimeStringA(milliseconds / 1000)));
 }
 
-void TrayStandIn::closeEvent(QCloseEvent* event)
+// Closed, not ignored: a refused close would stop the user from logging out. It is back with the
+// next FollowTray().
+void TrayStandIn::closeEvent(QCloseEvent* /*event*/)
 {
-    if (qGuiApp->isSavingSession()) {
-        return; // must not prevent the user from logging out
-    }
-    event->ignore(); // keep a way back to the recording
-    Activate();
-}
-
-void TrayStandIn::Activate()
-{
-    if (isVisible()) {
-        showMinimized();
+    if (!qGuiApp->isSavingSession()) {
         Q_EMIT activated(QSystemTrayIcon::Trigger);
     }
+}
+
+// Not every desktop tells whether the window is minimised, and some do not minimise it at all.
+void TrayStandIn::ShowMainWindow()
+{
+    showMinimized();
+    Q_EMIT activated(QSystemTrayIcon::Trigger);
 }

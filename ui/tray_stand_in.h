@@ -3,9 +3,12 @@
 #include <QSystemTrayIcon>
 #include <QWidget>
 
+class QLabel;
+
 // A small minimised window in the task list that replaces the tray icon while a recording hides the
-// main window on a desktop without a system tray. Activating it does what a click on the icon does,
-// so Stop is always reachable.
+// main window and the desktop shows no system tray. A click in the task list shows it: it has the
+// elapsed time, Stop, and a button that does what a click on the icon does. Closing it does the
+// same, and never fails, so that it does not keep the user from logging out.
 class TrayStandIn : public QWidget
 {
     Q_OBJECT
@@ -13,16 +16,23 @@ class TrayStandIn : public QWidget
 public:
     TrayStandIn();
 
-    /// Shows the window, minimised, if the desktop has no system tray.
-    void ShowWithoutTray();
+    /// Shows the window, minimised, or hides it, depending on whether there is a system tray now.
+    /// Call it again and again during a recording: a tray can vanish and come back, and the window
+    /// may have been closed.
+    void FollowTray();
 
-    /// Emitted like a plain click on the icon when the user activates or closes the window.
+    void ShowElapsed(quint32 milliseconds);
+
+    /// Emitted like a plain click on the icon when the main window is wanted.
     Q_SIGNAL void activated(QSystemTrayIcon::ActivationReason reason);
+    Q_SIGNAL void stopClicked();
 
 protected:
-    void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private Q_SLOTS:
-    void Activate();
+    void ShowMainWindow();
+
+private:
+    QLabel* m_pElapsed = nullptr;
 };

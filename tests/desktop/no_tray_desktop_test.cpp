@@ -9,35 +9,103 @@ class NoTrayDesktopTest : public DesktopTest
     Q_OBJECT
 
 private slots:
-    void minimisedWindowBringsTheRecorderBack();
+    void clickInTheTaskListShowsTheStandIn();
+    void standInStopsTheRecording();
+    void standInBringsTheRecorderBack();
     void closingTheStandInDoesNotLoseTheRecording();
+    void trayThatVanishesIsReplacedUntilItReturns();
 
 private:
     bool WantsTray() const override { return false; }
+    void OpenStandIn(Recorder& recorder);
+    void ClickInStandIn(double share);
+    bool IsInTaskList() const;
     static constexpr auto kStandIn = "Recording";
+    static constexpr double kStop = 0.25; // of the stand-in's width
+    static constexpr double kShowWindow = 0.75;
 };
 
-void NoTrayDesktopTest::minimisedWindowBringsTheRecorderBack()
+// Starts a recording and clicks the stand-in in the task list.
+void NoTrayDesktopTest::OpenStandIn(Recorder& recorder)
+{
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(recorder.StartRecording());
+    QVERIFY2(WaitUntil([&] { return IsInTaskList(); }), "no window in place of the icon");
+    m_desktop.Activate(m_desktop.ByTitle(kStandIn)->id);
+    QVERIFY2(WaitUntil([&] { return m_desktop.Shown(kStandIn).has_value(); }),
+             "a click in the task list does not show the stand-in");
+}
+
+// Once the window manager has placed it.
+void NoTrayDesktopTest::ClickInStandIn(double share)
+{
+    constexpr int buttonsAboveTheBottom = 25;
+    constexpr int looksAtRest = 3;
+    QRect place;
+    int looks = 0;
+    QVERIFY2(WaitUntil([&] {
+                 const auto standIn = m_desktop.Shown(kStandIn);
+                 const QRect now = standIn ? standIn->place : QRect();
+                 looks = standIn && now == place ? looks + 1 : 0;
+                 place = now;
+                 return looks == looksAtRest;
+             }),
+             "the stand-in is not shown, for a click in it");
+    m_desktop.Click(place.bottomLeft() +
+                    QPoint(int(place.width() * share), -buttonsAboveTheBottom));
+}
+
+bool NoTrayDesktopTest::IsInTaskList() const
+{
+    const auto standIn = m_desktop.ByTitle(kStandIn);
+    return standIn && (standIn->visible || m_desktop.IsMinimised(standIn->id));
+}
+
+void NoTrayDesktopTest::clickInTheTaskListShowsTheStandIn()
 {
     Recorder recorder(m_desktop);
     QVERIFY(recorder.StartOnRecordPage());
     QVERIFY2(!m_desktop.ByTitle(kStandIn), "it stands there before a recording");
     QVERIFY(recorder.StartRecording());
-    QVERIFY2(WaitUntil([&] { return m_desktop.ByTitle(kStandIn).has_value(); }),
-             "no window in its place");
+    QVERIFY2(WaitUntil([&] { return IsInTaskList(); }), "no window in place of the icon");
     const DesktopWindow standIn = *m_desktop.ByTitle(kStandIn);
     QVERIFY2(WaitUntil([&] { return m_desktop.IsMinimised(standIn.id); }), "it is not minimised");
-    QVERIFY2(!standIn.visible, "it covers the screen that is recorded");
+    QVERIFY2(!m_desktop.Shown(kStandIn), "it covers the screen that is recorded");
 
     m_desktop.Activate(standIn.id);
-    QVERIFY2(recorder.WaitShown(), "activating it does not bring the window back");
+    QVERIFY2(WaitUntil([&] { return m_desktop.Shown(kStandIn).has_value(); }),
+             "activating it does not show it");
+    QVERIFY(recorder.RecordFor(1500));
+    QVERIFY2(m_desktop.Shown(kStandIn), "it does not stay");
+    QVERIFY2(!recorder.IsShown(), "the main window covers it");
     QVERIFY2(recorder.ToolRuns(), "activating it stopped the recording");
+}
+
+void NoTrayDesktopTest::standInStopsTheRecording()
+{
+    Recorder recorder(m_desktop);
+    OpenStandIn(recorder);
+    QVERIFY(recorder.RecordFor(1500));
+    ClickInStandIn(kStop);
+    QVERIFY2(recorder.WaitShown(), "its Stop does not bring the window back");
+    QVERIFY2(recorder.WaitForTool(), "its Stop does not stop the recording");
+    QVERIFY2(WaitUntil([&] { return !IsInTaskList(); }), "it stays after the recording");
+    const RecordingFile file = ReadRecording(recorder.Recording());
+    QVERIFY2(file.fault.isEmpty(), qPrintable(file.fault));
+}
+
+void NoTrayDesktopTest::standInBringsTheRecorderBack()
+{
+    Recorder recorder(m_desktop);
+    OpenStandIn(recorder);
+    ClickInStandIn(kShowWindow);
+    QVERIFY2(recorder.WaitShown(), "it does not bring the window back");
+    QVERIFY2(WaitUntil([&] { return !m_desktop.Shown(kStandIn); }), "it is not minimised again");
+    QVERIFY2(recorder.ToolRuns(), "it stopped the recording");
     QVERIFY(recorder.RecordFor(1500));
     recorder.Click("record.record");
     QVERIFY(recorder.WaitForTool());
-    QVERIFY2(
-        WaitUntil([&] { return !m_desktop.IsMinimised(standIn.id) && !m_desktop.Shown(kStandIn); }),
-        "it stays after the recording");
+    QVERIFY2(WaitUntil([&] { return !IsInTaskList(); }), "it stays after the recording");
     const RecordingFile file = ReadRecording(recorder.Recording());
     QVERIFY2(file.fault.isEmpty(), qPrintable(file.fault));
 }
@@ -51,11 +119,45 @@ void NoTrayDesktopTest::closingTheStandInDoesNotLoseTheRecording()
     m_desktop.Close(m_desktop.ByTitle(kStandIn)->id);
     QVERIFY2(recorder.WaitShown(), "closing it does not bring the window back");
     QVERIFY2(recorder.ToolRuns(), "closing it stopped the recording");
-    QVERIFY2(m_desktop.ByTitle(kStandIn), "the handle on the recording is gone");
+    QVERIFY2(WaitUntil([&] { return IsInTaskList(); }), "the handle on the recording is gone");
     m_desktop.Close(m_desktop.Shown(Recorder::kTitle)->id);
     QCOMPARE(recorder.WaitForEnd(), 0);
     const RecordingFile file = ReadRecording(recorder.Recording());
     QVERIFY2(file.fault.isEmpty(), qPrintable(file.fault));
+}
+
+// The panel crashes and is started again.
+void NoTrayDesktopTest::trayThatVanishesIsReplacedUntilItReturns()
+{
+    QProcess tray;
+    tray.setProgram("trayer");
+    tray.setArguments({"--edge", "bottom", "--align", "right", "--widthtype", "request"});
+    tray.start();
+    QVERIFY2(WaitUntil([&] { return m_desktop.HasTray(); }), "no tray to begin with");
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(recorder.StartRecording());
+    QVERIFY(recorder.WaitTrayIcon());
+    QVERIFY2(!IsInTaskList(), "the stand-in stands beside the icon");
+
+    tray.kill();
+    QVERIFY(tray.waitForFinished());
+    QElapsedTimer time;
+    time.start();
+    QVERIFY2(WaitUntil([&] { return IsInTaskList(); }), "no stand-in for the vanished tray");
+    qInfo("after %lld ms", time.elapsed());
+
+    tray.start();
+    QVERIFY2(WaitUntil([&] { return m_desktop.HasTray(); }), "no tray again");
+    QVERIFY2(WaitUntil([&] { return !IsInTaskList(); }), "the stand-in stays beside the tray");
+    QVERIFY2(recorder.ChooseInTray(1), "the icon does not return");
+    QVERIFY(recorder.WaitShown());
+    QVERIFY(recorder.WaitForTool());
+    const RecordingFile file = ReadRecording(recorder.Recording());
+    QVERIFY2(file.fault.isEmpty(), qPrintable(file.fault));
+    tray.kill();
+    tray.waitForFinished();
+    QVERIFY(WaitUntil([&] { return !m_desktop.HasTray(); })); // as the other tests want it
 }
 
 QTEST_GUILESS_MAIN(NoTrayDesktopTest)
