@@ -21,7 +21,8 @@ bool IsMovie(const std::string& ffmpeg, const SourceFile& source, const std::str
     if (const auto part = ReadCopyablePart(source); part && !part->fragmented) {
         return true; // an ordinary movie, whose headers leave no doubt
     }
-    const std::string answer = Ask(ffmpeg, {"-hide_banner", "-i", source.Url()});
+    const std::string answer =
+        Ask(ffmpeg, {"-hide_banner", "-i", source.Url()}, {source.file.Number()});
     const auto parts = ParseDescriptions(answer);
     if (parts.empty()) {
         std::fwrite(answer.data(), 1, answer.size(), stderr);

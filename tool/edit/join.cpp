@@ -88,7 +88,7 @@ bool PlanEncoding(const std::vector<SourceFile>& sources, Job& job)
     for (const std::string& url : urls) {
         question.insert(question.end(), {"-i", url});
     }
-    const std::string answer = Ask(job.ffmpeg, question);
+    const std::string answer = Ask(job.ffmpeg, question, job.inherited);
     const auto parts = ParseDescriptions(answer);
     if (parts.size() != urls.size()) {
         // ffmpeg's output says which part it cannot read.

@@ -68,7 +68,7 @@ std::string VersionText(const std::string& program)
             return known->substr(mark.size());
         }
     }
-    std::string answer = Ask(program, {"-version"}, Stream::Output, patience);
+    std::string answer = Ask(program, {"-version"}, {}, Stream::Output, patience);
     if (!directory.empty() && !mark.empty() && ParseVersion(answer)) {
         ReplaceText(directory / rememberedIn, mark + answer);
     }

@@ -84,13 +84,15 @@ int Become(const std::string& program, const std::vector<std::string>& arguments
 }
 
 std::string Ask(const std::string& program, const std::vector<std::string>& arguments,
-                Stream stream, std::chrono::milliseconds patience)
+                const std::vector<int>& inherited, Stream stream,
+                std::chrono::milliseconds patience)
 {
     auto answer = MakePipe();
     if (!answer) {
         return {};
     }
     Program asked{program, arguments};
+    asked.inherited = inherited;
     const int end = answer->write.Number();
     asked.input = Program::nowhere;
     asked.output = stream == Stream::Output ? end : Program::nowhere;

@@ -29,9 +29,10 @@ std::string NoFfmpegReason();
 enum class Stream { Output, Error };
 
 // Runs the program without input and returns what it wrote to this stream, 1 MiB at most. A program
-// that takes longer than `patience` or writes more is killed.
+// that takes longer than `patience` or writes more is killed. `inherited`: further descriptors that
+// it gets, with their numbers.
 std::string Ask(const std::string& program, const std::vector<std::string>& arguments,
-                Stream stream = Stream::Error,
+                const std::vector<int>& inherited = {}, Stream stream = Stream::Error,
                 std::chrono::milliseconds patience = std::chrono::seconds(30));
 
 // Replaces this process with the program. Returns only on failure: an exit code, after a message.
