@@ -10,9 +10,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
-#include <poll.h>
 #include <span>
-#include <sys/ioctl.h>
 #include <unistd.h>
 #include <utility>
 
@@ -88,17 +86,16 @@ bool SoundFeeder::Private::WaitForReader()
     if (write(pipe.Number(), silence.data(), sizeof silence) != sizeof silence) {
         return false;
     }
-    int unread = sizeof silence;
+    auto unread = UnreadBytes(pipe);
     while (unread == sizeof silence && !time.End()) {
         reader.Wait(1ms);
-        pollfd state{pipe.Number(), 0, 0};
-        if (poll(&state, 1, 0) < 0 || (state.revents & POLLERR) != 0 ||
-            ioctl(pipe.Number(), FIONREAD, &unread) != 0) {
-            return false;
-        }
+        unread = UnreadBytes(pipe);
         if (const auto moment = time.Start()) {
             Start(*moment);
         }
+    }
+    if (!unread) {
+        return false;
     }
     const bool ended = time.End().has_value();
     const auto begin = time.Start();
