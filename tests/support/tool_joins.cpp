@@ -37,7 +37,8 @@ QStringList Recipe(const JoinFolder& folder, const QString& name)
         {"as recorded.mp4", FlashInput(2.5) + BeepInput(2.38) + stereo},
         {"late sound.mp4", FlashInput(3) + QStringList{"-itsoffset", "1"} + BeepInput(2) + stereo},
         {"uneven.mp4",
-         both + stereo + QStringList{"-vf", "select='eq(n,0)+gt(random(0),0.2)'", "-fps_mode", "vfr"}},
+         both + stereo +
+             QStringList{"-vf", "select='eq(n,0)+gt(random(0),0.2)'", "-fps_mode", "vfr"}},
         {"in pieces.mp4", both + stereo + QStringList{"-movflags", "frag_keyframe+empty_moov"}},
         {"sound alone.mp4", BeepInput(2) + QStringList{"-c:a", "aac", "-ac", "2"}},
         {"cut.mp4",
@@ -54,14 +55,14 @@ QByteArray JoinFolder::Make(const QStringList& names) const
     for (const QString& name : names) {
         const QString source = name == "turned.mp4" ? "plain.mp4" : "longer.mp4";
         if (name == "turned.mp4" || name == "cut.mp4") {
-            const QByteArray problem = Make({source});
+            QByteArray problem = Make({source});
             if (!problem.isEmpty()) {
                 return problem;
             }
         }
-        const QByteArray problem = QFile::exists(Path(name))
-                                       ? QByteArray()
-                                       : MakeMovie(Recipe(*this, name) + QStringList(Path(name)));
+        QByteArray problem = QFile::exists(Path(name))
+                                 ? QByteArray()
+                                 : MakeMovie(Recipe(*this, name) + QStringList(Path(name)));
         if (!problem.isEmpty()) {
             return problem;
         }
