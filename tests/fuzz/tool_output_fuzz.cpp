@@ -3,6 +3,7 @@
 #include "jobs/merge_command.h"
 #include "tests/fuzz/target.h"
 #include "tool/edit/encoding_join.h"
+#include "tool/edit/output_filter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -75,6 +76,23 @@ void CheckDescriptions(const std::string& text)
             "every label in the graph is closed");
 }
 
+// What the recorder may see of it while a job runs.
+void CheckFilter(const std::string& text)
+{
+    tool::OutputFilter whole;
+    const std::string shown = whole.Take(text + "\n");
+    const OutputMarks marks = MarksIn(QString::fromLatin1(shown.data()));
+    Require(!marks.tick && !marks.invalid && !marks.missing, "no mark is shown: " + shown);
+    Require(shown.find('\0') == std::string::npos, "nothing is hidden behind a zero byte");
+    Require(std::isfinite(whole.Seconds()) && whole.Seconds() >= 0, "a time is sensible");
+    tool::OutputFilter pieces;
+    const std::string_view view = text;
+    const size_t half = text.size() / 2;
+    std::string joined = pieces.Take(view.substr(0, half));
+    joined += pieces.Take(view.substr(half));
+    Require(shown.starts_with(joined), "pieces are shown like the whole");
+}
+
 } // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -84,5 +102,6 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     CheckTexts(text);
     CheckTexts(QString::fromUtf8(text.toLatin1()));
     CheckDescriptions(TextOf(data, size));
+    CheckFilter(TextOf(data, size));
     return 0;
 }

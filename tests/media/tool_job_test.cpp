@@ -62,24 +62,6 @@ bool TellsFailure(const QByteArray& text)
     return text.contains("No such file") || text.contains("Invalid data");
 }
 
-bool HasEnded(QProcess& process)
-{
-    return process.state() == QProcess::NotRunning || process.waitForFinished();
-}
-
-// Waits for the end.
-struct End
-{
-    explicit End(QProcess& process)
-    {
-        const bool ended = HasEnded(process) && process.exitStatus() == QProcess::NormalExit;
-        code = ended ? process.exitCode() : -1;
-        text = process.readAll();
-    }
-    int code;
-    QByteArray text;
-};
-
 } // namespace
 
 void ToolJobTest::init()

@@ -7,6 +7,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -26,6 +27,24 @@ inline bool WaitFor(const std::function<bool()>& condition, int milliseconds = 2
     }
     return true;
 }
+
+inline bool HasEnded(QProcess& process)
+{
+    return process.state() == QProcess::NotRunning || process.waitForFinished();
+}
+
+// Waits for the end.
+struct End
+{
+    explicit End(QProcess& process)
+    {
+        const bool ended = HasEnded(process) && process.exitStatus() == QProcess::NormalExit;
+        code = ended ? process.exitCode() : -1;
+        text = process.readAll();
+    }
+    int code;
+    QByteArray text;
+};
 
 // Has a folder of its own with a movie, and a folder "out" for results.
 class FfmpegStandIn
