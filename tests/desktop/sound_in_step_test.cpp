@@ -5,6 +5,7 @@
 #include "tests/support/tool_take.h"
 
 #include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -16,6 +17,7 @@
 namespace {
 
 constexpr double kMostOffset = 50; // ms
+constexpr qint64 kLongestStop = 1000;
 constexpr int kFewestPairs = 5;
 constexpr double kLatestStart = 1.2;   // seconds
 constexpr auto kFlashDistance = "0.6"; // seconds; distinguishes up to 300 ms early from late
@@ -201,9 +203,16 @@ QString SoundInStepTest::Record(const QString& devices, const QString& pixels,
     bool good = QTest::qWaitFor([&] { return take.HasPicture(); }, 20000);
     const QDeadlineTimer end(milliseconds);
     good = good && QTest::qWaitFor([&] { return end.hasExpired(); }, 2 * milliseconds);
+    QElapsedTimer stopping;
+    stopping.start();
     take.Type("q\r\n");
     if (!good || !take.WaitForEnd() || take.ExitCode() != 0) {
         QTest::qFail("no recording: " + take.Text().right(1000), __FILE__, __LINE__);
+        return {};
+    }
+    if (stopping.elapsed() > kLongestStop) {
+        QTest::qFail("stopped after " + QByteArray::number(stopping.elapsed()) + " ms", __FILE__,
+                     __LINE__);
         return {};
     }
     return path;

@@ -14,6 +14,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <chrono>
+#include <csignal>
 #include <memory>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -32,6 +34,7 @@ private slots:
     void quitBeforeTheFirstPictureStillGivesAPicture_data();
     void quitBeforeTheFirstPictureStillGivesAPicture();
     void quitAsSoonAsFfmpegAsksForKeysStillGivesAPicture();
+    void signalAtAnyMomentOfTheStartLeavesAMovieOrNothing();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     QString Output() const { return m_folder->filePath("o.mp4"); }
@@ -206,6 +209,26 @@ void ToolRecordingTest::quitAsSoonAsFfmpegAsksForKeysStillGivesAPicture()
         take.Type("q\r\n");
         QVERIFY2(take.WaitForEnd(), "the recording goes on");
         QVERIFY2(!PictureDigests(path).isEmpty(), take.Text());
+    }
+}
+
+void ToolRecordingTest::signalAtAnyMomentOfTheStartLeavesAMovieOrNothing()
+{
+    qunsetenv("LUMENFOLD_FFMPEG");
+    constexpr int times = 12;
+    constexpr int step = 50; // ms; the first picture comes after 100 to 500
+    for (int i = 0; i < times; ++i) {
+        const QString path = m_folder->filePath(QString("short %1.mp4").arg(i));
+        Take take(path, "0");
+        QTRY_VERIFY_WITH_TIMEOUT(take.Tool() > 0, 20000);
+        const QDeadlineTimer moment(std::chrono::milliseconds(i * step), Qt::PreciseTimer);
+        while (!moment.hasExpired()) {
+        }
+        take.EndTool(SIGTERM);
+        QVERIFY2(take.WaitForEnd(), "the recording goes on");
+        if (QFile::exists(path)) {
+            QVERIFY2(!PictureDigests(path).isEmpty(), take.Text());
+        }
     }
 }
 

@@ -49,11 +49,12 @@ std::optional<std::string> ReadText(const fs::path& file)
 {
     constexpr uintmax_t most = 1U << 20U;
     std::error_code error;
-    if (!fs::is_regular_file(file, error) || fs::file_size(file, error) > most) {
+    const uintmax_t size = fs::is_regular_file(file, error) ? fs::file_size(file, error) : most + 1;
+    if (error || size > most) {
         return std::nullopt;
     }
     std::ifstream stream(file, std::ios::binary);
-    std::string text(most, '\0');
+    std::string text(size, '\0');
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
     text.resize(static_cast<size_t>(stream.gcount()));
     return stream.is_open() ? std::optional(text) : std::nullopt;
