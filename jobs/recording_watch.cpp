@@ -11,6 +11,14 @@ constexpr int kCheckMs = 1000;
 constexpr int kStillChecks = 10; // checks, not time: the machine may have slept
 constexpr qsizetype kKeptOutput = 16384;
 
+// Whether `tool` says, as shells do, that a signal has ended ffmpeg.
+bool IsSignalled(int exitCode)
+{
+    constexpr int base = 128;
+    constexpr int highest = 64;
+    return exitCode > base && exitCode <= base + highest;
+}
+
 } // namespace
 
 RecordingWatch::RecordingWatch(QProcess* tool) : QObject(tool)
@@ -87,7 +95,7 @@ void RecordingWatch::End(int exitCode, QProcess::ExitStatus status)
     if (stage == Stage::None) {
         return;
     }
-    const bool killed = status == QProcess::CrashExit;
+    const bool killed = status == QProcess::CrashExit || IsSignalled(exitCode);
     const QString said = ReasonIn(m_strOutput, killed);
     const qint64 size = FileSize();
     if (stage == Stage::Stopping) {

@@ -62,14 +62,13 @@ QString PlainLine(QString text)
 QString ReasonIn(const QString& output, bool killed)
 {
     static const QRegularExpression lineEnd("[\r\n]+");
-    const QStringList lines = output.split(lineEnd, Qt::SkipEmptyParts);
-    for (auto line = lines.crbegin(); line != lines.crend(); ++line) {
-        if (SaysWhy(*line)) {
-            return PlainLine(WithoutMarks(QString::fromUtf8(line->toLatin1())));
-        }
-        if (killed && IsProgress(*line)) {
-            break;
+    QString reason;
+    for (const QString& line : output.split(lineEnd, Qt::SkipEmptyParts)) {
+        if (SaysWhy(line)) {
+            reason = line;
+        } else if (killed && IsProgress(line)) {
+            reason.clear();
         }
     }
-    return {};
+    return PlainLine(WithoutMarks(QString::fromUtf8(reason.toLatin1())));
 }

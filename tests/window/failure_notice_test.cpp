@@ -102,6 +102,9 @@ private Q_SLOTS:
             << noMore + "tool ended with code 3 and did not say why" + file;
         QTest::newRow("without a fault") << content + "exit 0\n"
                                          << noMore + "tool did not say why" + file;
+        QTest::newRow("with its ffmpeg killed")
+            << content + "echo 'Error: early'; echo frame=1 >&2; exit 137\n"
+            << noMore + "tool was killed or has crashed" + file;
         QTest::newRow("killed") << content + "echo frame=1 >&2; kill -KILL $$\n"
                                 << noMore + "tool was killed or has crashed" + file;
     }
