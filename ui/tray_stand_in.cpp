@@ -13,6 +13,7 @@
 namespace {
 
 constexpr QSize kButtonSize(130, 30);
+constexpr int kLookMs = 700; // a look may open a connection to the message bus
 
 QPushButton* AddButton(QBoxLayout* row, const QString& text, QWidget* parent)
 {
@@ -53,7 +54,11 @@ TrayStandIn::TrayStandIn()
 
 void TrayStandIn::FollowTray()
 {
-    if (QSystemTrayIcon::isSystemTrayAvailable()) {
+    if (!m_sinceLook.isValid() || m_sinceLook.hasExpired(kLookMs)) {
+        m_bHasTray = QSystemTrayIcon::isSystemTrayAvailable();
+        m_sinceLook.start();
+    }
+    if (m_bHasTray) {
         hide();
     } else if (!isVisible()) {
         // Without an explicit size the window would be resized after it is minimised and mapped

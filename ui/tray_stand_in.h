@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QSystemTrayIcon>
 #include <QWidget>
 
@@ -35,4 +36,6 @@ private Q_SLOTS:
 
 private:
     QLabel* m_pElapsed = nullptr;
+    QElapsedTimer m_sinceLook; // for a tray
+    bool m_bHasTray = false;
 };
