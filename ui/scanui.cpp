@@ -5,6 +5,7 @@
 #include "ui/drui.h"
 #include "ui/focus_ring.h"
 #include "ui/page_parts.h"
+#include "ui/path_label.h"
 #include "ui/styles.h"
 
 #include <QCloseEvent>
@@ -103,11 +104,11 @@ QVBoxLayout* SCANUI::CreateBody()
     m_progressBar->setTextVisible(false);
     m_progressBar->setAccessibleName("Progress");
 
-    m_labelInfo = new QLabel(this);
+    m_labelInfo = new PathLabel(this);
     m_labelInfo->setObjectName("m_labelInfo");
     m_labelInfo->setTextFormat(Qt::PlainText); // a file name is not markup
     m_labelInfo->setFont(CalibriFont(12));
-    m_labelInfo->setWordWrap(true); // for long paths; there is room for two more lines
+    m_labelInfo->setWordWrap(true); // otherwise a long path would ask for a wider dialog
     m_labelInfo->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     m_labelInfo->setMinimumHeight(5 * (m_labelInfo->fontMetrics().lineSpacing() + 1));
     SetTextColor(m_labelInfo, Qt::black);

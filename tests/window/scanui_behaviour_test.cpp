@@ -1,4 +1,5 @@
 #include "tests/window/progress_dialog.h"
+#include "ui/path_label.h"
 
 // What the progress dialog does besides showing the outcome of a normal job.
 class ProgressDialogBehaviourTest : public ProgressDialogTest
@@ -59,6 +60,42 @@ private Q_SLOTS:
                  "  Process: 5%\n  Current Cut: " + shown + "\n  Destination: " + shown);
         Emit("CutProcessCallBack", 100, path, path, 0);
         QCOMPARE(m_boxes->texts, QStringList{"Cut success, file path is " + path + ' '});
+    }
+
+    void aLongPathIsPaintedWithItsFileName_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("whole");
+        const QString name = "/Merge_2026-11-22 08-19-07.mp4";
+        QTest::newRow("short") << "/home" << name << true;
+        QTest::newRow("deep folder") << QString("/folder").repeated(40) << name << true;
+        QTest::newRow("long name") << "/home" << '/' + QString(240, 'n') + ".mp4" << false;
+    }
+
+    void aLongPathIsPaintedWithItsFileName()
+    {
+        QFETCH(QString, folder);
+        QFETCH(QString, name);
+        m_dialog->show();
+        auto* label = m_dialog->findChild<QLabel*>("m_labelInfo");
+        Emit("AddProcessCallBack", 5, folder + name, folder + name, 0);
+        const QString text = label->text();
+        QCOMPARE(text.section('\n', 2), "  Destination: " + folder + name);
+        const QImage painted = label->grab().toImage();
+
+        QStringList lines = text.split('\n');
+        for (QString& line : lines) {
+            line = ElidedLine(line, label->fontMetrics(), label->width());
+            QVERIFY2(label->fontMetrics().horizontalAdvance(line) <= label->width(),
+                     qPrintable(line));
+        }
+        QVERIFY2(lines[2].startsWith("  Destination: /"), qPrintable(lines[2]));
+        QVERIFY2(lines[2].endsWith(".mp4"), qPrintable(lines[2]));
+        QTEST(lines[2].endsWith(name), "whole");
+        label->setWordWrap(false);
+        label->setText(lines.join('\n'));
+        QCOMPARE(label->grab().toImage(), painted);
     }
 
     // Qt sends no close event to a hidden dialog. The one sent by hand must not be nested.
