@@ -32,8 +32,10 @@ private Q_SLOTS:
         QFETCH(bool, asked);
         QFETCH(bool, stubborn);
         PrepareJob(merge);
-        SetJob((stubborn ? "trap '' TERM; printf part >\"${!#}\"; " : "printf part >\"${!#}\"; ") +
-               QByteArray(kUntilGo));
+        QFile::remove(BesideProgram("asked"));
+        SetJob(
+            QByteArray(stubborn ? "trap '' TERM" : "trap 'printf x >\"$here/asked\"; exit' TERM") +
+            "\nprintf part >\"${!#}\"; " + kUntilGo);
         LeaveOpen(merge ? kMergeQuestion : kCutQuestion);
         QElapsedTimer sinceClose;
         When(IsToolAtWork, [&] {
@@ -49,6 +51,7 @@ private Q_SLOTS:
         QVERIFY2(sinceClose.elapsed() < 1000, qPrintable(QString::number(sinceClose.elapsed())));
         QCOMPARE(Boxes().texts, QStringList());
         QCOMPARE(m_left > 0, asked);
+        QVERIFY2(stubborn || QFile::exists(BesideProgram("asked")), "the tool was killed at once");
         QCOMPARE(Results(), QStringList());
         CloseWindow();
         QCOMPARE(ChildrenOf(QCoreApplication::applicationPid()), QList<pid_t>());

@@ -89,7 +89,11 @@ protected:
         connect(&patience, &QTimer::timeout, this, [] { QCoreApplication::exit(7); });
         patience.start(20000);
         QTimer::singleShot(0, this, act);
-        return QApplication::exec();
+        const int result = QApplication::exec();
+        // A close at the very end has posted a request to exit that would hit the next loop.
+        QTimer::singleShot(0, this, [] { QCoreApplication::exit(0); });
+        QApplication::exec();
+        return result;
     }
 
     static SCANUI* Dialog()

@@ -97,7 +97,8 @@ private Q_SLOTS:
         QPushButton* help =
             Button([](const QPushButton& button) { return button.toolTip() == "Help"; });
         int rows = -1;
-        connect(help, &QPushButton::pressed, this, [&] { rows = table->rowCount(); });
+        connect(help, &QPushButton::pressed, this,
+                [&] { rows = rows < 0 ? table->rowCount() : rows; });
         help->disconnect(&Window());
         When([table] { return table->rowCount() == 3; },
              [this, help] {
