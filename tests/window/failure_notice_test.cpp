@@ -178,6 +178,24 @@ private Q_SLOTS:
         QVERIFY2(ToldFailure().endsWith(Recordings().first()), qPrintable(ToldFailure()));
     }
 
+    // The tool has not heard of the stop, so it records on.
+    void aRecordingWhoseStopWasTakenBackStaysWatched()
+    {
+        InstallTool(QByteArray(kRecordingTool)
+                        .replace("key=\n", "printf data >\"${!#}\"; exec sleep 60\n"));
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(Recordings().size(), 1);
+        QTRY_VERIFY(QFileInfo(SaveDirectory() + '/' + Recordings().first()).size() > 0);
+        Call("btnSlotRecord");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("already running"));
+        Press("Start");
+        QCOMPARE(ToldFailure(), QString());
+        Child<QProcess>("m_pRecProcess")->kill();
+        QTRY_VERIFY2(ToldFailure().startsWith("The recording has ended by itself: "),
+                     "the end is not told");
+    }
+
     void aStopThatLeavesNoFileIsTold_data()
     {
         QTest::addColumn<bool>("missing");
