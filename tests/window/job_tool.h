@@ -17,7 +17,7 @@
 // arguments, or creates its output if there is no "job". Each `say` of a job is one chunk of
 // output; the job continues when the test has read it.
 inline constexpr auto kVideoTool = R"(#!/bin/bash
-here=$(dirname "$0")
+here=${0%/*}
 if [[ "$*" == *-list_devices* ]]; then exit 1; fi
 printf '<%s>' "$@" >>"$here/calls"
 echo >>"$here/calls"
