@@ -13,9 +13,8 @@ QString ElidedLine(const QString& line, const QFontMetrics& metrics, int width)
                : metrics.elidedText(line.left(name), Qt::ElideRight, room) + line.mid(name);
 }
 
-void PathLabel::paintEvent(QPaintEvent* event)
+void PathLabel::paintEvent(QPaintEvent* /*event*/)
 {
-    QFrame::paintEvent(event);
     QStringList lines = text().split('\n');
     for (QString& line : lines) {
         line = ElidedLine(line, fontMetrics(), contentsRect().width());
