@@ -7,7 +7,7 @@
 namespace tool {
 namespace {
 
-constexpr int ringSeconds = 8;
+constexpr int ringSeconds = 4; // beyond the 6 s of the pipe, for when ffmpeg does not read
 constexpr double smoothing = 1.0 / 16;
 // How long a late source must have had slack before its shift is reduced. A server that has just
 // started to play or record is often late for some seconds and then never again.
