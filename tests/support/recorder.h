@@ -28,8 +28,8 @@ public:
     QString ErrorFile() const;
     QString SaveDirectory() const;
 
-    // Call before the start: the program waits kShortToolWaitMs for the tool instead of 30 s, and the
-    // tool leaves its jobs to the background a second before that.
+    // Call before the start: the program waits kShortToolWaitMs for the tool instead of 30 s, and
+    // the tool leaves its jobs to the background a second before that.
     void UseShortToolWait();
     // Call before the start: installs a script as `tool`. $REAL in it is the original.
     void ReplaceTool(const QByteArray& script);
