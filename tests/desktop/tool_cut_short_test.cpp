@@ -153,7 +153,7 @@ void ToolCutShortTest::quitLeavesAnOrdinaryMovie()
     const Moment moment = Now(take);
     take.Type("q\r\n");
     QVERIFY2(take.WaitForEnd() && take.ExitCode() == 0, take.Text());
-    QVERIFY2(IsOrdinary(take.Path()), "it is still in pieces");
+    QVERIFY2(IsOrdinary(take.Path()), "it is still fragmented");
     ExpectUpTo(take.Path(), moment, true, 0.3);
     QCOMPARE(DecodingErrors(take.Path()), QByteArray());
     const Outcome probe = RunProgram(TOOL_PROGRAM, {"-i", take.Path()});
@@ -277,13 +277,13 @@ void ToolCutShortTest::powerCutLosesTwoSeconds()
         return file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QList<QByteArray>();
     };
     // Just before the next fragment reaches the disk, when the loss is greatest.
-    for (const qsizetype pieces : {3, 5, 7}) {
-        QTRY_VERIFY2_WITH_TIMEOUT(synced().size() > pieces, "the disk has nothing new", 20000);
+    for (const qsizetype syncs : {3, 5, 7}) {
+        QTRY_VERIFY2_WITH_TIMEOUT(synced().size() > syncs, "the disk has nothing new", 20000);
         const Moment moment = Now(take);
         const QList<QByteArray> sizes = synced(); // the last line is empty
         QFile whole(take.Path());
         QVERIFY(whole.open(QIODevice::ReadOnly));
-        const QString left = Path(QString("power %1.mp4").arg(pieces));
+        const QString left = Path(QString("power %1.mp4").arg(syncs));
         QFile part(left);
         QVERIFY(part.open(QIODevice::WriteOnly));
         part.write(whole.read(sizes.at(sizes.size() - 3).toLongLong()));

@@ -119,7 +119,7 @@ void ToolEndTest::RunAll(std::vector<Case>& cases, const QString& name)
 void ToolEndTest::ExpectWhole(const Case& one)
 {
     const QString path = one.take->Path();
-    QTRY_VERIFY2(IsOrdinary(path), one.name + ": it is still in pieces");
+    QTRY_VERIFY2(IsOrdinary(path), one.name + ": it is still fragmented");
     QCOMPARE(DecodingErrors(path), QByteArray());
     const double seconds = SecondsIn(path);
     QVERIFY2(seconds >= one.before - 0.1, one.name + ": " + QByteArray::number(seconds) + " s of " +
@@ -218,7 +218,7 @@ void ToolEndTest::endOfTheKeyboardEndsTheRecording()
     early.StopTyping();
     for (Take* take : {cases.front().take.get(), &early}) {
         QVERIFY2(take->WaitForEnd() && take->ExitCode() == 0, take->Text());
-        QVERIFY2(IsOrdinary(take->Path()), "it is still in pieces");
+        QVERIFY2(IsOrdinary(take->Path()), "it is still fragmented");
         QVERIFY2(SecondsIn(take->Path()) > 0, "no picture");
     }
 }
@@ -239,7 +239,7 @@ void ToolEndTest::killedProcessLeavesAMovie()
         QCOMPARE(DecodingErrors(one.take->Path()), QByteArray());
         QVERIFY2(SecondsIn(one.take->Path()) >= one.before - 2, one.name);
     }
-    QVERIFY2(IsOrdinary(cases[0].take->Path()), "it is still in pieces");
+    QVERIFY2(IsOrdinary(cases[0].take->Path()), "it is still fragmented");
     ExpectWhole(cases[2]);
 }
 

@@ -75,7 +75,7 @@ void ToolCutTest::initTestCase()
     Make("h265.mp4", both,
          {"-c:v", "libx265", "-preset", "ultrafast", "-x265-params",
           "log-level=none:keyint=125:min-keyint=125", "-c:a", "aac"});
-    Make("in pieces.mp4", both, plain + QStringList{"-movflags", "frag_keyframe+empty_moov"});
+    Make("fragmented.mp4", both, plain + QStringList{"-movflags", "frag_keyframe+empty_moov"});
     // The header has the length of the first fragment only.
     Make("header of 5 s.mp4", PictureInput(12), plain + QStringList{"-movflags", "frag_keyframe"});
     Make("moving.mp4", moving, {"-bf", "3"});
@@ -123,7 +123,7 @@ void ToolCutTest::soundAndPictureAreInStep_data()
 {
     QTest::addColumn<QString>("name");
     for (const char* name : {"plain.mp4", "b frames.mp4", "ntsc.mp4", "surround.mp4", "h265.mp4",
-                             "in pieces.mp4", "\"a\" %1\n|\u4e2d.mp4"}) {
+                             "fragmented.mp4", "\"a\" %1\n|\u4e2d.mp4"}) {
         QTest::newRow(name) << QString::fromUtf8(name);
     }
 }

@@ -143,7 +143,7 @@ void ToolJoinCopyTest::whatFitsIsCopied_data()
     row({"b frames.mp4", "b frames.mp4"});
     row({"surround.mp4", "surround.mp4"});
     row({"h265.mp4", "h265.mp4"});
-    row({"plain.mp4", "in pieces.mp4"});
+    row({"plain.mp4", "fragmented.mp4"});
     row({"sound alone.mp4", "sound alone.mp4"});
 }
 

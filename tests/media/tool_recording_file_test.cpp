@@ -84,19 +84,19 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is not
     RecordingFile Create(const QString& name) const;
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    QByteArray m_pieces; // a recording as ffmpeg leaves it
+    QByteArray m_fragmented; // a recording as ffmpeg leaves it
 };
 
 void ToolRecordingFileTest::initTestCase()
 {
     const QTemporaryDir folder;
-    const QString path = folder.filePath("pieces.mp4");
+    const QString path = folder.filePath("fragmented.mp4");
     const QByteArray problem = MakeMovie(
         PictureInput(3) + ToneInput(3) + PlainCodecs() +
         QStringList{"-g", "25", "-movflags", "+frag_keyframe+delay_moov+default_base_moof", path});
     QVERIFY2(problem.isEmpty(), problem);
     QVERIFY(!IsOrdinary(path));
-    m_pieces = Content(path);
+    m_fragmented = Content(path);
 }
 
 void ToolRecordingFileTest::init()
@@ -120,11 +120,11 @@ void ToolRecordingFileTest::fileBecomesAnOrdinaryMovieInTheEnd()
 {
     const RecordingFile file = Create("r.mp4");
     QVERIFY(!file.HasContent());
-    QVERIFY(Write(QString::fromStdString(file.Name()), m_pieces));
+    QVERIFY(Write(QString::fromStdString(file.Name()), m_fragmented));
     QVERIFY(file.HasContent());
-    QVERIFY2(Content(Path("r.mp4")) == m_pieces, "the name leads to another file");
+    QVERIFY2(Content(Path("r.mp4")) == m_fragmented, "the name leads to another file");
     file.Finish();
-    QVERIFY2(IsOrdinary(Path("r.mp4")), "it is still in pieces");
+    QVERIFY2(IsOrdinary(Path("r.mp4")), "it is still fragmented");
     QCOMPARE(DecodingErrors(Path("r.mp4")), QByteArray());
 }
 
@@ -132,11 +132,11 @@ void ToolRecordingFileTest::movedFileIsSettledWhereItLies()
 {
     const RecordingFile file = Create("r.mp4");
     QVERIFY(QFile::rename(Path("r.mp4"), Path("moved.mp4")));
-    QVERIFY(Write(Path("r.mp4"), m_pieces)); // a file of somebody else
-    QVERIFY(Write(QString::fromStdString(file.Name()), m_pieces));
+    QVERIFY(Write(Path("r.mp4"), m_fragmented)); // a file of somebody else
+    QVERIFY(Write(QString::fromStdString(file.Name()), m_fragmented));
     file.Finish();
-    QVERIFY2(IsOrdinary(Path("moved.mp4")), "it is still in pieces");
-    QVERIFY2(Content(Path("r.mp4")) == m_pieces, "another file was changed");
+    QVERIFY2(IsOrdinary(Path("moved.mp4")), "it is still fragmented");
+    QVERIFY2(Content(Path("r.mp4")) == m_fragmented, "another file was changed");
 }
 
 void ToolRecordingFileTest::diskHasTheFileAndItsName()
@@ -178,10 +178,10 @@ void ToolRecordingFileTest::fileThatExistsIsLeftAlone()
 {
     QFETCH(bool, isLink);
     const QString path = Path("there.mp4");
-    QVERIFY(isLink ? QFile::link(Path("elsewhere.mp4"), path) : Write(path, m_pieces));
+    QVERIFY(isLink ? QFile::link(Path("elsewhere.mp4"), path) : Write(path, m_fragmented));
     QVERIFY(!RecordingFile::Create(QFile::encodeName(path).toStdString()));
     QCOMPARE(errno, EEXIST);
-    QVERIFY(isLink ? QFileInfo(path).isSymLink() : Content(path) == m_pieces);
+    QVERIFY(isLink ? QFileInfo(path).isSymLink() : Content(path) == m_fragmented);
     QVERIFY2(!QFile::exists(Path("elsewhere.mp4")), "it was written through the link");
 }
 
@@ -213,14 +213,14 @@ void ToolRecordingFileTest::fileOfSomebodyElseIsNotRemoved()
 void ToolRecordingFileTest::diskHasTheIndexBeforeItIsUsed()
 {
     const QString path = Path("r.mp4");
-    QVERIFY(Write(path, m_pieces));
+    QVERIFY(Write(path, m_fragmented));
     g_watched = path;
     QVERIFY(tool::SettleMovie(QFile::encodeName(path).toStdString()));
     const QByteArray settled = Content(path);
     QCOMPARE(g_contents.size(), 2);
-    QVERIFY2(g_contents[0].startsWith(m_pieces),
+    QVERIFY2(g_contents[0].startsWith(m_fragmented),
              "the header is changed before the disk has the index");
-    QVERIFY2(g_contents[0].mid(m_pieces.size()) == settled.mid(m_pieces.size()),
+    QVERIFY2(g_contents[0].mid(m_fragmented.size()) == settled.mid(m_fragmented.size()),
              "the index is not complete");
     QVERIFY2(g_contents[1] == settled && settled != g_contents[0],
              "the disk does not have the new header");
@@ -229,10 +229,10 @@ void ToolRecordingFileTest::diskHasTheIndexBeforeItIsUsed()
 void ToolRecordingFileTest::diskThatFailsLeavesTheMovieAsItWas()
 {
     const QString path = Path("r.mp4");
-    QVERIFY(Write(path, m_pieces));
+    QVERIFY(Write(path, m_fragmented));
     g_diskFails = true;
     QVERIFY(!tool::SettleMovie(QFile::encodeName(path).toStdString()));
-    QVERIFY2(Content(path) == m_pieces, "it was changed");
+    QVERIFY2(Content(path) == m_fragmented, "it was changed");
 }
 
 QTEST_GUILESS_MAIN(ToolRecordingFileTest)

@@ -39,7 +39,7 @@ QStringList Recipe(const JoinFolder& folder, const QString& name)
         {"uneven.mp4",
          both + stereo +
              QStringList{"-vf", "select='eq(n,0)+gt(random(0),0.2)'", "-fps_mode", "vfr"}},
-        {"in pieces.mp4", both + stereo + QStringList{"-movflags", "frag_keyframe+empty_moov"}},
+        {"fragmented.mp4", both + stereo + QStringList{"-movflags", "frag_keyframe+empty_moov"}},
         {"sound alone.mp4", BeepInput(2) + QStringList{"-c:a", "aac", "-ac", "2"}},
         {"cut.mp4",
          QStringList{"-ss", "1", "-i", folder.Path("longer.mp4"), "-t", "2", "-c", "copy"}},
