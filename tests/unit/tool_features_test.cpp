@@ -167,6 +167,5 @@ void ToolFeaturesTest::damagedMemoryIsIgnored()
     QCOMPARE(Runs(), 2);
 }
 
-Q_DECLARE_METATYPE(tool::FfmpegVersion)
 QTEST_APPLESS_MAIN(ToolFeaturesTest)
 #include "tool_features_test.moc"

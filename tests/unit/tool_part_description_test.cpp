@@ -161,13 +161,15 @@ void ToolPartDescriptionTest::turnedPictureIsMeasuredUpright()
 {
     QFETCH(QByteArray, degrees);
     QFETCH(bool, upright);
-    const auto parts = ParseDescriptions(
-        "Input #0, mov, from 'a':\n  Stream #0:0: Video: h264, yuv420p, 320x240, 25 fps\n"
-        "      displaymatrix: rotation of " +
-        degrees.toStdString() + " degrees\n");
-    QCOMPARE(parts.size(), size_t{1});
-    QCOMPARE(parts[0].width, upright ? 240 : 320);
-    QCOMPARE(parts[0].height, upright ? 320 : 240);
+    for (const char* label : {"displaymatrix", "Display Matrix"}) { // the second since ffmpeg 9
+        const auto parts = ParseDescriptions(
+            "Input #0, mov, from 'a':\n  Stream #0:0: Video: h264, yuv420p, 320x240, 25 fps\n"
+            "      " +
+            std::string(label) + ": rotation of " + degrees.toStdString() + " degrees\n");
+        QCOMPARE(parts.size(), size_t{1});
+        QCOMPARE(parts[0].width, upright ? 240 : 320);
+        QCOMPARE(parts[0].height, upright ? 320 : 240);
+    }
 }
 
 void ToolPartDescriptionTest::firstTrackOfAKindCounts()

@@ -45,7 +45,7 @@ QByteArray Printed(Program program)
     program.output = pipe->write.Number();
     auto process = Process::Start(program);
     pipe->write.Close();
-    const QByteArray text = process ? ReadAll(pipe->read) : "not started";
+    QByteArray text = process ? ReadAll(pipe->read) : "not started";
     if (process) {
         process->Wait();
     }

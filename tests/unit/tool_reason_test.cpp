@@ -113,7 +113,8 @@ private Q_SLOTS:
 
     void aHostileLineBecomesPlainAndShort()
     {
-        const QByteArray line = "tool: <b>\x1b[31m\t\x07 error \xe2\x80\xae" +
+        const QByteArray rightToLeft = QString(QChar(0x202e)).toUtf8();
+        const QByteArray line = "tool: <b>\x1b[31m\t\x07 error " + rightToLeft +
                                 QByteArray(9000, 'x') + "\xff\xfe end.\n";
         const QString reason = ReasonIn(QString::fromLatin1(line), false);
         QCOMPARE(reason.size(), 200);

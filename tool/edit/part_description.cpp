@@ -128,9 +128,20 @@ double ParseDuration(std::string_view line)
     return std::max(seconds, 0.0);
 }
 
+// Whether the line says that the picture is shown lying on its side.
+bool IsTurned(std::string_view line)
+{
+    constexpr std::array<std::string_view, 2> labels = {"displaymatrix: rotation of ",
+                                                        "Display Matrix: rotation of "};
+    return std::any_of(labels.begin(), labels.end(), [line](std::string_view label) {
+        const double degrees =
+            line.starts_with(label) ? std::abs(ToNumber(line.substr(label.size()))) : 0;
+        return degrees > 45 && degrees < 135;
+    });
+}
+
 void ParseLine(std::string_view line, PartDescription& part)
 {
-    constexpr std::string_view turned = "displaymatrix: rotation of ";
     // ffmpeg before 5 indents stream lines further.
     line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
     const bool isStream = line.starts_with("Stream #");
@@ -141,11 +152,8 @@ void ParseLine(std::string_view line, PartDescription& part)
     } else if (isStream && line.find(": Audio: ") != std::string_view::npos &&
                part.sampleRate == 0) {
         ParseSound(line, part);
-    } else if (const size_t at = line.find(turned); at != std::string_view::npos) {
-        const double degrees = std::abs(ToNumber(line.substr(at + turned.size())));
-        if (degrees > 45 && degrees < 135) {
-            std::swap(part.width, part.height);
-        }
+    } else if (IsTurned(line)) {
+        std::swap(part.width, part.height);
     }
 }
 
