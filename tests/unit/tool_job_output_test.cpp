@@ -137,7 +137,7 @@ void ToolJobOutputTest::ticksFollowTheWork()
     tool::Ticks ticks(most);
     const tool::SteadyTime start{1h};
     const auto length = std::chrono::duration<double>(seconds);
-    for (auto passed = 0ms; passed <= length; passed += 10ms) {
+    for (std::chrono::milliseconds passed{}; passed <= length; passed += 10ms) {
         const double share = seconds > 0 ? passed / length : 1;
         ticks.IsDue(share, start + passed);
         QVERIFY2(ticks.Made() <= share * most, qPrintable(QString::number(share)));
