@@ -28,12 +28,17 @@ double SecondsIn(const QString& path)
 QByteArrayList TemporaryFiles(pid_t process, const QString& recording)
 {
     QByteArrayList found;
+    // The program itself, and CTest's log as its messages: the tree may be below /tmp.
+    const QByteArray buildFolder =
+        QFile::encodeName(QDir(QCoreApplication::applicationDirPath() + "/..").canonicalPath()) +
+        '/';
     const QString folder = QString("/proc/%1/").arg(process);
     const QByteArray all =
         RunProgram("/bin/ls", {"-l", folder + "fd"}).output + Content(folder + "maps");
     for (const QByteArray& line : all.split('\n')) {
         const QByteArray name = line.mid(line.indexOf(" /") + 1);
-        if ((name.startsWith("/tmp/") || name.startsWith("/dev/shm/")) &&
+        const bool isBuilt = name.startsWith(buildFolder);
+        if ((name.startsWith("/tmp/") || name.startsWith("/dev/shm/")) && !isBuilt &&
             !name.startsWith(QFile::encodeName(recording))) {
             found << name;
         }

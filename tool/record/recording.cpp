@@ -68,6 +68,7 @@ private:
     const Record& m_record;
     CapturePlan m_plan;
     RecordingTime m_time;
+    RecordingTime m_ownTime; // of an ffmpeg that grabs the screen itself: until it ends
     std::unique_ptr<ScreenFeeder> m_pPictures; // null: ffmpeg grabs the screen itself
     std::optional<Pipe> m_picturePipe;
     SoundPlan m_sound;
@@ -151,6 +152,8 @@ std::optional<Process> Recording::Start(const std::string& ffmpeg, const Descrip
 std::vector<std::thread> Recording::Feed()
 {
     std::vector<std::thread> threads;
+    // An ffmpeg that grabs the screen itself takes some pictures more before it reads the key.
+    const RecordingTime& soundTime = m_pPictures ? m_time : m_ownTime;
     if (m_pPictures) {
         threads.emplace_back([feeder = std::move(m_pPictures)]() mutable {
             feeder->Run();
@@ -158,8 +161,8 @@ std::vector<std::thread> Recording::Feed()
         });
     }
     if (m_soundPipe) {
-        threads.emplace_back([this, pipe = std::move(m_soundPipe->write)]() mutable {
-            SoundFeeder(m_sound, std::move(pipe), m_time).Run();
+        threads.emplace_back([this, &soundTime, pipe = std::move(m_soundPipe->write)]() mutable {
+            SoundFeeder(m_sound, std::move(pipe), soundTime).Run();
         });
     }
     return threads;
@@ -213,6 +216,7 @@ int Recording::Run(const std::string& ffmpeg)
         {*process, std::move(keys->write), m_file ? &*m_file : nullptr, grabsItself}, STDIN_FILENO,
         caught, m_time);
     const int code = supervisor.Run();
+    m_ownTime.Finish(std::chrono::steady_clock::now());
     ended.set_value();
     if (m_file) {
         m_file->Finish();
