@@ -1,9 +1,11 @@
 #pragma once
 
 #include "app/close_watcher.h"
+#include "jobs/job_report.h"
 #include "tests/window/job_tool.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QProgressBar>
 
 inline const QString kCutQuestion = "Are you sure to cancel the video cut?";
@@ -16,11 +18,11 @@ class JobInProgramTest : public VideoPageTest
 
 protected:
     // Jobs for SetJob(). Both say that they are at work, and end with their file made.
-    static constexpr auto kUntilGo = ": >\"$here/working\"; printf frame=\n"
+    static constexpr auto kUntilGo = "echo \"$*\" >\"$here/working\"; printf frame=\n"
                                      "until [[ -e $here/go ]]; do\n"
                                      "read -r -t 0.01 -N 1 key; printf size=; done\n"
                                      "printf made >\"${!#}\"\n";
-    static constexpr auto kUntilAsked = ": >\"$here/working\"; printf frame=\n"
+    static constexpr auto kUntilAsked = "echo \"$*\" >\"$here/working\"; printf frame=\n"
                                         "until [[ $key == q ]]; do\n"
                                         "read -r -t 0.01 -N 1 key; printf size=; done\n"
                                         "printf made >\"${!#}\"\n";
@@ -42,7 +44,15 @@ protected:
         FinishVideos();
     }
 
-    static bool IsToolAtWork() { return QFile::exists(BesideProgram("working")); }
+    // Until the first report of a merge its dialog would ask about a cut. A cut has none.
+    static bool IsToolAtWork()
+    {
+        QFile working(BesideProgram("working"));
+        const QByteArray command =
+            working.open(QIODevice::ReadOnly) ? working.readAll() : QByteArray();
+        const bool reports = command.contains("-vbsf") || command.contains("concat:");
+        return command.endsWith('\n') && (!reports || SCANUI::m_nOprType == kMergeOperation);
+    }
     static void Go() { WriteFile(BesideProgram("go"), {}); }
 
     // Shows the job's page, ready for StartJob().

@@ -149,7 +149,7 @@ private Q_SLOTS:
     {
         MakeVideos(1);
         EnterCutPage();
-        InstallTool("#!/bin/bash\n: >\"${0%/*}/working\"; exec sleep 20\n");
+        InstallTool("#!/bin/bash\necho \"$*\" >\"${0%/*}/working\"; exec sleep 20\n");
         When(IsToolAtWork, [this] { Window().close(); });
         QElapsedTimer time;
         time.start();
