@@ -8,6 +8,7 @@ if(TARGET tool)
           join_graph
           job_output
           listing
+          numbers
           part_description
           part_file
           picture_clock

@@ -101,6 +101,8 @@ void ToolJobOutputTest::timeIsRead_data()
     QTest::newRow("negative") << QByteArray("size= 1kB time=-00:00:00.99 bitrate=") << 0.0;
     QTest::newRow("cut off") << QByteArray("size= 1kB time=00:00") << 0.0;
     QTest::newRow("no number") << QByteArray("size= 1kB time=00:nan:01.00") << 0.0;
+    QTest::newRow("endless") << QByteArray("size= 1kB time=00:00:inf bitrate=") << 0.0;
+    QTest::newRow("huge") << QByteArray(" time=" + QByteArray(400, '9') + ":00:00.00") << 0.0;
     QTest::newRow("backwards") << QByteArray("size= 1kB time=00:00:05.00\r time=00:00:02.00")
                                << 5.0;
 }

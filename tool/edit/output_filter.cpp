@@ -1,9 +1,11 @@
 #include "tool/edit/output_filter.h"
 
+#include "tool/system/numbers.h"
+
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
+#include <optional>
 
 namespace tool {
 namespace {
@@ -21,19 +23,16 @@ double TimeIn(std::string_view line)
     if (at == std::string_view::npos) {
         return 0;
     }
+    line.remove_prefix(at + label.size());
     double seconds = 0;
-    const char* place = line.data() + at + label.size();
-    const char* end = line.data() + line.size();
     for (int field = 0; field < 3; ++field) {
-        double value = 0;
-        const auto result = std::from_chars(place, end, value, std::chars_format::fixed);
+        const std::optional<double> value = TakeDecimal(line);
         const bool isLast = field == 2;
-        if (result.ec != std::errc() || std::signbit(value) ||
-            (!isLast && (result.ptr == end || *result.ptr != ':'))) {
+        if (!value || std::signbit(*value) || (!isLast && !line.starts_with(':'))) {
             return 0;
         }
-        seconds = seconds * 60 + value;
-        place = result.ptr + (isLast ? 0 : 1);
+        seconds = seconds * 60 + *value;
+        line.remove_prefix(isLast ? 0 : 1);
     }
     return seconds;
 }

@@ -1,5 +1,6 @@
 #include "tool/edit/part_description.h"
 
+#include "tool/system/numbers.h"
 #include "tool/system/one_of.h"
 
 #include <algorithm>
@@ -23,13 +24,10 @@ constexpr double highestRate = 1000000;
 constexpr std::string_view usualChannels = "stereo";
 constexpr std::array<unsigned char, 5> layoutSigns = {'.', '(', ')', '+', ' '};
 
-// The number at the start of the text, or 0 if there is none or it is not finite.
+// The number at the start of the text, or 0 if there is none.
 double ToNumber(std::string_view text)
 {
-    double value = 0;
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value, std::chars_format::fixed);
-    return result.ec == std::errc() && std::isfinite(value) ? value : 0;
+    return TakeDecimal(text).value_or(0);
 }
 
 // The last number before the unit, such as 25 before " fps", or empty if there is none.

@@ -18,4 +18,10 @@ std::optional<Number> ParseNumber(std::string_view text)
     return result.ec == std::errc() && result.ptr == end ? std::optional(value) : std::nullopt;
 }
 
+// The decimal number at the start of a text, such as 29.97 in "29.97 fps", and takes it off the
+// text. It may begin with a minus and may have a fraction, but no exponent. Returns nothing, and
+// leaves the text, if there is none or it has more than 15 digits before its point. Not
+// std::from_chars: that reads "inf" and "nan" too, and not every standard library has it.
+std::optional<double> TakeDecimal(std::string_view& text);
+
 } // namespace tool
