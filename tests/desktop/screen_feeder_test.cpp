@@ -28,8 +28,9 @@ std::unique_ptr<Outlet> Pictures(RecordingTime* time, const tool::Rectangle& are
 {
     return std::make_unique<Outlet>([&](tool::Descriptor pipe) {
         qputenv("DISPLAY", display.toUtf8());
-        tool::ScreenFeeder feeder(tool::OpenScreen(area), area, {kPictureRate, 1}, std::move(pipe),
-                                  *time);
+        const auto never = [](pollfd&, tool::SteadyTime) { return false; };
+        tool::ScreenFeeder feeder(tool::OpenScreen(area, never).screen, area, {kPictureRate, 1},
+                                  std::move(pipe), *time);
         if (feeder.Prepare()) {
             feeder.Run();
         }

@@ -15,6 +15,7 @@
 #include "tool/system/process.h"
 #include "tool/system/signals.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -23,6 +24,7 @@
 #include <future>
 #include <memory>
 #include <optional>
+#include <poll.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -46,7 +48,24 @@ std::optional<Rectangle> ScreenArea(int screen)
                  std::to_string(screens.areas.size()));
         return std::nullopt;
     }
-    return EvenSized(screens.areas[static_cast<size_t>(screen)]);
+    return screens.areas[static_cast<size_t>(screen)];
+}
+
+// Returns whether there was nothing to tell.
+bool Tell(const std::string& reason)
+{
+    if (!reason.empty()) {
+        Complain(reason);
+    }
+    return reason.empty();
+}
+
+bool WaitForDescriptor(pollfd& descriptor, SteadyTime until)
+{
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(until - std::chrono::steady_clock::now());
+    poll(&descriptor, 1, static_cast<int>(std::clamp<int64_t>(left.count(), 0, 1000)));
+    return true;
 }
 
 // One recording: everything that is made before ffmpeg is started, and the threads beside it.
@@ -55,7 +74,7 @@ class Recording
 public:
     Recording(const Record& record, CapturePlan plan) : m_record(record), m_plan(std::move(plan)) {}
 
-    void PreparePictures();
+    bool PreparePictures();
     bool PrepareSound(const std::vector<std::string>& sources);
     int Run(const std::string& ffmpeg);
 
@@ -76,25 +95,29 @@ private:
     std::optional<RecordingFile> m_file; // none: ffmpeg makes the output
 };
 
-// Leaves the grabbing to ffmpeg if that does not work.
-void Recording::PreparePictures()
+// Leaves the grabbing to ffmpeg if that does not work. Returns false, after a message, if ffmpeg
+// could not either.
+bool Recording::PreparePictures()
 {
     const auto rate = ParseRate(m_record.rate);
     if (!rate || !m_record.isYuv420) {
-        return;
+        return true;
     }
-    auto screen = OpenScreen(m_plan.area);
+    OpenedScreen opened = OpenScreen(m_plan.area, WaitForDescriptor);
     auto pipe = MakePipe();
-    if (!screen || !pipe) {
-        return;
+    if (!opened.screen || !pipe) {
+        return Tell(opened.reason);
     }
-    auto feeder = std::make_unique<ScreenFeeder>(std::move(screen), m_plan.area, *rate,
+    m_plan.area = opened.area;
+    auto feeder = std::make_unique<ScreenFeeder>(std::move(opened.screen), m_plan.area, *rate,
                                                  std::move(pipe->write), m_time);
-    if (feeder->Prepare()) {
-        m_plan.screenPipe = pipe->read.Number();
-        m_picturePipe = std::move(pipe);
-        m_pPictures = std::move(feeder);
+    if (!feeder->Prepare()) {
+        return Tell(feeder->LostReason());
     }
+    m_plan.screenPipe = pipe->read.Number();
+    m_picturePipe = std::move(pipe);
+    m_pPictures = std::move(feeder);
+    return true;
 }
 
 // Returns false, after a message, on failure.
@@ -238,11 +261,11 @@ int RunRecording(const std::string& ffmpeg, const Record& record, pid_t recorder
     if (!area || !sources) {
         return failed;
     }
-    plan.area = *area;
+    plan.area = EvenSized(*area);
     plan.knowsStatsPeriod = FeaturesOf(ffmpeg).statsPeriod;
     Recording recording(record, plan);
-    recording.PreparePictures();
-    if (!recording.PrepareSound(*sources) || getppid() != recorder) {
+    if (!recording.PreparePictures() || !recording.PrepareSound(*sources) ||
+        getppid() != recorder) {
         return failed;
     }
     return recording.Run(ffmpeg);

@@ -9,6 +9,7 @@
 #include "tool/screen/screen.h"
 
 #include <memory>
+#include <string>
 
 namespace tool {
 
@@ -24,6 +25,8 @@ public:
     // Takes the first picture, which is used if there is no other at the start. Returns false if
     // the screen cannot be grabbed.
     bool Prepare();
+    // Why Prepare() has failed, as Screen::LostReason().
+    std::string LostReason() const { return m_pScreen->LostReason(); }
 
     // Delivers all pictures up to `time`'s end, but at least two, without which no file plays.
     // Returns then, or when nobody reads any more. If the screen disappears, that is the end.

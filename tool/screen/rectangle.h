@@ -2,7 +2,7 @@
 
 namespace tool {
 
-// A part of the X screen, in pixels.
+// A part of the desktop, in pixels.
 struct Rectangle
 {
     int x = 0;

@@ -5,7 +5,9 @@
 #include "tool/system/steady_time.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <poll.h>
 #include <string>
 #include <vector>
 
@@ -34,18 +36,38 @@ public:
     // Writes the last picture as a yuv420p frame (YuvBytes() long) of the size of the area that was
     // opened, with the mouse pointer. Allowed after Taken and Unchanged.
     virtual void Write(uint8_t* frame) = 0;
+
+    // Why there was no first picture: a sentence without its full stop. Empty if ffmpeg may grab
+    // the screen itself instead.
+    virtual std::string LostReason() const { return {}; }
 };
 
+// Each area is the place of a monitor on the desktop and the size of its pictures in pixels. It
+// identifies the monitor from the list to the recording.
 struct Screens
 {
-    std::vector<Rectangle> areas; // the primary one first
+    std::vector<Rectangle> areas; // in an order that stays
     std::string noneReason;       // a sentence without its full stop, if there are none
+};
+
+// Waits until the descriptor is ready or it is that time. Returns false if the recording is to end
+// meanwhile.
+using WaitForScreen = std::function<bool(pollfd& descriptor, SteadyTime until)>;
+
+struct OpenedScreen
+{
+    std::unique_ptr<Screen> screen;
+    Rectangle area; // its width and height, both even, are those of the frames
+    // Without a screen: a sentence without its full stop. Empty if ffmpeg may grab the screen
+    // itself.
+    std::string reason;
 };
 
 // The screens of this session. Each platform defines these two functions.
 Screens ReadScreens();
 
-// Returns nothing if the area cannot be recorded.
-std::unique_ptr<Screen> OpenScreen(const Rectangle& area);
+// Opens one of them. Where a person is asked first, that takes as long as the person does; it gives
+// up when `wait` returns false.
+OpenedScreen OpenScreen(const Rectangle& area, const WaitForScreen& wait);
 
 } // namespace tool

@@ -29,9 +29,10 @@ Screens ReadScreens()
     return {*std::move(monitors), {}};
 }
 
-std::unique_ptr<Screen> OpenScreen(const Rectangle& area)
+OpenedScreen OpenScreen(const Rectangle& area, const WaitForScreen& /*wait*/)
 {
-    return OpenX11Screen(Variable("DISPLAY"), area);
+    const Rectangle even = EvenSized(area);
+    return {OpenX11Screen(Variable("DISPLAY"), even), even, {}};
 }
 
 } // namespace tool
