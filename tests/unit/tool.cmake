@@ -5,6 +5,7 @@ if(TARGET tool)
           command
           features
           ffmpeg_program
+          frame_fitter
           join_graph
           job_output
           listing
