@@ -3,8 +3,8 @@
 //
 // Its own exit codes: 1 for a list or a duration (like ffmpeg, which ends both with an error) and
 // for what cannot be done; 127 if there is no ffmpeg.
+#include "tool/capture/capture.h"
 #include "tool/command/command.h"
-#include "tool/devices/capture_devices.h"
 #include "tool/edit/conversion.h"
 #include "tool/edit/cut.h"
 #include "tool/edit/join.h"
@@ -46,9 +46,10 @@ struct Dispatch
 
     int operator()(const tool::List& /*list*/) const
     {
-        const int code = tool::PrintListing();
+        const std::string ffmpeg = tool::FindFfmpeg();
+        const int code = tool::PrintListing(ffmpeg);
         // The answer is remembered, so that the first recording does not have to wait for it.
-        tool::FeaturesOf(tool::FindFfmpeg());
+        tool::FeaturesOf(ffmpeg);
         return code;
     }
     int operator()(const tool::Malformed& malformed) const

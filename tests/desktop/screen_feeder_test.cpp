@@ -2,8 +2,8 @@
 #include "tests/support/child_processes.h"
 #include "tests/support/feeder_outlet.h"
 #include "tests/support/own_screen.h"
-#include "tool/record/capture_command.h"
-#include "tool/record/screen_feeder.h"
+#include "tool/feed/fed_inputs.h"
+#include "tool/feed/screen_feeder.h"
 #include "tool/screen/screen_picture.h"
 
 #include <QTest>

@@ -3,7 +3,7 @@
 #include "tests/support/feeder_outlet.h"
 #include "tests/support/signal/sound_analysis.h"
 #include "tests/support/sound_server.h"
-#include "tool/record/sound_feeder.h"
+#include "tool/feed/sound_feeder.h"
 
 #include <QTest>
 

@@ -5,6 +5,7 @@
 #include "jobs/record_command.h"
 #include "tests/fuzz/target.h"
 #include "tool/command/command.h"
+#include "tool/feed/fed_inputs.h"
 #include "tool/record/capture_command.h"
 
 #include <QProcess>
@@ -86,8 +87,8 @@ bool MayBeNew(const std::string& word, const std::set<std::string>& known)
 void CheckCapture(const tool::Record& record, const Arguments& arguments,
                   const std::optional<int>& screenPipe, const std::optional<int>& soundPipe)
 {
-    const tool::CapturePlan plan{":4", {100, 20, 1280, 800}, soundPipe, true, screenPipe};
-    const Arguments capture = tool::CaptureCommand(record, plan);
+    const tool::FeedPlan plan{":4", {100, 20, 1280, 800}, soundPipe, screenPipe};
+    const Arguments capture = tool::CaptureCommand(record, {tool::FedInputs(record, plan), true});
     const std::set<std::string> known(arguments.begin(), arguments.end());
     for (const std::string& word : capture) {
         Require(MayBeNew(word, known), "no word is invented: " + word);

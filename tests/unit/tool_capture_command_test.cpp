@@ -1,4 +1,5 @@
 #include "tests/support/capture_arguments.h"
+#include "tool/feed/fed_inputs.h"
 #include "tool/record/capture_command.h"
 
 #include <QTest>
@@ -6,13 +7,13 @@
 #include <algorithm>
 
 using tool::Arguments;
-using tool::CapturePlan;
+using tool::FeedPlan;
 
 namespace {
 
-CapturePlan Plan(std::optional<int> soundPipe)
+FeedPlan Plan(std::optional<int> soundPipe)
 {
-    return {":4", {100, 20, 1280, 800}, soundPipe, true};
+    return {":4", {100, 20, 1280, 800}, soundPipe};
 }
 
 // The position of these consecutive words, or -1.
@@ -36,10 +37,10 @@ QString Shown(const Arguments& arguments)
     return words.join(QStringLiteral(" | "));
 }
 
-Arguments Translate(const Arguments& arguments, const CapturePlan& plan)
+Arguments Translate(const Arguments& arguments, const FeedPlan& plan, bool knowsStatsPeriod = true)
 {
-    const tool::Command command = tool::ReadCommand(arguments);
-    return tool::CaptureCommand(std::get<tool::Record>(command), plan);
+    const auto record = std::get<tool::Record>(tool::ReadCommand(arguments));
+    return tool::CaptureCommand(record, {tool::FedInputs(record, plan), knowsStatsPeriod});
 }
 
 } // namespace
@@ -85,7 +86,7 @@ void ToolCaptureCommandTest::silentRecordingOpensTheScreenOnly()
 
 void ToolCaptureCommandTest::picturesFromAPipeAreTakenAsTheyCome()
 {
-    CapturePlan plan = Plan(7);
+    FeedPlan plan = Plan(7);
     plan.screenPipe = 5;
     const Arguments result = Translate(oneSound, plan);
     QVERIFY2(Has(result, {"-f", "rawvideo", "-pixel_format", "yuv420p", "-video_size", "1280x800",
@@ -194,10 +195,8 @@ void ToolCaptureCommandTest::filtersOfTheCallerAreKept()
 
 void ToolCaptureCommandTest::statusPeriodOnlyWhereKnown()
 {
-    CapturePlan plan = Plan(std::nullopt);
-    QVERIFY(Has(Translate(silent, plan), {"-stats_period", "0.1"}));
-    plan.knowsStatsPeriod = false;
-    QVERIFY(!Has(Translate(silent, plan), {"-stats_period"}));
+    QVERIFY(Has(Translate(silent, Plan(std::nullopt)), {"-stats_period", "0.1"}));
+    QVERIFY(!Has(Translate(silent, Plan(std::nullopt), false), {"-stats_period"}));
 }
 
 void ToolCaptureCommandTest::oddSizesLoseOnePixel()

@@ -1,4 +1,4 @@
-#include "tool/record/picture_clock.h"
+#include "tool/feed/picture_clock.h"
 
 #include <QTest>
 

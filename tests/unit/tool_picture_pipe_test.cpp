@@ -1,4 +1,4 @@
-#include "tool/record/picture_pipe.h"
+#include "tool/feed/picture_pipe.h"
 #include "tool/system/pipe.h"
 
 #include <QTest>

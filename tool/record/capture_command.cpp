@@ -12,10 +12,6 @@ namespace {
 // The maximum distance of sync samples in frames: just under 2 s at 29.97 fps.
 constexpr const char* keyFrameDistance = "59";
 
-// 90 frames are 3 s. They are uncompressed, so more would take gigabytes of memory.
-constexpr const char* screenQueue = "90";
-constexpr const char* soundQueue = "1024";
-
 // Prepends the value to the option's existing one, or adds the option at the front.
 void PrependFilter(Arguments& options, std::initializer_list<std::string_view> names,
                    const std::string& filter)
@@ -29,85 +25,6 @@ void PrependFilter(Arguments& options, std::initializer_list<std::string_view> n
     options.insert(options.begin(), {std::string(*names.begin()), filter});
 }
 
-// x11grab stamps each frame with the time it was taken, slightly off the output's frame grid.
-// Rounding each time drops and duplicates frames when the times are near the middle between two
-// grid points. So a frame goes to the grid point after its predecessor's, unless it is off by more
-// than 0.7 of a frame; then its time counts. `fps` fills the gaps.
-std::string SteadyFrames(const std::string& rate)
-{
-    const std::string due = "T*" + rate;
-    return "setpts='if(eq(N,0),st(1,round(" + due + ")),if(lt(abs(" + due +
-           "-ld(1)-1),0.7),st(1,ld(1)+1),st(1,max(ld(1),round(" + due + ")))))/" + rate +
-           "/TB',fps=" + rate;
-}
-
-// Raw frames are not probed. As for the sound, the name must not start with "pipe:".
-Arguments PictureInput(int pipe, const std::string& size, const std::string& rate)
-{
-    return {"-probesize",
-            "32",
-            "-analyzeduration",
-            "1",
-            "-thread_queue_size",
-            screenQueue,
-            "-f",
-            "rawvideo",
-            "-pixel_format",
-            "yuv420p",
-            "-video_size",
-            size,
-            "-framerate",
-            rate,
-            "-skip_initial_bytes",
-            std::to_string(skippedBytes),
-            "-i",
-            "/dev/fd/" + std::to_string(pipe)};
-}
-
-Arguments ScreenInput(const CapturePlan& plan, const std::string& rate)
-{
-    const std::string size =
-        std::to_string(plan.area.width) + "x" + std::to_string(plan.area.height);
-    if (plan.screenPipe) {
-        return PictureInput(*plan.screenPipe, size, rate);
-    }
-    return {"-thread_queue_size",
-            screenQueue,
-            "-f",
-            "x11grab",
-            "-framerate",
-            rate,
-            "-video_size",
-            size,
-            "-draw_mouse",
-            "1",
-            "-grab_x",
-            std::to_string(plan.area.x),
-            "-grab_y",
-            std::to_string(plan.area.y),
-            "-i",
-            plan.display};
-}
-
-// Not "pipe:N": with such a name ffmpeg stops reading its standard input and so never sees "q".
-Arguments SoundInput(int pipe, int rate)
-{
-    return {"-probesize",
-            "32",
-            "-analyzeduration",
-            "1",
-            "-thread_queue_size",
-            soundQueue,
-            "-f",
-            "s16le",
-            "-ar",
-            std::to_string(rate),
-            "-ac",
-            "2",
-            "-i",
-            "/dev/fd/" + std::to_string(pipe)};
-}
-
 // Two fragments per second, and one for the first frame alone, because the file is empty until
 // then. The header is written with it: only then does ffmpeg know when sound and picture start.
 Arguments Fragments()
@@ -117,16 +34,25 @@ Arguments Fragments()
             "-force_key_frames", "expr:eq(n,1)"};
 }
 
-Arguments OutputOptions(const Record& record, const CapturePlan& plan)
+// Removes -async, which newer ffmpegs do not have, and returns the filter that does the same. Empty
+// if the command does not have it.
+std::string TakeAsync(Arguments& options)
+{
+    const auto async = std::find(options.begin(), options.end(), "-async");
+    if (async == options.end() || async + 1 == options.end()) {
+        return {};
+    }
+    std::string filter = "aresample=async=" + *(async + 1);
+    options.erase(async, async + 2);
+    return filter;
+}
+
+Arguments OutputOptions(const Record& record, const CaptureInputs& capture)
 {
     Arguments options = record.output;
-    const auto async = std::find(options.begin(), options.end(), "-async");
-    if (async != options.end() && async + 1 != options.end()) {
-        const std::string amount = *(async + 1);
-        options.erase(async, async + 2);
-        if (plan.soundPipe) {
-            PrependFilter(options, {"-af", "-filter:a"}, "aresample=async=" + amount);
-        }
+    const std::string async = TakeAsync(options);
+    if (!capture.sounds.empty() && !async.empty()) {
+        PrependFilter(options, {"-af", "-filter:a"}, async);
     }
     if (!ValueOf(options, "-flush_packets")) {
         // Write to the file at once: the recorder shows its size, and a still screen would not fill
@@ -136,8 +62,8 @@ Arguments OutputOptions(const Record& record, const CapturePlan& plan)
     if (!ValueOf(options, "-g")) {
         options.insert(options.begin(), {"-g", keyFrameDistance});
     }
-    if (!plan.screenPipe && !ValueOf(options, "-filter_complex")) {
-        PrependFilter(options, {"-vf", "-filter:v"}, SteadyFrames(record.rate));
+    if (!capture.pictureFilter.empty() && !ValueOf(options, "-filter_complex")) {
+        PrependFilter(options, {"-vf", "-filter:v"}, capture.pictureFilter);
     }
     if (record.fragmented) {
         Append(options, Fragments());
@@ -155,12 +81,11 @@ Arguments CaptureCommand(const Record& record, const CapturePlan& plan)
         result = {"-stats_period", "0.1"};
     }
     Append(result, record.before);
-    Append(result, ScreenInput(plan, record.rate));
-    if (plan.soundPipe) {
-        Append(result, SoundInput(*plan.soundPipe, record.sampleRate));
+    for (const Arguments& input : plan.capture.inputs) {
+        Append(result, input);
     }
     Append(result, record.after);
-    Append(result, OutputOptions(record, plan));
+    Append(result, OutputOptions(record, plan.capture));
     if (plan.file) {
         Append(result, {"-f", "mp4", "-y", *plan.file});
     } else if (!record.file.empty()) {

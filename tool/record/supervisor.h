@@ -1,8 +1,8 @@
 // Watches ffmpeg while it records, and ends the recording when that is asked for.
 #pragma once
 
+#include "tool/capture/recording_time.h"
 #include "tool/record/recording_file.h"
-#include "tool/record/recording_time.h"
 #include "tool/system/descriptor.h"
 #include "tool/system/process.h"
 #include "tool/system/signals.h"

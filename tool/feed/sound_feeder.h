@@ -3,7 +3,7 @@
 // silence where there is no sound.
 #pragma once
 
-#include "tool/record/recording_time.h"
+#include "tool/capture/recording_time.h"
 #include "tool/system/descriptor.h"
 
 #include <memory>

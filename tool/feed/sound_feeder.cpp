@@ -1,4 +1,4 @@
-#include "tool/record/sound_feeder.h"
+#include "tool/feed/sound_feeder.h"
 
 #include "tool/sound/pulse/sound_reader.h"
 #include "tool/sound/sound_track.h"

@@ -1,6 +1,6 @@
-#include "tool/record/screen_feeder.h"
+#include "tool/feed/screen_feeder.h"
 
-#include "tool/record/capture_command.h"
+#include "tool/feed/fed_inputs.h"
 #include "tool/screen/screen_picture.h"
 #include "tool/system/pipe.h"
 

@@ -2,9 +2,9 @@
 // recording. Converting them takes ffmpeg several times as long.
 #pragma once
 
-#include "tool/record/picture_clock.h"
-#include "tool/record/picture_pipe.h"
-#include "tool/record/recording_time.h"
+#include "tool/capture/recording_time.h"
+#include "tool/feed/picture_clock.h"
+#include "tool/feed/picture_pipe.h"
 #include "tool/screen/rectangle.h"
 #include "tool/screen/screen.h"
 

@@ -1,5 +1,6 @@
-#include "tool/devices/capture_devices.h"
+#include "tool/feed/capture_devices.h"
 
+#include "tool/capture/capture.h"
 #include "tool/devices/listing.h"
 #include "tool/devices/remembered_devices.h"
 #include "tool/screen/screen.h"
@@ -32,7 +33,7 @@ std::vector<std::string> SourcesOf(const std::vector<SoundDevice>& devices)
 
 } // namespace
 
-int PrintListing()
+int PrintListing(const std::string& /*ffmpeg*/)
 {
     Listing listing;
     const Screens screens = ReadScreens();

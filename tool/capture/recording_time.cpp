@@ -1,4 +1,4 @@
-#include "tool/record/recording_time.h"
+#include "tool/capture/recording_time.h"
 
 #include <chrono>
 

@@ -1,4 +1,4 @@
-// What can be recorded on this machine.
+// What can be recorded in this session.
 #pragma once
 
 #include <optional>
@@ -6,10 +6,6 @@
 #include <vector>
 
 namespace tool {
-
-// Prints the list of screens and sound devices on standard error, and remembers which number stands
-// for which device. Returns the exit code, 1 as ffmpeg's.
-int PrintListing();
 
 // The sources that these numbers of the list stand for. Returns nothing, after a message, if a
 // number is not in the list.
