@@ -131,7 +131,7 @@ bool PartFile::IsMovie() const
 
 bool PartFile::Sync() const
 {
-    return SyncData(m_file.Number());
+    return SyncToDisk(m_file.Number());
 }
 
 std::string PartFile::Publish()

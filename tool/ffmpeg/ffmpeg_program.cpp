@@ -2,6 +2,7 @@
 
 #include "tool/system/complaint.h"
 #include "tool/system/environment.h"
+#include "tool/system/own_program.h"
 #include "tool/system/pipe.h"
 #include "tool/system/process.h"
 
@@ -59,10 +60,8 @@ std::string FirstRunnable(const std::vector<std::string>& places)
 
 std::string FindFfmpeg()
 {
-    std::error_code error;
-    const fs::path own = fs::read_symlink("/proc/self/exe", error);
     return FirstRunnable(FfmpegPlaces(Variable("LUMENFOLD_FFMPEG"),
-                                      error ? std::string() : own.parent_path().string(),
+                                      fs::path(OwnProgram()).parent_path().string(),
                                       Variable("PATH")));
 }
 

@@ -42,6 +42,7 @@ public:
     }
 
     bool Sync() const { return SyncData(m_file.Number()); }
+    bool SyncForGood() const { return SyncToDisk(m_file.Number()); }
     bool Shorten(uint64_t size) const
     {
         return ftruncate(m_file.Number(), static_cast<off_t>(size)) == 0;
@@ -65,7 +66,7 @@ bool AppendMovieBox(const WritableFile& target, const FragmentedMovie& movie,
         target.Shorten(end);
         return false;
     }
-    return target.Sync();
+    return target.SyncForGood();
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "tool/system/file_identity.h"
 
+#include "tool/system/last_change.h"
+
 #include <sys/stat.h>
 
 namespace tool {
@@ -10,8 +12,9 @@ std::optional<FileIdentity> IdentityOf(int descriptor)
     if (fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
         return std::nullopt;
     }
-    return FileIdentity{info.st_dev, info.st_ino, static_cast<uint64_t>(info.st_size),
-                        info.st_mtim.tv_sec, info.st_mtim.tv_nsec};
+    const timespec changed = LastChange(info);
+    return FileIdentity{static_cast<uint64_t>(info.st_dev), info.st_ino,
+                        static_cast<uint64_t>(info.st_size), changed.tv_sec, changed.tv_nsec};
 }
 
 } // namespace tool

@@ -9,4 +9,9 @@ bool SyncData(int descriptor)
     return fdatasync(descriptor) == 0;
 }
 
+bool SyncToDisk(int descriptor)
+{
+    return SyncData(descriptor);
+}
+
 } // namespace tool
