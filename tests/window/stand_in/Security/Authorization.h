@@ -36,6 +36,7 @@ constexpr AuthorizationFlags kAuthorizationFlagExtendRights = 1U << 1U;
 constexpr AuthorizationFlags kAuthorizationFlagDestroyRights = 1U << 3U;
 constexpr AuthorizationFlags kAuthorizationFlagPreAuthorize = 1U << 4U;
 
+extern "C" {
 OSStatus AuthorizationCreate(const AuthorizationRights* rights,
                              const AuthorizationEnvironment* environment, AuthorizationFlags flags,
                              AuthorizationRef* authorization);
@@ -46,3 +47,4 @@ OSStatus AuthorizationExecuteWithPrivileges(AuthorizationRef authorization, cons
                                             AuthorizationFlags options, char* const* arguments,
                                             void** communicationsPipe);
 OSStatus AuthorizationFree(AuthorizationRef authorization, AuthorizationFlags flags);
+}
