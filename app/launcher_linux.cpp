@@ -44,7 +44,8 @@ QStringList UserEnvironment()
             assignments << name + '=' + value;
         }
     };
-    for (const char* name : {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR"}) {
+    for (const char* name :
+         {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR", "XDG_CURRENT_DESKTOP"}) {
         assign(name, qEnvironmentVariable(name));
     }
     assign("PULSE_SERVER", qEnvironmentVariable("PULSE_SERVER", SoundServer()));

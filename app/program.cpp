@@ -4,6 +4,7 @@
 #include "app/debug_output.h"
 #include "app/end_signals.h"
 #include "app/launcher.h"
+#include "app/window_platform.h"
 #include "jobs/text_codec.h"
 #include "ui/drui.h"
 #include "util/wide_text.h"
@@ -59,7 +60,11 @@ void RunProgram(int& argc, char** argv)
     // If the reader of our messages goes away, the window and a recording must go on.
     std::signal(SIGPIPE, SIG_IGN);
     SendDebugOutputToStandardError();
+    const bool chosen = ChooseWindowPlatform();
     const QApplication application(argc, argv);
+    if (chosen) {
+        qunsetenv("QT_QPA_PLATFORM"); // not for programs that this one starts
+    }
     std::setlocale(LC_NUMERIC, "C"); // sizes are "1.50 KB" in every locale
     InstallTextCodec("GB2312");
     if (argc == 2) {

@@ -4,8 +4,10 @@
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 
+#include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QWindow>
 
 CMessageBox::CMessageBox(QDialog* /*parent*/, Qt::WindowFlags /*flags*/)
 {
@@ -168,7 +170,11 @@ void CMessageBox::mousePressEvent(QMouseEvent* event)
 void CMessageBox::mouseMoveEvent(QMouseEvent* event)
 {
     if (event->buttons() == Qt::LeftButton) {
-        move(event->globalPosition().toPoint() - m_dragOffset);
+        if (QGuiApplication::platformName() == "wayland") {
+            windowHandle()->startSystemMove(); // no program can move its windows there
+        } else {
+            move(event->globalPosition().toPoint() - m_dragOffset);
+        }
         event->accept();
     }
 }

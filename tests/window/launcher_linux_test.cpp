@@ -68,7 +68,7 @@ private Q_SLOTS:
     void whatTheUserHasNotSetIsNotPassedOn()
     {
         for (const char* name : {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR",
-                                 "PULSE_SERVER", "PULSE_COOKIE"}) {
+                                 "XDG_CURRENT_DESKTOP", "PULSE_SERVER", "PULSE_COOKIE"}) {
             m_environment.remove(name);
         }
         Program().setProcessEnvironment(m_environment);
@@ -78,6 +78,7 @@ private Q_SLOTS:
                                     {"XAUTHORITY", ""},
                                     {"WAYLAND_DISPLAY", ""},
                                     {"XDG_RUNTIME_DIR", ""},
+                                    {"XDG_CURRENT_DESKTOP", ""},
                                     {"PULSE_SERVER", ""},
                                     {"PULSE_COOKIE", ""}}));
     }
@@ -147,6 +148,7 @@ private:
         m_environment.insert("XAUTHORITY", "/x/auth");
         m_environment.insert("WAYLAND_DISPLAY", "wayland-7");
         m_environment.insert("XDG_RUNTIME_DIR", Beside("run"));
+        m_environment.insert("XDG_CURRENT_DESKTOP", "GNOME");
         m_environment.insert("PULSE_SERVER", "unix:/p");
         m_environment.insert("PULSE_COOKIE", "/p/cookie");
         m_environment.insert("HOME", Beside("home"));
@@ -171,6 +173,7 @@ private:
                                           {"XAUTHORITY", "/x/auth"},
                                           {"WAYLAND_DISPLAY", "wayland-7"},
                                           {"XDG_RUNTIME_DIR", Beside("run")},
+                                          {"XDG_CURRENT_DESKTOP", "GNOME"},
                                           {"PULSE_SERVER", "unix:/p"},
                                           {"PULSE_COOKIE", "/p/cookie"},
                                           {"HOME", Beside("home")},
