@@ -35,8 +35,10 @@ uint32_t Pixel(uint32_t rgb, PixelOrder order)
     const auto ten = [](uint32_t eight) { return eight << 2 | eight >> 6; };
     switch (order) {
     case PixelOrder::Bgr:
+    case PixelOrder::PackedBgr:
         return red << 16 | green << 8 | blue;
     case PixelOrder::Rgb:
+    case PixelOrder::PackedRgb:
         return blue << 16 | green << 8 | red;
     case PixelOrder::Bgr10:
         return ten(red) << 20 | ten(green) << 10 | ten(blue);
@@ -52,32 +54,31 @@ struct Quarters
     Quarters(int w, int h, const std::array<Colour, 4>& colours, PixelOrder pixelOrder)
         : width(w),
           height(h),
+          stride(w * tool::PixelBytes(pixelOrder) + 20),
           order(pixelOrder),
-          pixels(static_cast<size_t>((w + kPadding) * h))
+          bytes(static_cast<size_t>(stride * h))
     {
+        const auto pixelBytes = static_cast<size_t>(tool::PixelBytes(order));
         for (int y = 0; y < h; ++y) {
             for (int x = 0; x < w; ++x) {
                 const size_t quarter = (y >= h / 2 ? 2U : 0U) + (x >= w / 2 ? 1U : 0U);
-                pixels[static_cast<size_t>(y * (w + kPadding) + x)] =
-                    Pixel(colours.at(quarter).rgb, pixelOrder);
+                const uint32_t pixel = Pixel(colours.at(quarter).rgb, order);
+                std::memcpy(
+                    &bytes[static_cast<size_t>(y * stride) + static_cast<size_t>(x) * pixelBytes],
+                    &pixel, pixelBytes);
             }
         }
     }
     SourcePicture View(int transform = 0) const
     {
-        return {reinterpret_cast<const uint8_t*>(pixels.data()),
-                (width + kPadding) * 4,
-                width,
-                height,
-                order,
-                transform};
+        return {bytes.data(), stride, width, height, order, transform};
     }
 
-    static constexpr int kPadding = 5;
     int width;
     int height;
+    int stride;
     PixelOrder order;
-    std::vector<uint32_t> pixels;
+    std::vector<uint8_t> bytes;
 };
 
 // A frame of this size, followed by bytes that must stay.
@@ -149,6 +150,8 @@ void FrameFitterTest::everyPixelFormatHasItsColours_data()
     QTest::newRow("red first") << static_cast<int>(PixelOrder::Rgb);
     QTest::newRow("blue first, 10 bits") << static_cast<int>(PixelOrder::Bgr10);
     QTest::newRow("red first, 10 bits") << static_cast<int>(PixelOrder::Rgb10);
+    QTest::newRow("blue first, packed") << static_cast<int>(PixelOrder::PackedBgr);
+    QTest::newRow("red first, packed") << static_cast<int>(PixelOrder::PackedRgb);
 }
 
 void FrameFitterTest::everyPixelFormatHasItsColours()

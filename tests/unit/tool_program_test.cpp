@@ -19,6 +19,7 @@ private slots:
     void chosenFfmpegThatIsMissingIsNamed();
     void ffmpegInTheWorkingDirectoryIsNotRun_data();
     void ffmpegInTheWorkingDirectoryIsNotRun();
+    static void listWithoutScreenAndSoundSaysWhy_data();
     void listWithoutScreenAndSoundSaysWhy();
     void listNeedsNoPlaceToRememberIt();
     void listLeavesTheRuntimeDirectoryOfAnotherUserAlone();
@@ -141,13 +142,36 @@ void ToolProgramTest::ffmpegInTheWorkingDirectoryIsNotRun()
     QVERIFY2(m_error.contains(reason) && m_error.count('\n') == 1, m_error);
 }
 
+void ToolProgramTest::listWithoutScreenAndSoundSaysWhy_data()
+{
+    QTest::addColumn<QString>("wayland");
+    QTest::addColumn<QString>("x");
+    QTest::addColumn<QByteArray>("reason");
+    QTest::newRow("no session") << ""
+                                << "" << QByteArray("neither WAYLAND_DISPLAY nor DISPLAY is set.");
+    QTest::newRow("no X server") << ""
+                                 << ":no" << QByteArray("the X display :no cannot be opened.");
+    QTest::newRow("no compositor")
+        << "wayland-no"
+        << "" << QByteArray("the Wayland display wayland-no cannot be opened.");
+    // What an X server shows in a Wayland session is black.
+    QTest::newRow("no compositor beside an X server")
+        << "wayland-no"
+        << ":no" << QByteArray("the Wayland display wayland-no cannot be opened.");
+    QTest::newRow("a name that is too long")
+        << QString(500, 'w') << "" << QByteArray(500, 'w') + " cannot be opened.";
+}
+
 void ToolProgramTest::listWithoutScreenAndSoundSaysWhy()
 {
-    m_environment.insert("WAYLAND_DISPLAY", "wayland-0");
+    QFETCH(QString, wayland);
+    QFETCH(QString, x);
+    QFETCH(QByteArray, reason);
+    m_environment.insert("WAYLAND_DISPLAY", wayland);
+    m_environment.insert("DISPLAY", x);
     QCOMPARE(Run({"-f", "avfoundation", "-list_devices", "true", "-i", " "}), 1);
     QVERIFY2(m_error.startsWith("[AVFoundation indev @ 0x"), m_error);
-    QVERIFY2(m_error.contains("No screen can be recorded: DISPLAY is not set"), m_error);
-    QVERIFY2(m_error.contains("Wayland"), m_error);
+    QVERIFY2(m_error.contains("No screen can be recorded: ") && m_error.contains(reason), m_error);
     QVERIFY2(!m_error.contains("Capture screen") && !m_error.contains("audio devices:"), m_error);
     QVERIFY2(m_output.isEmpty(), m_output);
 }

@@ -88,7 +88,8 @@ bool FedCapture::PreparePictures(const Rectangle& area)
 {
     const auto rate = ParseRate(m_record.rate);
     if (!rate || !m_record.isYuv420) {
-        return true;
+        return FfmpegCanGrab() ||
+               Tell("In a Wayland session a recording is yuv420p and has a plain frame rate");
     }
     OpenedScreen opened = OpenScreen(area, WaitForDescriptor);
     auto pipe = MakePipe();

@@ -12,7 +12,6 @@
 namespace tool {
 namespace {
 
-constexpr int pixelBytes = 4;
 constexpr int black = 16;
 constexpr int noColour = 128;
 
@@ -61,12 +60,12 @@ Planes PlanesIn(std::vector<uint8_t>& memory, int width, int height)
 // The pixels with 8 bits per colour.
 SourcePicture Narrowed(const SourcePicture& source, std::vector<uint8_t>& memory)
 {
-    if (source.order == PixelOrder::Bgr || source.order == PixelOrder::Rgb) {
+    if (source.order != PixelOrder::Bgr10 && source.order != PixelOrder::Rgb10) {
         return source;
     }
     SourcePicture result = source;
     result.order = PixelOrder::Bgr;
-    result.stride = source.width * pixelBytes;
+    result.stride = source.width * PixelBytes(result.order);
     memory.resize(static_cast<size_t>(result.stride) * static_cast<size_t>(source.height));
     result.first = memory.data();
     const auto convert =
@@ -75,12 +74,26 @@ SourcePicture Narrowed(const SourcePicture& source, std::vector<uint8_t>& memory
     return result;
 }
 
+// Of pixels with 8 bits per colour, which libyuv names from the highest byte.
+auto Conversion(PixelOrder order)
+{
+    switch (order) {
+    case PixelOrder::Rgb:
+        return libyuv::ABGRToI420;
+    case PixelOrder::PackedBgr:
+        return libyuv::RGB24ToI420;
+    case PixelOrder::PackedRgb:
+        return libyuv::RAWToI420;
+    default:
+        return libyuv::ARGBToI420;
+    }
+}
+
 // Converts as much as there is room for.
 void Convert(const SourcePicture& source, const Planes& to)
 {
-    const auto convert = source.order == PixelOrder::Bgr ? libyuv::ARGBToI420 : libyuv::ABGRToI420;
-    convert(source.first, source.stride, to.y, to.stride, to.u, to.ColourStride(), to.v,
-            to.ColourStride(), to.width, to.height);
+    Conversion(source.order)(source.first, source.stride, to.y, to.stride, to.u, to.ColourStride(),
+                             to.v, to.ColourStride(), to.width, to.height);
 }
 
 // A mirrored picture is the same as one that is upside down and turned by half.
@@ -140,6 +153,11 @@ void Fit(const Planes& picture, const Planes& frame)
 }
 
 } // namespace
+
+int PixelBytes(PixelOrder order)
+{
+    return order == PixelOrder::PackedBgr || order == PixelOrder::PackedRgb ? 3 : 4;
+}
 
 Rectangle UprightSize(int width, int height, int transform)
 {

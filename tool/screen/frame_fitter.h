@@ -10,10 +10,11 @@
 namespace tool {
 
 // The order of a pixel's colours, from the lowest byte or bit. A fourth byte, or two bits on top,
-// means nothing. The last two have 10 bits per colour.
-enum class PixelOrder { Bgr, Rgb, Bgr10, Rgb10 };
+// means nothing. 10: bits per colour. Packed: three bytes.
+enum class PixelOrder { Bgr, Rgb, Bgr10, Rgb10, PackedBgr, PackedRgb };
 
-// Rows of four-byte pixels.
+int PixelBytes(PixelOrder order);
+
 struct SourcePicture
 {
     const uint8_t* first = nullptr; // of the uppermost row

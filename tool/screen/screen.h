@@ -63,11 +63,16 @@ struct OpenedScreen
     std::string reason;
 };
 
-// The screens of this session. Each platform defines these two functions.
+// Each platform defines these three functions.
+
+// The screens of this session.
 Screens ReadScreens();
 
 // Opens one of them. Where a person is asked first, that takes as long as the person does; it gives
 // up when `wait` returns false.
 OpenedScreen OpenScreen(const Rectangle& area, const WaitForScreen& wait);
+
+// Whether ffmpeg could grab the screens itself.
+bool FfmpegCanGrab();
 
 } // namespace tool

@@ -24,10 +24,12 @@ public:
 
     bool IsOpen() const { return m_nNumber >= 0; }
     int Number() const { return m_nNumber; }
+    // It is no longer owned.
+    int Release() { return std::exchange(m_nNumber, -1); }
     void Close()
     {
         if (IsOpen()) {
-            close(std::exchange(m_nNumber, -1));
+            close(Release());
         }
     }
 

@@ -1,4 +1,5 @@
 #include "tool/screen/screen.h"
+#include "tool/screen/wayland/wayland_screens.h"
 #include "tool/screen/x11/monitors.h"
 #include "tool/screen/x11/x11_screen.h"
 #include "tool/system/environment.h"
@@ -8,19 +9,25 @@ namespace {
 
 std::string NoneReason(const std::string& display)
 {
-    std::string reason = display.empty() ? "No screen can be recorded: DISPLAY is not set"
-                                         : "No screen can be recorded: the X display " + display +
-                                               " cannot be opened";
-    if (!Variable("WAYLAND_DISPLAY").empty()) {
-        reason += "; a Wayland session without X gives programs no access to the screen";
-    }
-    return reason;
+    return display.empty()
+               ? "No screen can be recorded: neither WAYLAND_DISPLAY nor DISPLAY is set"
+               : "No screen can be recorded: the X display " + display + " cannot be opened";
+}
+
+// Wayland comes first: the X server that it often starts too shows its own windows at most, before
+// a black screen.
+std::string WaylandName()
+{
+    return Variable("WAYLAND_DISPLAY");
 }
 
 } // namespace
 
 Screens ReadScreens()
 {
+    if (const std::string name = WaylandName(); !name.empty()) {
+        return ReadWaylandScreens(name);
+    }
     const std::string display = Variable("DISPLAY");
     auto monitors = ReadMonitors(display);
     if (!monitors) {
@@ -31,8 +38,19 @@ Screens ReadScreens()
 
 OpenedScreen OpenScreen(const Rectangle& area, const WaitForScreen& /*wait*/)
 {
+    if (const std::string name = WaylandName(); !name.empty()) {
+        if (auto opened = OpenWaylandScreen(name, area)) {
+            return *std::move(opened);
+        }
+        return {nullptr, area, "No screen can be recorded: the compositor lets no program copy it"};
+    }
     const Rectangle even = EvenSized(area);
     return {OpenX11Screen(Variable("DISPLAY"), even), even, {}};
+}
+
+bool FfmpegCanGrab()
+{
+    return WaylandName().empty();
 }
 
 } // namespace tool
