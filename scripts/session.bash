@@ -95,6 +95,38 @@ END
 MicrophoneListens() { pactl list short sources | grep -qw microphone; }
 AwaitSound() { NeedsReady pulseaudio MicrophoneListens; }
 
+# StartBus: a session bus in the runtime directory, as a login makes it.
+StartBus() {
+    export DBUS_SESSION_BUS_ADDRESS=unix:path=$XDG_RUNTIME_DIR/bus
+    Start dbus-daemon dbus-daemon --session --nofork --nopidfile --address="$DBUS_SESSION_BUS_ADDRESS"
+    NeedsReady dbus-daemon OnBus org.freedesktop.DBus
+}
+# OnBus NAME: whether somebody has this name.
+OnBus() {
+    "${as_user[@]}" dbus-send --session --print-reply=literal --dest=org.freedesktop.DBus / \
+        org.freedesktop.DBus.NameHasOwner string:"$1" 2>&1 | grep -qw true
+}
+
+# StartPipeWire, for pictures: PulseAudio keeps the sound.
+StartPipeWire() {
+    Start pipewire pipewire
+    NeedsReady pipewire test -S "$XDG_RUNTIME_DIR/pipewire-0"
+    Start wireplumber wireplumber
+}
+
+# StartPortal NAME COMMAND...: the desktop's portal with this backend, an XDG_CURRENT_DESKTOP in lower case.
+StartPortal() {
+    local name=$1
+    shift
+    mkdir "$folder/portals"
+    cp "/usr/share/xdg-desktop-portal/portals/$name.portal" "$folder/portals"
+    Start portal-backend "$@"
+    NeedsReady portal-backend OnBus "org.freedesktop.impl.portal.desktop.$name"
+    export LUMENFOLD_PORTAL_BACKEND=${servers[-1]}
+    Start portal env XDG_DESKTOP_PORTAL_DIR="$folder/portals" /usr/libexec/xdg-desktop-portal --verbose
+    NeedsReady portal OnBus org.freedesktop.portal.Desktop
+}
+
 # RunCommand COMMAND...: runs it in the session and exits with its exit code.
 RunCommand() {
     # Background jobs of a script ignore interrupts by default.

@@ -1,8 +1,7 @@
 // Notifications through the session bus, as org.freedesktop.Notifications describes them.
-#include "tool/desktop/notification.h"
-
 #include "tool/bus/bus_message.h"
 #include "tool/bus/session_bus.h"
+#include "tool/desktop/notification.h"
 
 #include <cerrno>
 #include <csignal>

@@ -2,6 +2,7 @@
 #include "tool/capture/capture.h"
 #include "tool/feed/capture_devices.h"
 #include "tool/feed/fed_inputs.h"
+#include "tool/feed/opening_watch.h"
 #include "tool/feed/screen_feeder.h"
 #include "tool/feed/sound_feeder.h"
 #include "tool/screen/screen.h"
@@ -9,12 +10,11 @@
 #include "tool/system/environment.h"
 #include "tool/system/pipe.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <optional>
-#include <poll.h>
+#include <unistd.h>
 #include <utility>
 
 namespace tool {
@@ -43,14 +43,6 @@ bool Tell(const std::string& reason)
         Complain(reason);
     }
     return reason.empty();
-}
-
-bool WaitForDescriptor(pollfd& descriptor, SteadyTime until)
-{
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(until - std::chrono::steady_clock::now());
-    poll(&descriptor, 1, static_cast<int>(std::clamp<int64_t>(left.count(), 0, 1000)));
-    return true;
 }
 
 class FedCapture : public Capture
@@ -91,7 +83,9 @@ bool FedCapture::PreparePictures(const Rectangle& area)
         return FfmpegCanGrab() ||
                Tell("In a Wayland session a recording is yuv420p and has a plain frame rate");
     }
-    OpenedScreen opened = OpenScreen(area, WaitForDescriptor);
+    OpeningWatch watch(STDIN_FILENO);
+    OpenedScreen opened = OpenScreen(
+        area, [&](pollfd& descriptor, SteadyTime until) { return watch.Wait(descriptor, until); });
     auto pipe = MakePipe();
     if (!opened.screen || !pipe) {
         return Tell(opened.reason);

@@ -8,7 +8,6 @@
 #include <chrono>
 #include <csignal>
 #include <poll.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -22,19 +21,11 @@ constexpr auto usualInterval = 250ms; // for checking ffmpeg's pending signals
 constexpr auto quickInterval = 20ms;  // for checking whether ffmpeg may be told to quit
 constexpr char quit = 'q';
 
-bool IsPipe(int descriptor)
-{
-    struct stat status = {};
-    return fstat(descriptor, &status) == 0 &&
-           (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
-}
-
 } // namespace
 
 Supervisor::Supervisor(Supervised supervised, int keyboard, Signals& caught, RecordingTime& time)
     : m_supervised(std::move(supervised)),
-      m_nKeyboard(keyboard),
-      m_bKeyboardIsPipe(IsPipe(keyboard)),
+      m_keyboard(keyboard),
       m_caught(caught),
       m_time(time)
 {
@@ -55,7 +46,8 @@ int Supervisor::Run()
 
 void Supervisor::Wait()
 {
-    std::array<pollfd, 2> events{{{m_nKeyboard, POLLIN, 0}, {m_caught.Number(), POLLIN, 0}}};
+    std::array<pollfd, 2> events{
+        {{m_keyboard.Number(), POLLIN, 0}, {m_caught.Number(), POLLIN, 0}}};
     const bool mayQuit = m_time.End() && m_supervised.grabsItself && !m_bQuit;
     const std::chrono::milliseconds interval = mayQuit ? quickInterval : usualInterval;
     if (poll(events.data(), events.size(), static_cast<int>(interval.count())) > 0) {
@@ -73,21 +65,11 @@ void Supervisor::Wait()
 
 void Supervisor::ReadKeys()
 {
-    std::array<char, 256> bytes{};
-    const ssize_t count = read(m_nKeyboard, bytes.data(), bytes.size());
-    if (count <= 0) {
-        m_nKeyboard = -1;
-        if (m_bKeyboardIsPipe) {
-            m_time.Finish(Clock::now()); // the recorder is gone
-        }
-        return;
-    }
-    const std::string keys(bytes.data(), static_cast<size_t>(count));
-    const size_t end = keys.find(quit);
+    const std::string keys = m_keyboard.Read();
     if (!m_time.End()) {
-        Type(keys.substr(0, end));
+        Type(keys);
     }
-    if (end != std::string::npos) {
+    if (m_keyboard.HasAskedForEnd()) {
         m_time.Finish(Clock::now());
     }
 }

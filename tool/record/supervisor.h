@@ -1,6 +1,7 @@
 // Watches ffmpeg while it records, and ends the recording when that is asked for.
 #pragma once
 
+#include "tool/capture/keyboard.h"
 #include "tool/capture/recording_time.h"
 #include "tool/record/recording_file.h"
 #include "tool/system/descriptor.h"
@@ -42,8 +43,7 @@ private:
     void Type(const std::string& keys) const;
 
     Supervised m_supervised;
-    int m_nKeyboard; // -1: not read any more
-    bool m_bKeyboardIsPipe;
+    Keyboard m_keyboard;
     Signals& m_caught;
     RecordingTime& m_time;
     bool m_bQuit = false; // "q" is typed

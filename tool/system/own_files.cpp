@@ -64,9 +64,10 @@ void ReplaceText(const fs::path& file, const std::string& text)
 {
     const fs::path draft = file.string() + ".new-" + std::to_string(getpid());
     std::ofstream stream(draft, std::ios::binary | std::ios::trunc);
+    std::error_code error;
+    fs::permissions(draft, fs::perms::owner_read | fs::perms::owner_write, error);
     stream << text;
     stream.close();
-    std::error_code error;
     if (stream) {
         fs::rename(draft, file, error);
     }

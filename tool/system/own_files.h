@@ -15,7 +15,8 @@ std::filesystem::path OwnDirectory();
 // The contents of a regular file of at most 1 MiB.
 std::optional<std::string> ReadText(const std::filesystem::path& file);
 
-// Writes a new file and renames it, so that a reader sees either the old text or the new one.
+// Writes a new file, which nobody else can read, and renames it: a reader sees either the old text
+// or the new one.
 // Failures are ignored.
 void ReplaceText(const std::filesystem::path& file, const std::string& text);
 

@@ -1,3 +1,4 @@
+#include "tool/screen/portal/portal_screen.h"
 #include "tool/screen/screen.h"
 #include "tool/screen/wayland/wayland_screens.h"
 #include "tool/screen/x11/monitors.h"
@@ -21,6 +22,12 @@ std::string WaylandName()
     return Variable("WAYLAND_DISPLAY");
 }
 
+// For compositors whose own way does not work well, and for tests.
+bool IsPortalWanted()
+{
+    return !Variable("LUMENFOLD_USE_PORTAL").empty();
+}
+
 } // namespace
 
 Screens ReadScreens()
@@ -36,13 +43,12 @@ Screens ReadScreens()
     return {*std::move(monitors), {}};
 }
 
-OpenedScreen OpenScreen(const Rectangle& area, const WaitForScreen& /*wait*/)
+OpenedScreen OpenScreen(const Rectangle& area, const WaitForScreen& wait)
 {
     if (const std::string name = WaylandName(); !name.empty()) {
-        if (auto opened = OpenWaylandScreen(name, area)) {
-            return *std::move(opened);
-        }
-        return {nullptr, area, "No screen can be recorded: the compositor lets no program copy it"};
+        // Without a question where that is possible.
+        auto opened = IsPortalWanted() ? std::nullopt : OpenWaylandScreen(name, area);
+        return opened ? *std::move(opened) : OpenPortalScreen(area, wait);
     }
     const Rectangle even = EvenSized(area);
     return {OpenX11Screen(Variable("DISPLAY"), even), even, {}};
