@@ -9,6 +9,8 @@ namespace {
 
 constexpr int kCheckMs = 1000;
 constexpr int kStillChecks = 10; // checks, not time: the machine may have slept
+// `tool` repeats it while the desktop asks the user, who may take any time.
+constexpr auto kWaitingForUser = "Waiting for the desktop";
 constexpr qsizetype kKeptOutput = 16384;
 
 // Whether `tool` says, as shells do, that a signal has ended ffmpeg.
@@ -70,6 +72,9 @@ void RecordingWatch::Forget()
 
 void RecordingWatch::AddOutput(const QString& text)
 {
+    if (text.contains(kWaitingForUser)) {
+        m_nStillChecks = 0;
+    }
     m_strOutput = (m_strOutput + text).right(kKeptOutput);
 }
 

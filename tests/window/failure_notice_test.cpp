@@ -129,6 +129,23 @@ private Q_SLOTS:
         StopsWithoutAnotherMessage("btnSlotRecord");
     }
 
+    void aQuestionOfTheDesktopIsNoStandstill()
+    {
+        InstallTool(QByteArray(kRecordingTool).replace("printf 'data' >>", ": printf 'data' >>"));
+        EnterRecordPage();
+        Press("Record");
+        QTRY_COMPARE(Recordings().size(), 1);
+        auto* watch = Window().findChild<RecordingWatch*>();
+        for (int seconds = 0; seconds < 90; seconds += 9) {
+            LookAtTheFile(9);
+            watch->AddOutput("Waiting for the desktop to let the screen be recorded\r");
+        }
+        QVERIFY2(FailureBox() == nullptr, "told while the user is being asked");
+        LookAtTheFile(10);
+        QVERIFY2(FailureBox() != nullptr, "not told after the user has answered");
+        StopsWithoutAnotherMessage("btnSlotRecord");
+    }
+
     void aFileThatDoesNotGrowIsToldOnce()
     {
         InstallTool(QByteArray(kRecordingTool).replace("printf 'data' >>", ": printf 'data' >>"));

@@ -126,6 +126,7 @@ std::vector<std::thread> FedCapture::Feed()
     if (m_pPictures) {
         threads.emplace_back([feeder = std::move(m_pPictures)]() mutable {
             feeder->Run();
+            Tell(feeder->LostReason());
             feeder.reset(); // closes the pipe
         });
     }

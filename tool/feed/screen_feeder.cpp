@@ -36,6 +36,7 @@ ScreenFeeder::ScreenFeeder(std::unique_ptr<Screen> screen, const Rectangle& area
 bool ScreenFeeder::Prepare()
 {
     if (m_pScreen->Next(Clock::now() + firstPatience) != Outcome::Taken || !Convert()) {
+        m_lostReason = m_pScreen->LostReason();
         return false;
     }
     m_pictures.Add(0);
@@ -117,6 +118,7 @@ bool ScreenFeeder::Fill()
     const Outcome outcome = m_pScreen->Next(m_clock.Due(place + 1));
     m_pictures.Repeat(place - m_nNext);
     if (outcome == Outcome::Lost) {
+        m_lostReason = m_pScreen->LostReason();
         return false;
     }
     m_bUnwritten = m_bUnwritten || outcome == Outcome::Taken;

@@ -25,8 +25,8 @@ public:
     // Takes the first picture, which is used if there is no other at the start. Returns false if
     // the screen cannot be grabbed.
     bool Prepare();
-    // Why Prepare() has failed, as Screen::LostReason().
-    std::string LostReason() const { return m_pScreen->LostReason(); }
+    // Why Prepare() has failed or Run() has met the end of the screen, as Screen::LostReason().
+    const std::string& LostReason() const { return m_lostReason; }
 
     // Delivers all pictures up to `time`'s end, but at least two, without which no file plays.
     // Returns then, or when nobody reads any more. If the screen disappears, that is the end.
@@ -44,7 +44,8 @@ private:
     RecordingTime& m_time;
     PicturePipe m_pictures;
     PictureClock m_clock;
-    int64_t m_nNext = 0;       // the first place without a picture
+    int64_t m_nNext = 0; // the first place without a picture
+    std::string m_lostReason;
     bool m_bUnwritten = false; // there was no room for the last picture
 };
 

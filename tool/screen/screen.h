@@ -37,8 +37,8 @@ public:
     // opened, with the mouse pointer. Allowed after Taken and Unchanged.
     virtual void Write(uint8_t* frame) = 0;
 
-    // Why there was no first picture: a sentence without its full stop. Empty if ffmpeg may grab
-    // the screen itself instead.
+    // Why there was no first picture, or why the screen is lost: a sentence without its full stop.
+    // Empty if nothing is known, and ffmpeg may grab the screen itself if there was no picture.
     virtual std::string LostReason() const { return {}; }
 };
 

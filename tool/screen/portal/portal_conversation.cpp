@@ -198,9 +198,10 @@ std::optional<PortalResponse> PortalConversation::Ask(const char* method, const 
         if (IsSignal(signal.get(), request, "Response") && Path(signal.get()) == handle) {
             const PortalResponse response = ReadResponse(signal.get());
             if (response.code != PortalResponse::done) {
-                m_reason = response.code == PortalResponse::declined
-                               ? "The recording was declined in the desktop's dialog"
-                               : "The desktop's portal has given no permission to record";
+                m_reason =
+                    response.code == PortalResponse::declined
+                        ? "Recording the screen was declined in the desktop's dialog"
+                        : "No screen can be recorded: the desktop's portal gives no permission";
                 return std::nullopt;
             }
             return response;

@@ -18,8 +18,6 @@ using Clock = std::chrono::steady_clock;
 constexpr auto formatPatience = 10s; // measured: 40 to 130 ms
 constexpr auto picturePatience = 1s; // from then on; a still screen may bring none
 
-constexpr const char* ended = "The desktop has ended the sharing of the screen";
-
 class PortalScreen : public Screen
 {
 public:
@@ -33,6 +31,10 @@ public:
 
     Outcome Next(SteadyTime until) override;
     void Write(uint8_t* frame) override;
+    std::string LostReason() const override
+    {
+        return "The desktop has ended the sharing of the screen";
+    }
 
 private:
     const std::unique_ptr<PortalProcess> m_pSession;
