@@ -1,5 +1,7 @@
 #include "ui/input_block.h"
 
+#include "ui/deferred_input.h"
+
 #include <QAbstractButton>
 #include <QCoreApplication>
 #include <QMouseEvent>
@@ -8,26 +10,17 @@
 
 namespace {
 
-bool IsClickOrKey(QEvent::Type type)
+bool IsInput(QEvent::Type type)
 {
     switch (type) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonRelease:
     case QEvent::MouseButtonDblClick:
-    case QEvent::KeyPress:
-    case QEvent::KeyRelease:
-        return true;
-    default:
-        return false;
-    }
-}
-
-bool IsInput(QEvent::Type type)
-{
-    switch (type) {
     case QEvent::MouseMove:
     case QEvent::Wheel:
     case QEvent::ContextMenu:
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
     case QEvent::Shortcut:
     case QEvent::ShortcutOverride:
     case QEvent::InputMethod:
@@ -43,7 +36,7 @@ bool IsInput(QEvent::Type type)
     case QEvent::Drop:
         return true;
     default:
-        return IsClickOrKey(type);
+        return false;
     }
 }
 
@@ -62,21 +55,22 @@ QWidget* WindowOf(QObject* receiver, QWidget& window)
 
 InputBlock::InputBlock(QWidget& window, Input input, QList<QAbstractButton*> open)
     : m_window(window),
-      m_input(input),
+      m_drops(input == Input::Dropped),
       m_open(std::move(open))
 {
     ++m_nBlocks;
+    if (m_drops) {
+        ++m_nDropping;
+        DeferredInput::Of(m_window).Clear();
+    }
     QCoreApplication::instance()->installEventFilter(this);
 }
 
 InputBlock::~InputBlock()
 {
     --m_nBlocks;
-    for (auto& [receiver, event] : m_kept) {
-        if (receiver != nullptr) {
-            QCoreApplication::postEvent(receiver, event.release());
-        }
-    }
+    m_nDropping -= m_drops ? 1 : 0;
+    DeferredInput::Of(m_window).Resume();
 }
 
 bool InputBlock::eventFilter(QObject* receiver, QEvent* event)
@@ -84,9 +78,8 @@ bool InputBlock::eventFilter(QObject* receiver, QEvent* event)
     if (!IsInput(event->type()) || WindowOf(receiver, m_window) != &m_window) {
         return false;
     }
-    if (!ClicksOpenButton(receiver, *event) && m_input == Input::Deferred &&
-        IsClickOrKey(event->type())) {
-        m_kept.emplace_back(receiver, event->clone());
+    if (!ClicksOpenButton(receiver, *event) && m_nDropping == 0) {
+        DeferredInput::Of(m_window).Keep(receiver, *event);
     }
     event->ignore(); // nothing can be dropped here
     return true;
@@ -113,8 +106,10 @@ bool InputBlock::ClicksOpenButton(QObject* receiver, const QEvent& event)
     if (event.type() != QEvent::MouseButtonRelease || m_pPressed == nullptr) {
         return false;
     }
-    if (std::exchange(m_pPressed, nullptr) == OpenButtonAt(receiver, event)) {
-        OpenButtonAt(receiver, event)->click();
+    QAbstractButton* released = OpenButtonAt(receiver, event);
+    if (std::exchange(m_pPressed, nullptr) == released) {
+        DeferredInput::Of(m_window).Clear();
+        released->click();
     }
     return true;
 }

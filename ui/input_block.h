@@ -4,10 +4,6 @@
 #include <QObject>
 #include <QPointer>
 
-#include <memory>
-#include <utility>
-#include <vector>
-
 class QAbstractButton;
 class QWidget;
 
@@ -21,10 +17,11 @@ class InputBlock : public QObject
 public:
     enum class Input {
         Dropped,
-        Deferred // clicks and keys are delivered afterwards
+        Deferred // clicks and keys are delivered afterwards, before newer ones
     };
 
-    /// The buttons in `open` can still be clicked.
+    /// The buttons in `open` can still be clicked, which forgets the input deferred so far: it was
+    /// meant for what the button leaves. Dropped input forgets it too.
     InputBlock(QWidget& window, Input input, QList<QAbstractButton*> open = {});
     ~InputBlock() override;
     Q_DISABLE_COPY_MOVE(InputBlock)
@@ -40,9 +37,9 @@ private:
     bool ClicksOpenButton(QObject* receiver, const QEvent& event);
 
     QWidget& m_window;
-    Input m_input;
+    const bool m_drops;
     QList<QAbstractButton*> m_open;
-    QAbstractButton* m_pPressed = nullptr;
-    std::vector<std::pair<QPointer<QObject>, std::unique_ptr<QEvent>>> m_kept;
+    QPointer<QAbstractButton> m_pPressed;
     static inline int m_nBlocks = 0;
+    static inline int m_nDropping = 0;
 };

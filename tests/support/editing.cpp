@@ -20,15 +20,8 @@ bool MakeMovie(const Recorder& recorder, const QString& name, int seconds, const
 
 void MarkFirstVideo(Recorder& recorder, double start, double end)
 {
-    // Both read the duration of a video, as the program's log says.
-    for (const char* widget : {"home.cut", "cut.row"}) {
-        const auto probes = [&] { return recorder.Log().count("/tool\\\" -i "); };
-        const qsizetype before = probes();
-        recorder.Click(widget);
-        if (!WaitUntil([&] { return probes() > before && !recorder.ToolRuns(); })) {
-            qWarning("no duration is read after a click on %s", widget);
-        }
-    }
+    recorder.Click("home.cut");
+    recorder.Click("cut.row");
     recorder.ClickBetween("cut.slider.low", "cut.slider.high", start);
     recorder.Click("cut.start");
     recorder.ClickBetween("cut.slider.low", "cut.slider.high", end);
