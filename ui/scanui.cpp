@@ -48,7 +48,7 @@ void SCANUI::ShowOver(const QWidget& window)
     QElapsedTimer waited;
     waited.start();
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    while (!windowHandle()->isExposed() && waited.elapsed() < 1000) {
+    while (isVisible() && !windowHandle()->isExposed() && waited.elapsed() < 1000) {
         QThread::msleep(1);
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     }

@@ -134,6 +134,18 @@ private Q_SLOTS:
         QCOMPARE(texts, QStringList{kCutGood});
     }
 
+    // Cancelled by a screen reader, which needs no mouse. A hidden dialog is never drawn.
+    void theJobDoesNotWaitForADialogThatWasHidden()
+    {
+        const QWidget window;
+        QTimer::singleShot(0, m_dialog.get(), &QWidget::hide);
+        QElapsedTimer time;
+        time.start();
+        m_dialog->ShowOver(window);
+        QVERIFY(!m_dialog->isVisible());
+        QVERIFY2(time.elapsed() < 900, qPrintable(QString("waited %1 ms").arg(time.elapsed())));
+    }
+
 private:
     QString m_first; // at program start
 };
