@@ -173,9 +173,9 @@ void FrameFitterTest::pictureOfATurnedMonitorIsUpright_data()
     QTest::newRow("180") << 2 << QList{3, 2, 1, 0};
     QTest::newRow("270") << 3 << QList{1, 3, 0, 2};
     QTest::newRow("flipped") << 4 << QList{1, 0, 3, 2};
-    QTest::newRow("flipped 90") << 5 << QList{3, 1, 2, 0};
+    QTest::newRow("flipped 90") << 5 << QList{0, 2, 1, 3};
     QTest::newRow("flipped 180") << 6 << QList{2, 3, 0, 1};
-    QTest::newRow("flipped 270") << 7 << QList{0, 2, 1, 3};
+    QTest::newRow("flipped 270") << 7 << QList{3, 1, 2, 0};
 }
 
 void FrameFitterTest::pictureOfATurnedMonitorIsUpright()

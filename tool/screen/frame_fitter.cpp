@@ -96,14 +96,15 @@ void Convert(const SourcePicture& source, const Planes& to)
                              to.v, to.ColourStride(), to.width, to.height);
 }
 
-// A mirrored picture is the same as one that is upside down and turned by half.
+// A mirrored monitor's picture was mirrored first, and turned counter-clockwise then. Turning it back
+// and mirroring it is the same as reading it from below and turning it the other way from half a turn.
 SourcePicture WithoutMirror(SourcePicture picture)
 {
     constexpr int mirrored = 4;
     if (picture.transform >= mirrored) {
         picture.first += static_cast<ptrdiff_t>(picture.height - 1) * picture.stride;
         picture.stride = -picture.stride;
-        picture.transform = (picture.transform + 2) % mirrored;
+        picture.transform = (mirrored + 2 - picture.transform % mirrored) % mirrored;
     }
     return picture;
 }
