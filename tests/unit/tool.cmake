@@ -25,4 +25,6 @@ if(TARGET tool)
     tool_program_test unit SOURCES tool_program_test.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
     TOOL_PROGRAM="$<TARGET_FILE:tool>")
   add_dependencies(tool_program_test tool)
+  lumenfold_test(tool_wayland_screen_test unit SOURCES tool_wayland_screen_test.cpp LIBRARIES lumenfold_tool_core
+                 fake_compositor)
 endif()

@@ -199,6 +199,7 @@ void ScreencopyScreen::Finish()
     Fail();
     if (isCopied) {
         m_state = State::Ready;
+        m_reason = "The recorded screen is gone";
         m_picture = m_buffers.at(m_nFilled)->Picture(m_bUpsideDown, m_output.transform);
         m_nFilled = 1 - m_nFilled;
         m_bHasPicture = true;
