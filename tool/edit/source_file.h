@@ -20,7 +20,9 @@ struct SourceFile
     // fragment. ffmpeg refuses such a file or complains at its end.
     uint64_t size = 0;
 
-    // The path under which a child process that inherits the descriptor, and this one, opens it.
+    // The path under which a child process that inherits the descriptor, and this one, opens it. On
+    // macOS all that open it share one place in the file. ffmpeg goes to the beginning of what it
+    // opens, so it may be opened again, but not by two at the same time.
     std::string Path() const { return "/dev/fd/" + std::to_string(file.Number()); }
     // The same as a URL of ffmpeg's, for as much as is read.
     std::string Url() const;
