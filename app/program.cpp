@@ -1,5 +1,6 @@
 #include "app/program.h"
 
+#include "app/application_icon.h"
 #include "app/close_watcher.h"
 #include "app/debug_output.h"
 #include "app/end_signals.h"
@@ -10,7 +11,6 @@
 #include "util/wide_text.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QTimer>
 
 #include <clocale>
@@ -45,7 +45,7 @@ void RunApplication()
     const EndSignals endSignals(*window);
     window->show();
     // Loads its many sizes while the window manager is busy with the window.
-    QTimer::singleShot(0, [] { QApplication::setWindowIcon(QIcon(":/image/logo.ico")); });
+    QTimer::singleShot(0, SetApplicationIcon);
     QApplication::exec();
 
     close(errors);
@@ -61,6 +61,8 @@ void RunProgram(int& argc, char** argv)
     std::signal(SIGPIPE, SIG_IGN);
     SendDebugOutputToStandardError();
     const bool chosen = ChooseWindowPlatform();
+    // macOS starts the administrator's copy with the user's real id, and Qt would end it for that.
+    QCoreApplication::setSetuidAllowed(true);
     const QApplication application(argc, argv);
     if (chosen) {
         qunsetenv("QT_QPA_PLATFORM"); // not for programs that this one starts

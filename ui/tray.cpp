@@ -61,6 +61,7 @@ void DRUI::trayiconActivated(QSystemTrayIcon::ActivationReason reason)
     if (reason == QSystemTrayIcon::DoubleClick || reason == QSystemTrayIcon::Trigger) {
         showNormal();
         raise();
+        activateWindow(); // on macOS it would stay behind the windows of other programs
     }
 }
 

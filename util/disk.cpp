@@ -1,5 +1,6 @@
 #include "util/disk.h"
 
+#include "util/free_bytes.h"
 #include "util/wide_text.h"
 
 #include <array>
@@ -7,7 +8,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace {
@@ -23,18 +23,16 @@ int rsb_getFreeSpace(char* path, int /*ignored*/, unsigned int* high, unsigned i
     if (path[0] != '/') {
         return 0;
     }
-    struct statvfs status = {};
-    while (statvfs(path, &status) != 0) {
+    std::optional<unsigned long long> bytes;
+    while (!(bytes = FreeBytesAt(path))) {
         if (path[1] == '\0') {
             return -1;
         }
         char* slash = std::strrchr(path, '/');
         *(slash == path ? slash + 1 : slash) = '\0';
     }
-    const unsigned long long bytes =
-        static_cast<unsigned long long>(status.f_bavail) * status.f_frsize;
-    *low = static_cast<unsigned int>(bytes);
-    *high = static_cast<unsigned int>(bytes >> kHalfBits);
+    *low = static_cast<unsigned int>(*bytes);
+    *high = static_cast<unsigned int>(*bytes >> kHalfBits);
     return 0;
 }
 

@@ -174,6 +174,24 @@ private Q_SLOTS:
         QCOMPARE(Child<QLineEdit>("m_pSaveDirEdit")->text(), chosen.path());
     }
 
+    // As in a bundle that macOS starts from a read-only place. A folder in the file's place keeps
+    // root out too.
+    void aDirectoryThatCannotBeKeptHoldsForThisRun()
+    {
+        const QString settings = BesideProgram("ScreenRecord.ini");
+        QFile::remove(settings);
+        QVERIFY(QDir().mkpath(settings + "/taken"));
+        const QTemporaryDir chosen;
+        EnterRecordPage();
+        ChooseDirectory(chosen.path());
+        QCOMPARE(Child<QLineEdit>("m_pSaveDirEdit")->text(), chosen.path());
+        Call("btnSlotRecord");
+        const QString command = Child<QProcess>("m_pRecProcess")->arguments().join(' ');
+        QVERIFY2(command.contains(chosen.path()), qPrintable("recorded elsewhere: " + command));
+        CloseWindow();
+        QVERIFY(QDir(settings).removeRecursively());
+    }
+
 private:
     static QString Choices()
     {

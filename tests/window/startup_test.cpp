@@ -151,6 +151,25 @@ private Q_SLOTS:
         QVERIFY2(!QFile::exists(Work("other")), "another program was started");
     }
 
+    // As macOS starts a program that was given administrator rights.
+    void anotherRealUserIsNoObstacle()
+    {
+        if (geteuid() != 0) {
+            QSKIP("needs root");
+        }
+        Program().setChildProcessModifier([] {
+            if (setresuid(kUser, 0, 0) != 0) {
+                _exit(1);
+            }
+        });
+        Start({"start"});
+        QTRY_VERIFY2(Log().contains("-list_devices true") ||
+                         Program().state() == QProcess::NotRunning,
+                     "the window was not built");
+        QVERIFY2(Program().state() == QProcess::Running,
+                 "the program was ended: " + Log() + Program().readAllStandardError());
+    }
+
     void noArgumentAsRootStartsASecondCopyAtOnce()
     {
         if (geteuid() != 0) {

@@ -138,6 +138,17 @@ private Q_SLOTS:
         QVERIFY2(DRUI::m_bIsStart, "the click stopped the recording");
     }
 
+    void aClickActivatesAWindowThatIsShownAlready()
+    {
+        EnterRecordPage();
+        QWidget other;
+        other.show();
+        other.activateWindow();
+        QTRY_VERIFY(other.isActiveWindow());
+        Q_EMIT Icons().first()->activated(QSystemTrayIcon::Trigger);
+        QTRY_VERIFY2(Window().isActiveWindow(), "keys still go to the other window");
+    }
+
     void aClickBringsAMinimisedWindowBackToItsSize()
     {
         EnterRecordPage();
