@@ -68,7 +68,7 @@ struct Dispatch
     int operator()(const tool::Record& record) const
     {
         return WithFfmpeg([&](const std::string& ffmpeg) {
-            return tool::RunRecording(ffmpeg, record, recorder);
+            return tool::RunRecording(ffmpeg, record, recorder, tool::OpenCapture);
         });
     }
     int operator()(const tool::Cut& cut) const

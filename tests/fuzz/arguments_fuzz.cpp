@@ -88,7 +88,7 @@ void CheckCapture(const tool::Record& record, const Arguments& arguments,
                   const std::optional<int>& screenPipe, const std::optional<int>& soundPipe)
 {
     const tool::FeedPlan plan{":4", {100, 20, 1280, 800}, soundPipe, screenPipe};
-    const Arguments capture = tool::CaptureCommand(record, {tool::FedInputs(record, plan), true});
+    const Arguments capture = tool::CaptureCommand(record, {tool::FedInputs(record, plan), {true}});
     const std::set<std::string> known(arguments.begin(), arguments.end());
     for (const std::string& word : capture) {
         Require(MayBeNew(word, known), "no word is invented: " + word);

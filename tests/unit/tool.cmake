@@ -20,6 +20,13 @@ if(TARGET tool)
           supervisor)
     lumenfold_test(tool_${topic}_test unit SOURCES tool_${topic}_test.cpp LIBRARIES lumenfold_tool_core)
   endforeach()
+  # The rooms for macOS, which Linux only tests.
+  lumenfold_test(tool_av_command_test unit SOURCES tool_av_command_test.cpp LIBRARIES lumenfold_tool_common
+                 lumenfold_tool_avfoundation)
+  lumenfold_test(
+    tool_av_devices_test unit SOURCES tool_av_devices_test.cpp LIBRARIES lumenfold_tool_common
+    lumenfold_tool_avfoundation lumenfold_jobs test_movies DEFINITIONS
+    MACOS_SUPPORT="${PROJECT_SOURCE_DIR}/tests/support/macos")
   lumenfold_test(tool_part_note_test unit SOURCES tool_part_note_test.cpp LIBRARIES lumenfold_tool_core test_movies)
   lumenfold_test(
     tool_program_test unit SOURCES tool_program_test.cpp LIBRARIES lumenfold_tool_core DEFINITIONS

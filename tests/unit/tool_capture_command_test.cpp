@@ -40,7 +40,7 @@ QString Shown(const Arguments& arguments)
 Arguments Translate(const Arguments& arguments, const FeedPlan& plan, bool knowsStatsPeriod = true)
 {
     const auto record = std::get<tool::Record>(tool::ReadCommand(arguments));
-    return tool::CaptureCommand(record, {tool::FedInputs(record, plan), knowsStatsPeriod});
+    return tool::CaptureCommand(record, {tool::FedInputs(record, plan), {knowsStatsPeriod}});
 }
 
 } // namespace

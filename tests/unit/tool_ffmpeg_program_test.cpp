@@ -13,6 +13,7 @@ class ToolFfmpegProgramTest : public QObject
 private slots:
     void chosenProgramIsTheOnlyPlace();
     void ownDirectoryComesBeforePath();
+    void onMacOsOwnProgramComesFirstAndHomebrewLast();
     void placesInTheWorkingDirectoryAreLeftOut();
     void whatCannotBeRunIsPassedOver();
 };
@@ -27,6 +28,16 @@ void ToolFfmpegProgramTest::ownDirectoryComesBeforePath()
     QVERIFY(tool::FfmpegPlaces("", "/own", "/a:/b") ==
             Places({"/own/ffmpeg", "/a/ffmpeg", "/b/ffmpeg"}));
     QVERIFY(tool::FfmpegPlaces("", "/own", "") == Places{"/own/ffmpeg"});
+}
+
+void ToolFfmpegProgramTest::onMacOsOwnProgramComesFirstAndHomebrewLast()
+{
+    const tool::SearchOrder order = {true, {"/opt/homebrew/bin", "/usr/local/bin"}};
+    QVERIFY(
+        tool::FfmpegPlaces("", "/own", "/a", order) ==
+        Places({"/own/ffmpeg", "/a/ffmpeg", "/opt/homebrew/bin/ffmpeg", "/usr/local/bin/ffmpeg"}));
+    QVERIFY(tool::FfmpegPlaces("/x/ff", "/own", "/a", order) == Places({"/own/ffmpeg", "/x/ff"}));
+    QVERIFY(tool::FfmpegPlaces("ff", "/own", "/a", order) == Places{"/own/ffmpeg"});
 }
 
 void ToolFfmpegProgramTest::placesInTheWorkingDirectoryAreLeftOut()

@@ -34,6 +34,7 @@ public:
         bool hasFile = true;
         std::chrono::milliseconds patience = 1min;
         int keyboard = -1; // instead of the one of its own
+        std::chrono::milliseconds firstPicture{0};
     };
 
     explicit Supervision(Options options) : m_options(options)
@@ -52,10 +53,11 @@ public:
         m_thread = std::thread([this, pipe = std::move(keys->write)]() mutable {
             tool::Supervisor supervisor(
                 {*m_ffmpeg, std::move(pipe), m_options.hasFile ? &*m_file : nullptr,
-                 m_options.grabsItself, m_options.patience},
+                 m_options.grabsItself, m_options.patience, m_options.firstPicture},
                 m_options.keyboard >= 0 ? m_options.keyboard : m_keyboard.Input(), *m_caught,
                 m_time);
             m_nCode = supervisor.Run();
+            m_reason = supervisor.Reason();
         });
     }
     Supervision(const Supervision&) = delete;
@@ -94,6 +96,8 @@ public:
         return m_nCode;
     }
 
+    tool::Ending Reason() const { return m_reason; } // after the end
+
 private:
     Options m_options;
     QTemporaryDir m_folder;
@@ -105,6 +109,7 @@ private:
     std::optional<tool::Signals> m_caught;
     std::thread m_thread;
     int m_nCode = -1;
+    tool::Ending m_reason = tool::Ending::Asked;
 };
 
 constexpr auto kAWhile = 400ms; // longer than the supervisor takes to look at everything
@@ -130,6 +135,9 @@ private slots:
     void hangUpThatIsIgnoredDoesNot();
     void hangUpOfFfmpegEndsTheRecording();
     void endOfFfmpegEndsTheRecording();
+    void ffmpegWithoutAFirstPictureIsKilled_data();
+    void ffmpegWithoutAFirstPictureIsKilled();
+    void ffmpegWithAFirstPictureIsNot();
 };
 
 void ToolSupervisorTest::init()
@@ -257,8 +265,39 @@ void ToolSupervisorTest::endOfFfmpegEndsTheRecording()
     time.start();
     QCOMPARE(kill(recording.Ffmpeg(), SIGKILL), 0);
     QCOMPARE(recording.WaitForEnd(), 128 + SIGKILL);
+    QVERIFY(recording.Reason() == tool::Ending::ByItself);
     QVERIFY(recording.HasEnded());
     QVERIFY2(time.elapsed() < 5000, "it is noticed late");
+}
+
+void ToolSupervisorTest::ffmpegWithoutAFirstPictureIsKilled_data()
+{
+    QTest::addColumn<bool>("asked");
+    QTest::newRow("nobody stops the recording") << false;
+    QTest::newRow("the user has stopped it") << true;
+}
+
+// Waiting for a capture device, it would look at no key.
+void ToolSupervisorTest::ffmpegWithoutAFirstPictureIsKilled()
+{
+    QFETCH(bool, asked);
+    QElapsedTimer time;
+    time.start();
+    Supervision recording({.grabsItself = true, .firstPicture = 700ms});
+    QVERIFY(!asked || recording.Keys().Type("q"));
+    QCOMPARE(recording.WaitForEnd(), 128 + SIGKILL);
+    QVERIFY(recording.Reason() == tool::Ending::NoPicture);
+    QVERIFY2(time.elapsed() >= 700, qPrintable(QString("after %1 ms").arg(time.elapsed())));
+}
+
+void ToolSupervisorTest::ffmpegWithAFirstPictureIsNot()
+{
+    Supervision recording({.grabsItself = true, .firstPicture = 300ms});
+    recording.FillFile();
+    QTest::qWait(900);
+    QVERIFY2(IsAlive(recording.Ffmpeg()), "it is killed");
+    QVERIFY(recording.Keys().Type("q"));
+    QCOMPARE(recording.Typed(1), QByteArray("q"));
 }
 
 QTEST_GUILESS_MAIN(ToolSupervisorTest)

@@ -4,6 +4,7 @@
 #include "tool/capture/recording_time.h"
 #include "tool/command/command.h"
 
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -16,8 +17,9 @@ namespace tool {
 struct CaptureInputs
 {
     std::vector<Arguments> inputs;     // options, "-i" and name of each; the first has the pictures
-    std::vector<size_t> sounds;        // the inputs with sound
+    std::vector<size_t> sounds;        // the inputs with sound, which become one track
     std::string pictureFilter;         // what the pictures need; empty: nothing
+    std::string soundFilter;           // what each sound needs; empty: what -async asks for
     std::vector<int> descriptors = {}; // those that the names refer to
 };
 
@@ -42,6 +44,14 @@ public:
 
     // ffmpeg has ended: nothing more is fed to it.
     virtual void End() {}
+
+    // How long the first picture may take. Zero: for ever.
+    virtual std::chrono::milliseconds FirstPicturePatience() const { return {}; }
+
+    // There was no picture: what the user can do about it, as a sentence without its full stop.
+    // Empty if that is not known. `late`: the patience was over; otherwise ffmpeg has failed. May
+    // take some seconds.
+    virtual std::string NoPictureReason(bool /*late*/) const { return {}; }
 };
 
 // Each platform defines these two functions.

@@ -144,7 +144,8 @@ Command ReadRecord(const std::vector<Section>& sections)
         if (first) {
             first = false;
             record.screen = name->screen;
-            record.rate = ValueOf(section.options, "-framerate").value_or(record.rate);
+            record.captureRate = ValueOf(section.options, "-framerate").value_or(record.rate);
+            record.rate = record.captureRate;
             Append(record.before, WithoutCaptureOptions(section.options));
         }
         if (name->sound && !IsOneOf(record.sounds, *name->sound)) {

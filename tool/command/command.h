@@ -33,9 +33,10 @@ struct Record
     Arguments output;        // the output's options
     std::string file;
     std::string rate = "30"; // frames per second, as the command says it: "29.97", "30000/1001"
-    int sampleRate = 48000;  // 8000 to 192000
-    bool isYuv420 = false;   // the pixel format asked for
-    bool fragmented = false; // an .mp4, and no option says how it is to be written
+    std::string captureRate = "30"; // likewise, but of the capture
+    int sampleRate = 48000;         // 8000 to 192000
+    bool isYuv420 = false;          // the pixel format asked for
+    bool fragmented = false;        // an .mp4, and no option says how it is to be written
 };
 
 // A copy of a part of a movie.

@@ -26,6 +26,11 @@ std::optional<std::string> ValueOf(const Arguments& options, std::string_view na
     return std::nullopt;
 }
 
+size_t InputsIn(const Arguments& arguments)
+{
+    return SplitSections(arguments).size() - 1;
+}
+
 void Append(Arguments& target, const Arguments& more)
 {
     target.insert(target.end(), more.begin(), more.end());

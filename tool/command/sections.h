@@ -3,6 +3,7 @@
 
 #include "tool/command/command.h"
 
+#include <cstddef>
 #include <optional>
 #include <string_view>
 
@@ -21,6 +22,9 @@ std::vector<Section> SplitSections(const Arguments& arguments);
 
 // The argument after the option.
 std::optional<std::string> ValueOf(const Arguments& options, std::string_view name);
+
+// The number of inputs among the arguments.
+size_t InputsIn(const Arguments& arguments);
 
 void Append(Arguments& target, const Arguments& more);
 

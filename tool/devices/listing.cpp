@@ -18,27 +18,33 @@ void ReplaceAll(std::string& text, std::string_view from, std::string_view to)
     }
 }
 
-std::string MicrophoneTitle(const SoundSource& source)
+// The name for people.
+const std::string& NameOf(const SoundSource& source)
 {
-    std::string name = PlainName(source.description.empty() ? source.name : source.description);
-    if (name.find(microphoneWord) != std::string::npos) {
-        return name;
-    }
-    return std::string(microphoneWord) + " (" + name + ")";
-}
-
-std::string ComputerTitle(const SoundSource& source)
-{
-    std::string name = PlainName(source.description.empty() ? source.name : source.description);
-    ReplaceAll(name, microphoneWord, "Mic");
-    constexpr std::string_view prefix = "Monitor of ";
-    if (name.starts_with(prefix)) {
-        name.erase(0, prefix.size());
-    }
-    return "Computer sounds (" + name + ")";
+    return source.description.empty() ? source.name : source.description;
 }
 
 } // namespace
+
+std::string MicrophoneTitle(const std::string& name)
+{
+    std::string plain = PlainName(name);
+    if (plain.find(microphoneWord) != std::string::npos) {
+        return plain;
+    }
+    return std::string(microphoneWord) + " (" + plain + ")";
+}
+
+std::string ComputerTitle(const std::string& name)
+{
+    std::string plain = PlainName(name);
+    ReplaceAll(plain, microphoneWord, "Mic");
+    constexpr std::string_view prefix = "Monitor of ";
+    if (plain.starts_with(prefix)) {
+        plain.erase(0, prefix.size());
+    }
+    return "Computer sounds (" + plain + ")";
+}
 
 std::string PlainName(const std::string& name)
 {
@@ -72,10 +78,10 @@ std::vector<SoundDevice> ArrangeSoundDevices(const SoundServer& server)
         }
         const bool leads = source.name == server.defaultSource;
         devices.insert(leads ? devices.begin() : devices.end(),
-                       {MicrophoneTitle(source), source.name});
+                       {MicrophoneTitle(NameOf(source)), source.name});
     }
     if (monitor != nullptr) {
-        devices.push_back({ComputerTitle(*monitor), computerSounds});
+        devices.push_back({ComputerTitle(NameOf(*monitor)), computerSounds});
     } else if (devices.size() > 1) {
         devices.resize(1);
     }

@@ -23,6 +23,10 @@ struct SoundDevice
 // other titles, so without a monitor the list has only one microphone.
 std::vector<SoundDevice> ArrangeSoundDevices(const SoundServer& server);
 
+// Titles for a microphone and for the computer's sounds, of a device with this name.
+std::string MicrophoneTitle(const std::string& name);
+std::string ComputerTitle(const std::string& name);
+
 // Removes everything from a name that would confuse a parser of the list: brackets become
 // parentheses, control characters blanks, and nothing looks like a screen or a header.
 std::string PlainName(const std::string& name);

@@ -86,7 +86,9 @@ std::optional<FfmpegVersion> ParseVersion(std::string_view text)
 
 FfmpegFeatures FeaturesOf(const FfmpegVersion& version)
 {
-    return {version.format >= LibraryVersion{58, 76}, version.codec >= LibraryVersion{59, 37}};
+    const bool since44 = version.format >= LibraryVersion{58, 76};
+    const bool since51 = version.codec >= LibraryVersion{59, 37};
+    return {since44, since51, since51, since44};
 }
 
 FfmpegFeatures FeaturesOf(const std::string& program)

@@ -30,6 +30,8 @@ struct FfmpegFeatures
 {
     bool statsPeriod = false; // -stats_period, since 4.4
     bool noiseDrop = false;   // expressions in the bitstream filter "noise", since 5.1
+    bool inputSync = false;   // -isync for an input, since 5.1
+    bool plainMix = false;    // normalize=0 of the filter "amix", since 4.4
 };
 
 FfmpegFeatures FeaturesOf(const FfmpegVersion& version);

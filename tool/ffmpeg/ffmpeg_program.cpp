@@ -24,17 +24,17 @@ bool IsAbsolute(const std::string& path)
 }
 
 std::vector<std::string> FfmpegPlaces(const std::string& chosen, const std::string& ownDirectory,
-                                      const std::string& path)
+                                      const std::string& path, const SearchOrder& order)
 {
     std::vector<std::string> places;
+    if (!ownDirectory.empty() && (chosen.empty() || order.ownFirst)) {
+        places.push_back(ownDirectory + "/ffmpeg");
+    }
     if (!chosen.empty()) {
         if (IsAbsolute(chosen)) {
             places.push_back(chosen);
         }
         return places;
-    }
-    if (!ownDirectory.empty()) {
-        places.push_back(ownDirectory + "/ffmpeg");
     }
     for (size_t at = 0; at <= path.size() && !path.empty();) {
         const size_t colon = std::min(path.find(':', at), path.size());
@@ -43,6 +43,9 @@ std::vector<std::string> FfmpegPlaces(const std::string& chosen, const std::stri
             places.push_back(directory + "/ffmpeg");
         }
         at = colon + 1;
+    }
+    for (const std::string& folder : order.folders) {
+        places.push_back(folder + "/ffmpeg");
     }
     return places;
 }
@@ -62,7 +65,7 @@ std::string FindFfmpeg()
 {
     return FirstRunnable(FfmpegPlaces(Variable("LUMENFOLD_FFMPEG"),
                                       fs::path(OwnProgram()).parent_path().string(),
-                                      Variable("PATH")));
+                                      Variable("PATH"), PlatformSearchOrder()));
 }
 
 std::string NoFfmpegReason()

@@ -4,6 +4,7 @@
 #include "tool/system/one_of.h"
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 
 namespace tool {
@@ -34,26 +35,67 @@ Arguments Fragments()
             "-force_key_frames", "expr:eq(n,1)"};
 }
 
-// Removes -async, which newer ffmpegs do not have, and returns the filter that does the same. Empty
-// if the command does not have it.
-std::string TakeAsync(Arguments& options)
+// Removes the option and returns its value, or nothing if it is not there.
+std::optional<std::string> TakeOption(Arguments& options, std::string_view name)
 {
-    const auto async = std::find(options.begin(), options.end(), "-async");
-    if (async == options.end() || async + 1 == options.end()) {
-        return {};
+    const auto at = std::find(options.begin(), options.end(), name);
+    if (at == options.end() || at + 1 == options.end()) {
+        return std::nullopt;
     }
-    std::string filter = "aresample=async=" + *(async + 1);
-    options.erase(async, async + 2);
-    return filter;
+    std::string value = *(at + 1);
+    options.erase(at, at + 2);
+    return value;
 }
 
-Arguments OutputOptions(const Record& record, const CaptureInputs& capture)
+// Makes one track of several sounds at their own volumes.
+void MixSounds(Arguments& options, const CapturePlan& plan, size_t firstInput)
+{
+    const CaptureInputs& capture = plan.capture;
+    std::string filtered;
+    std::string mixed;
+    for (const size_t sound : capture.sounds) {
+        const std::string number = std::to_string(firstInput + sound);
+        filtered.append("[").append(number).append(":a]");
+        filtered.append(capture.soundFilter).append("[s").append(number).append("];");
+        mixed.append("[s").append(number).append("]");
+    }
+    const std::string count = std::to_string(capture.sounds.size());
+    std::string graph =
+        filtered + mixed + "amix=inputs=" + count +
+        (plan.features.plainMix ? ":normalize=0" : ":dropout_transition=0,volume=" + count) +
+        ",alimiter";
+    for (const char* name : {"-af", "-filter:a"}) {
+        if (const auto own = TakeOption(options, name)) {
+            graph += "," + *own;
+        }
+    }
+    options.insert(options.begin(), {"-filter_complex", graph + "[sound]", "-map",
+                                     std::to_string(firstInput) + ":v", "-map", "[sound]"});
+}
+
+// -async of the command becomes a filter: newer ffmpegs do not have it.
+void FilterSound(Arguments& options, const CapturePlan& plan, size_t firstInput)
+{
+    const CaptureInputs& capture = plan.capture;
+    const auto async = TakeOption(options, "-async");
+    std::string filter = capture.soundFilter;
+    if (filter.empty() && async) {
+        filter = "aresample=async=" + *async;
+    }
+    if (capture.sounds.size() > 1 && !ValueOf(options, "-filter_complex")) {
+        MixSounds(options, plan, firstInput);
+    } else if (!capture.sounds.empty() && !filter.empty()) {
+        PrependFilter(options, {"-af", "-filter:a"}, filter);
+    }
+}
+
+Arguments OutputOptions(const Record& record, const CapturePlan& plan)
 {
     Arguments options = record.output;
-    const std::string async = TakeAsync(options);
-    if (!capture.sounds.empty() && !async.empty()) {
-        PrependFilter(options, {"-af", "-filter:a"}, async);
+    if (!plan.capture.pictureFilter.empty() && !ValueOf(options, "-filter_complex")) {
+        PrependFilter(options, {"-vf", "-filter:v"}, plan.capture.pictureFilter);
     }
+    FilterSound(options, plan, InputsIn(record.before));
     if (!ValueOf(options, "-flush_packets")) {
         // Write to the file at once: the recorder shows its size, and a still screen would not fill
         // ffmpeg's buffer for minutes.
@@ -61,9 +103,6 @@ Arguments OutputOptions(const Record& record, const CaptureInputs& capture)
     }
     if (!ValueOf(options, "-g")) {
         options.insert(options.begin(), {"-g", keyFrameDistance});
-    }
-    if (!capture.pictureFilter.empty() && !ValueOf(options, "-filter_complex")) {
-        PrependFilter(options, {"-vf", "-filter:v"}, capture.pictureFilter);
     }
     if (record.fragmented) {
         Append(options, Fragments());
@@ -76,7 +115,7 @@ Arguments OutputOptions(const Record& record, const CaptureInputs& capture)
 Arguments CaptureCommand(const Record& record, const CapturePlan& plan)
 {
     Arguments result;
-    if (plan.knowsStatsPeriod) {
+    if (plan.features.statsPeriod) {
         // The recorder types "q" after output: print progress ten times a second instead of twice.
         result = {"-stats_period", "0.1"};
     }
@@ -85,7 +124,7 @@ Arguments CaptureCommand(const Record& record, const CapturePlan& plan)
         Append(result, input);
     }
     Append(result, record.after);
-    Append(result, OutputOptions(record, plan.capture));
+    Append(result, OutputOptions(record, plan));
     if (plan.file) {
         Append(result, {"-f", "mp4", "-y", *plan.file});
     } else if (!record.file.empty()) {

@@ -3,6 +3,7 @@
 
 #include "tool/capture/capture.h"
 #include "tool/command/command.h"
+#include "tool/ffmpeg/features.h"
 
 #include <optional>
 #include <string>
@@ -13,7 +14,7 @@ namespace tool {
 struct CapturePlan
 {
     CaptureInputs capture;
-    bool knowsStatsPeriod = false; // whether this ffmpeg has -stats_period
+    FfmpegFeatures features;
     // A name of the empty file to write; none: ffmpeg makes the file.
     std::optional<std::string> file = std::nullopt;
 };

@@ -44,6 +44,7 @@ private:
     bool CreateFile();
     std::optional<Process> Start(const std::string& ffmpeg, const Descriptor& keys) const;
     std::thread Sync(std::future<void> ended);
+    int CodeOf(int ffmpegCode, Ending ending) const;
 
     const Record& m_record;
     Capture& m_capture;
@@ -67,7 +68,7 @@ bool Recording::CreateFile()
 
 std::optional<Process> Recording::Start(const std::string& ffmpeg, const Descriptor& keys) const
 {
-    CapturePlan plan{m_capture.Inputs(), FeaturesOf(ffmpeg).statsPeriod};
+    CapturePlan plan{m_capture.Inputs(), FeaturesOf(ffmpeg)};
     if (m_file) {
         plan.file = m_file->Name();
     }
@@ -97,6 +98,20 @@ std::thread Recording::Sync(std::future<void> ended)
     });
 }
 
+// Returns the exit code of `tool`, after a message if there is no picture and it is known why.
+int Recording::CodeOf(int ffmpegCode, Ending ending) const
+{
+    const bool late = ending == Ending::NoPicture;
+    if (m_file->HasContent() || ending == Ending::Asked || (!late && ffmpegCode == 0)) {
+        return ffmpegCode;
+    }
+    const std::string reason = m_capture.NoPictureReason(late);
+    if (!reason.empty()) {
+        Complain(reason);
+    }
+    return late ? failed : ffmpegCode;
+}
+
 int Recording::Run(const std::string& ffmpeg)
 {
     // In ffmpeg too. The first: it records on when nobody reads its messages any more.
@@ -124,13 +139,17 @@ int Recording::Run(const std::string& ffmpeg)
             threads.push_back(Sync(ended.get_future()));
         }
     }
-    Supervisor supervisor(
-        {*process, std::move(keys->write), m_file ? &*m_file : nullptr, m_capture.GrabsItself()},
-        STDIN_FILENO, caught, m_time);
-    const int code = supervisor.Run();
+    Supervisor supervisor({.ffmpeg = *process,
+                           .keys = std::move(keys->write),
+                           .file = m_file ? &*m_file : nullptr,
+                           .grabsItself = m_capture.GrabsItself(),
+                           .firstPicture = m_capture.FirstPicturePatience()},
+                          STDIN_FILENO, caught, m_time);
+    int code = supervisor.Run();
     m_capture.End();
     ended.set_value();
     if (m_file) {
+        code = CodeOf(code, supervisor.Reason());
         m_file->Finish();
     }
     for (std::thread& thread : threads) {
@@ -141,10 +160,11 @@ int Recording::Run(const std::string& ffmpeg)
 
 } // namespace
 
-int RunRecording(const std::string& ffmpeg, const Record& record, pid_t recorder)
+int RunRecording(const std::string& ffmpeg, const Record& record, pid_t recorder,
+                 decltype(OpenCapture) open)
 {
     RecordingTime time;
-    const auto capture = OpenCapture(ffmpeg, record, time);
+    const auto capture = open(ffmpeg, record, time);
     if (!capture || getppid() != recorder) {
         return failed;
     }

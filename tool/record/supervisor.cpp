@@ -38,7 +38,11 @@ int Supervisor::Run()
     while (!code) {
         Wait();
         QuitIfNeeded();
+        KillWithoutPicture();
         code = m_supervised.ffmpeg.ExitCode();
+    }
+    if (m_ending != Ending::NoPicture && m_time.End()) {
+        m_ending = Ending::Asked;
     }
     m_time.Finish(Clock::now());
     return *code;
@@ -96,6 +100,18 @@ void Supervisor::QuitIfNeeded()
     if ((m_supervised.grabsItself && hasPicture) || Clock::now() > *end + m_supervised.patience) {
         m_bQuit = true;
         Type({quit});
+    }
+}
+
+// Waiting for a capture device, ffmpeg looks at no keys and no other signals.
+void Supervisor::KillWithoutPicture()
+{
+    const bool late =
+        m_supervised.firstPicture.count() > 0 && Clock::now() > m_start + m_supervised.firstPicture;
+    if (late && m_ending != Ending::NoPicture && m_supervised.file != nullptr &&
+        !m_supervised.file->HasContent()) {
+        m_ending = Ending::NoPicture;
+        m_supervised.ffmpeg.Signal(SIGKILL);
     }
 }
 

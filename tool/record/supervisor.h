@@ -23,6 +23,15 @@ struct Supervised
     // How long ffmpeg may take from there to its end. It has read all its inputs long before:
     // within 0.1 s, up to 4 s on a busy machine.
     std::chrono::milliseconds patience = std::chrono::seconds(20);
+    // How long the first picture may take to reach the file. Zero: for ever.
+    std::chrono::milliseconds firstPicture = std::chrono::milliseconds(0);
+};
+
+// Why a recording has ended.
+enum class Ending {
+    Asked,     // that was asked for
+    ByItself,  // ffmpeg has ended
+    NoPicture, // none came in time, and ffmpeg was killed
 };
 
 class Supervisor
@@ -34,12 +43,15 @@ public:
 
     // Returns ffmpeg's exit code when it has ended.
     int Run();
+    // What has ended it first, after Run().
+    Ending Reason() const { return m_ending; }
 
 private:
     void Wait();
     void ReadKeys();
     void ReadSignals();
     void QuitIfNeeded();
+    void KillWithoutPicture();
     void Type(const std::string& keys) const;
 
     Supervised m_supervised;
@@ -47,6 +59,8 @@ private:
     Signals& m_caught;
     RecordingTime& m_time;
     bool m_bQuit = false; // "q" is typed
+    SteadyTime m_start = SteadyTime::clock::now();
+    Ending m_ending = Ending::ByItself;
 };
 
 } // namespace tool
