@@ -6,7 +6,6 @@
 #include "app/end_signals.h"
 #include "app/launcher.h"
 #include "app/window_platform.h"
-#include "jobs/folder_listing.h"
 #include "jobs/text_codec.h"
 #include "ui/drui.h"
 #include "util/wide_text.h"
@@ -16,7 +15,6 @@
 
 #include <clocale>
 #include <csignal>
-#include <cstdlib>
 #include <fcntl.h>
 #include <memory>
 #include <unistd.h>
@@ -53,9 +51,6 @@ void RunApplication()
     close(errors);
     unlink(kErrorFile); // if it stays, the program ended abnormally
     window.reset();     // finishes a running recording
-    if (IsListingLeftBehind()) {
-        std::_Exit(0);
-    }
 }
 
 } // namespace

@@ -8,7 +8,6 @@
 #include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
 #include "tests/support/test_pattern_process.h"
-#include "tests/support/x11_desktop.h"
 
 #include <QTest>
 
@@ -70,7 +69,7 @@ private:
     void CompareWithEncoding(const QString& what, const Take& take);
     static void PrintFile(const Take& take);
 
-    X11Desktop m_desktop;
+    Desktop m_desktop;
     QTemporaryDir m_folder;
 };
 

@@ -30,7 +30,7 @@ MakeSession() {
         XDG_CURRENT_DESKTOP XDG_SESSION_TYPE XDG_CONFIG_HOME XDG_CACHE_HOME QT_QPA_PLATFORM QT_QPA_PLATFORMTHEME \
         QT_STYLE_OVERRIDE QT_SCALE_FACTOR PULSE_SINK PULSE_SOURCE
     # No message bus: the tray icon should be an X11 one, not that of a desktop shell.
-    export DBUS_SESSION_BUS_ADDRESS=unix:path=$folder/no-bus
+    export DBUS_SESSION_BUS_ADDRESS=unix:path=$folder/no-bus DBUS_SYSTEM_BUS_ADDRESS=unix:path=$folder/no-bus
     export NO_AT_BRIDGE=1 LC_ALL=C.UTF-8
     export LUMENFOLD_DESKTOP_FOLDER=$folder
 }

@@ -13,7 +13,6 @@
 #include "ui/video_table.h"
 
 #include <QCoreApplication>
-#include <QEventLoop>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -244,9 +243,6 @@ void DRUI::btnMontageSlot()
 void DRUI::btnSlotBack()
 {
     m_bStopScan = true;
-    if (m_pListLoop != nullptr) {
-        m_pListLoop->quit();
-    }
     if (m_pStack->currentIndex() == kCutPage) {
         AskToolToQuit(*m_pPlayerProcess);
         m_pPlayerProcess->kill();

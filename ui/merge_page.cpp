@@ -1,3 +1,4 @@
+#include "jobs/folder_scan.h"
 #include "jobs/text_codec.h"
 #include "ui/drui.h"
 #include "ui/input_block.h"
@@ -189,15 +190,12 @@ void DRUI::btnSlotLayout4Dir()
         return;
     }
     m_pLayout4DirEdit->setText(folder);
-    const InputBlock block = BeginScan();
-    const bool isListed = ListFolder(folder);
+    m_vecFileInfo = NewestFirst(folder);
     m_pSourceVideoTable->setRowCount(0);
     m_pSourceVideoTable->setRowCount(static_cast<int>(m_vecFileInfo.size()));
-    if (isListed) {
-        ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& duration) {
-            SetRow(m_pSourceVideoTable, 0, SourceTexts(file, duration));
-        });
-    }
+    ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& duration) {
+        SetRow(m_pSourceVideoTable, 0, SourceTexts(file, duration));
+    });
     m_pBtnAdd->setEnabled(false);
 }
 

@@ -1,8 +1,9 @@
-// The desktop a test runs on, driven like a user would: windows, mouse, keyboard.
+// The X desktop a test runs on, driven like a user would: windows, mouse, keyboard.
 #pragma once
 
 #include "tests/support/run_program.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QPoint>
 #include <QRect>
@@ -12,6 +13,8 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+
+struct xcb_connection_t;
 
 struct DesktopWindow
 {
@@ -27,41 +30,49 @@ struct DesktopWindow
 class Desktop
 {
 public:
-    virtual ~Desktop() = default;
+    // Connects to DISPLAY. Check Good() after.
+    Desktop();
+    Desktop(const Desktop&) = delete;
+    Desktop& operator=(const Desktop&) = delete;
+    ~Desktop();
 
-    // Whether there is one to run on.
-    virtual bool Good() const = 0;
-    virtual bool HasTray() const = 0;
+    bool Good() const;
+    bool HasTray() const;
 
     // All windows of the screen, parents before children.
-    virtual QList<DesktopWindow> Windows() const = 0;
+    QList<DesktopWindow> Windows() const;
 
     // The first visible window with this title.
     std::optional<DesktopWindow> Shown(const QString& title) const;
     std::optional<DesktopWindow> ByTitle(const QString& title) const; // visible or not
 
     // Whether the window is minimised.
-    virtual bool IsMinimised(uint32_t window) const = 0;
+    bool IsMinimised(uint32_t window) const;
     // Whether it is a tooltip, or a notification by a tray icon.
-    virtual bool IsTooltip(uint32_t window) const = 0;
+    bool IsTooltip(uint32_t window) const;
 
-    // What the close button and the task list do.
-    virtual void Close(uint32_t window) = 0;
-    virtual void Activate(uint32_t window) = 0;
+    // What the close button and the task list do, through the window manager.
+    void Close(uint32_t window);
+    void Activate(uint32_t window);
 
     // Screen coordinates; button 1 is the left, 3 the right one.
-    virtual void Click(QPoint place, int button = 1, int times = 1) = 0;
+    void Click(QPoint place, int button = 1, int times = 1);
     // Key names as in xdotool.
-    virtual void Press(const QStringList& keys) = 0;
-    virtual void Type(const QString& text) = 0;
+    void Press(const QStringList& keys);
+    void Type(const QString& text);
 
     // Saves a screenshot as a PNG file.
-    virtual void Screenshot(const QString& file) const = 0;
+    void Screenshot(const QString& file) const;
 
-protected:
-    Desktop() = default;
-    Desktop(const Desktop&) = default;
-    Desktop& operator=(const Desktop&) = default;
+private:
+    uint32_t Atom(const char* name) const;
+    QByteArray Property(uint32_t window, const char* name) const;
+    bool HasAtom(uint32_t window, const char* property, const char* name) const;
+    void AskWindowManager(uint32_t window, const char* message, uint32_t first);
+    void AddTree(QList<DesktopWindow>& windows, uint32_t window, uint32_t parent) const;
+
+    xcb_connection_t* m_pConnection = nullptr;
+    uint32_t m_root = 0;
 };
 
 // Polls until the condition is true. Returns false after a timeout.

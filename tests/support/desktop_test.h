@@ -1,7 +1,6 @@
 #pragma once
 
 #include "tests/support/recorder.h"
-#include "tests/support/x11_desktop.h"
 
 #include <QTest>
 
@@ -15,7 +14,7 @@ protected:
     virtual void Prepare() {}
     virtual bool WantsTray() const { return true; }
 
-    X11Desktop m_desktop;
+    Desktop m_desktop;
 
 private Q_SLOTS:
     void initTestCase()

@@ -2,7 +2,6 @@
 if(TARGET tool)
   foreach(topic
           capture_command
-          cast_picture
           command
           features
           ffmpeg_program
@@ -17,7 +16,6 @@ if(TARGET tool)
           picture_pipe
           process
           remembered_devices
-          restore_token
           sound_track
           supervisor)
     lumenfold_test(tool_${topic}_test unit SOURCES tool_${topic}_test.cpp LIBRARIES lumenfold_tool_core)

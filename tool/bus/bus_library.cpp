@@ -39,6 +39,7 @@ std::optional<BusLibrary> Load()
     symbols.Find(library.iterOpenContainer, "dbus_message_iter_open_container");
     symbols.Find(library.iterRecurse, "dbus_message_iter_recurse");
     symbols.Find(library.messageNewMethodCall, "dbus_message_new_method_call");
+    symbols.Find(library.messageSetAutoStart, "dbus_message_set_auto_start");
     symbols.Find(library.messageSetNoReply, "dbus_message_set_no_reply");
     symbols.Find(library.messageUnref, "dbus_message_unref");
     symbols.Find(library.validatePath, "dbus_validate_path");

@@ -36,6 +36,7 @@ struct BusLibrary
     decltype(&dbus_message_iter_open_container) iterOpenContainer = nullptr;
     decltype(&dbus_message_iter_recurse) iterRecurse = nullptr;
     decltype(&dbus_message_new_method_call) messageNewMethodCall = nullptr;
+    decltype(&dbus_message_set_auto_start) messageSetAutoStart = nullptr;
     decltype(&dbus_message_set_no_reply) messageSetNoReply = nullptr;
     decltype(&dbus_message_unref) messageUnref = nullptr;
     decltype(&dbus_validate_path) validatePath = nullptr;

@@ -19,23 +19,9 @@ std::string SessionBusAddress()
     return address;
 }
 
-void CloseBusConnection::operator()(DBusConnection* connection) const
-{
-    Bus()->connectionClose(connection);
-    Bus()->connectionUnref(connection);
-}
-
 BusConnection ConnectToSessionBus()
 {
-    // Without an address the library would start a bus.
-    const std::string address = SessionBusAddress();
-    BusConnection connection(address.empty() || Bus() == nullptr
-                                 ? nullptr
-                                 : Bus()->connectionOpenPrivate(address.c_str(), nullptr));
-    if (connection && Bus()->busRegister(connection.get(), nullptr) == 0) {
-        connection.reset();
-    }
-    return connection;
+    return ConnectToBus(SessionBusAddress());
 }
 
 } // namespace tool

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "tool/bus/bus_library.h"
+#include "tool/bus/bus_connection.h"
 
-#include <memory>
 #include <string>
 
 namespace tool {
@@ -11,14 +10,7 @@ namespace tool {
 // directory, which is all that is left after pkexec. Empty if there is none.
 std::string SessionBusAddress();
 
-struct CloseBusConnection
-{
-    void operator()(DBusConnection* connection) const;
-};
-
-using BusConnection = std::unique_ptr<DBusConnection, CloseBusConnection>;
-
-// Connects to the session bus. Null if there is none. Waits for a bus that does not answer.
+// Connects to the session bus, like ConnectToBus().
 BusConnection ConnectToSessionBus();
 
 } // namespace tool

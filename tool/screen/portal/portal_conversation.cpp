@@ -125,8 +125,7 @@ bool PortalConversation::SelectSources(const std::string& token)
             }
         }
     };
-    // Some portals show their dialog already here.
-    return Ask("SelectSources", fill, Answers::WhenAPersonDoes).has_value();
+    return Ask("SelectSources", fill, Answers::AtOnce).has_value();
 }
 
 std::optional<uint32_t> PortalConversation::Start()

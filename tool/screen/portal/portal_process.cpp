@@ -1,8 +1,8 @@
 #include "tool/screen/portal/portal_process.h"
 
+#include "tool/bus/session_user.h"
 #include "tool/screen/portal/portal_conversation.h"
 #include "tool/screen/portal/restore_token.h"
-#include "tool/screen/portal/session_user.h"
 #include "tool/system/parent_end.h"
 #include "tool/system/signals.h"
 
