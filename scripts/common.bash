@@ -85,11 +85,7 @@ BuildPreset() {
             }
         fi
         cmake --build "$folder" ${1:+--target "$@"}
-    ) || return
-    if [[ $(uname) == Darwin ]]; then
-        # On macOS ffmpeg captures by itself, so `tool` is a link to it.
-        ln -sf "$(command -v ffmpeg)" "$folder/bin/lumenfold-recorder.app/Contents/MacOS/tool"
-    fi
+    )
 }
 
 # WaitFor SECONDS COMMAND...: waits until the command succeeds. Fails after a timeout.

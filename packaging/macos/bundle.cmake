@@ -1,8 +1,10 @@
 # The bundle. The programs look for each other and for the help pages in Contents/MacOS, where only
 # programs can be signed. So the pages are in Contents/Resources, with a link in Contents/MacOS.
-# scripts/make-dmg adds Qt and ffmpeg.
+# scripts/make-dmg adds Qt and ffmpeg; until then `tool` takes an ffmpeg that is installed.
 set_target_properties(lumenfold-recorder PROPERTIES MACOSX_BUNDLE ON MACOSX_BUNDLE_INFO_PLIST
                                                                      "${LUMENFOLD_INFO_PLIST}")
+set_target_properties(tool PROPERTIES RUNTIME_OUTPUT_DIRECTORY
+                                      "${LUMENFOLD_BIN_DIR}/lumenfold-recorder.app/Contents/MacOS")
 set(contents "$<TARGET_BUNDLE_CONTENT_DIR:lumenfold-recorder>")
 set(copy_icon "")
 if(TARGET lumenfold_icons)
