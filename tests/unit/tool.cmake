@@ -1,28 +1,30 @@
-# `tool` is for Linux only.
-if(TARGET tool)
+foreach(topic
+        capture_command
+        command
+        features
+        ffmpeg_program
+        join_graph
+        job_output
+        listing
+        numbers
+        part_description
+        remembered_devices)
+  lumenfold_test(tool_${topic}_test unit SOURCES tool_${topic}_test.cpp LIBRARIES lumenfold_tool_core)
+endforeach()
+lumenfold_test(tool_av_command_test unit SOURCES tool_av_command_test.cpp LIBRARIES lumenfold_tool_common
+               lumenfold_tool_avfoundation)
+# These test rooms for Linux, or look at what only Linux tells.
+if(NOT APPLE)
   foreach(topic
-          capture_command
-          command
-          features
-          ffmpeg_program
           frame_fitter
-          join_graph
-          job_output
-          listing
-          numbers
-          part_description
           part_file
           picture_clock
           picture_pipe
           process
-          remembered_devices
           sound_track
           supervisor)
     lumenfold_test(tool_${topic}_test unit SOURCES tool_${topic}_test.cpp LIBRARIES lumenfold_tool_core)
   endforeach()
-  # The rooms for macOS, which Linux only tests.
-  lumenfold_test(tool_av_command_test unit SOURCES tool_av_command_test.cpp LIBRARIES lumenfold_tool_common
-                 lumenfold_tool_avfoundation)
   lumenfold_test(
     tool_av_devices_test unit SOURCES tool_av_devices_test.cpp LIBRARIES lumenfold_tool_common
     lumenfold_tool_avfoundation lumenfold_jobs test_movies DEFINITIONS

@@ -158,7 +158,7 @@ private Q_SLOTS:
             QSKIP("needs root");
         }
         Program().setChildProcessModifier([] {
-            if (setresuid(kUser, 0, 0) != 0) {
+            if (setreuid(kUser, 0) != 0) {
                 _exit(1);
             }
         });

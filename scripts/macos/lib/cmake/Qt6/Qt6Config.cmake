@@ -1,5 +1,8 @@
 # Stands in for a Qt for macOS: the headers and generators of this machine's Qt. Its libraries are left open;
 # packaging/macos/mach_o.py tells whether this machine's Qt has what the programs expect of them.
+if(TARGET Qt6::Core)
+  return()
+endif()
 set(qt_headers "$ENV{LUMENFOLD_QT_HEADERS}")
 set(qt_programs "$ENV{LUMENFOLD_QT_PROGRAMS}")
 set(Qt6Core_VERSION_MAJOR 6)
@@ -26,3 +29,16 @@ lumenfold_stand_in(Core)
 lumenfold_stand_in(Gui Qt6::Core)
 lumenfold_stand_in(Widgets Qt6::Gui)
 lumenfold_stand_in(Core5Compat Qt6::Core)
+lumenfold_stand_in(Test Qt6::Core)
+
+# qt6_generate_moc(SOURCE RESULT TARGET target)
+function(qt6_generate_moc source result)
+  get_filename_component(folder "${result}" DIRECTORY)
+  file(MAKE_DIRECTORY "${folder}")
+  get_filename_component(source "${source}" ABSOLUTE)
+  add_custom_command(
+    OUTPUT "${result}"
+    COMMAND Qt6::moc -I "${PROJECT_SOURCE_DIR}" "${source}" -o "${result}"
+    DEPENDS "${source}"
+    VERBATIM)
+endfunction()
