@@ -1,5 +1,6 @@
 #include "ui/failure_notice.h"
 
+#include "ui/active_window.h"
 #include "ui/cmessagebox.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
@@ -44,6 +45,14 @@ QRect MovedInto(const QRect& screen, QRect box)
     return box;
 }
 
+// Such a window is above those that stay on top while it has the keyboard.
+bool IsCoveredByFullScreen(const QScreen& screen)
+{
+    const QRect place = screen.geometry();
+    const QSize pixels = place.size() * screen.devicePixelRatio();
+    return ActiveWindowPlace().contains(QRect(place.topLeft(), pixels));
+}
+
 } // namespace
 
 FailureNotice::FailureNotice(QWidget& window) : m_window(window) {}
@@ -67,6 +76,9 @@ void FailureNotice::ShowBox(const QString& message)
     m_pBox = std::make_unique<CMessageBox>();
     m_pBox->setObjectName("m_pFailureBox");
     m_pBox->setWindowFlag(Qt::WindowStaysOnTopHint);
+    if (IsCoveredByFullScreen(*m_window.screen())) {
+        m_pBox->setWindowFlag(Qt::BypassWindowManagerHint);
+    }
     // A key that is meant for another program must not answer the box.
     m_pBox->setAttribute(Qt::WA_ShowWithoutActivating);
     if (QApplication::activeModalWidget() != nullptr) {

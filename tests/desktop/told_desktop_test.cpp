@@ -1,6 +1,7 @@
 // Recordings that fail with the real `tool`: told at once by a box above other windows, which
 // blocks nothing.
 #include "tests/support/desktop_test.h"
+#include "tests/support/full_screen_window.h"
 #include "tests/support/recording_file.h"
 
 #include <QTest>
@@ -20,12 +21,17 @@ private slots:
     void recordingThatComesToAHaltIsToldAndGoesOn();
     void boxStaysAboveTheWindowAndBlocksNothing();
     void boxTakesNoKeysFromOtherPrograms();
+    void boxIsAboveAFullScreenProgramThatKeepsItsKeys_data();
+    void boxIsAboveAFullScreenProgramThatKeepsItsKeys();
     void boxGoesWithTheProgram();
 
 private:
+    static constexpr auto kBox = "Tarvessa Data Tool";
+
     static bool Fails(Recorder& recorder);
     static void StopsWithoutAnotherBox(Recorder& recorder);
     int Boxes() const;
+    qsizetype Height(const QString& title) const;
 };
 
 // Starts a recording and waits until its failure is told.
@@ -54,9 +60,21 @@ int ToldDesktopTest::Boxes() const
 {
     int boxes = 0;
     for (const DesktopWindow& window : m_desktop.Windows()) {
-        boxes += window.visible && window.title == "Tarvessa Data Tool" ? 1 : 0;
+        boxes += window.visible && window.title == kBox ? 1 : 0;
     }
     return boxes;
+}
+
+// The place of a visible window among all from the lowest up, or -1.
+qsizetype ToldDesktopTest::Height(const QString& title) const
+{
+    const QList<DesktopWindow> windows = m_desktop.Windows();
+    for (qsizetype i = 0; i < windows.size(); ++i) {
+        if (windows[i].visible && windows[i].title == title) {
+            return i;
+        }
+    }
+    return -1;
 }
 
 void ToldDesktopTest::ffmpegThatIsMissingIsTold()
@@ -163,16 +181,7 @@ void ToldDesktopTest::boxStaysAboveTheWindowAndBlocksNothing()
     QVERIFY(recorder.WaitTrayIcon());
     m_desktop.Click(recorder.TrayIcon());
     QVERIFY2(recorder.WaitShown(), "the box blocks the tray icon");
-    const auto order = [&](const QString& title) {
-        const QList<DesktopWindow> windows = m_desktop.Windows(); // from the lowest up
-        for (qsizetype i = 0; i < windows.size(); ++i) {
-            if (windows[i].visible && windows[i].title == title) {
-                return i;
-            }
-        }
-        return qsizetype(-1);
-    };
-    QVERIFY2(WaitUntil([&] { return order("Tarvessa Data Tool") > order(Recorder::kTitle); }),
+    QVERIFY2(WaitUntil([&] { return Height(kBox) > Height(Recorder::kTitle); }),
              "the window covers the box");
     recorder.Click("record.record"); // stops
     QCOMPARE(Boxes(), 1);
@@ -192,6 +201,37 @@ void ToldDesktopTest::boxTakesNoKeysFromOtherPrograms()
     m_desktop.Press({"Return"}); // by now the keys before have arrived
     QVERIFY2(recorder.Message(), "a key that was meant for another program answered the box");
     StopsWithoutAnotherBox(recorder);
+}
+
+void ToldDesktopTest::boxIsAboveAFullScreenProgramThatKeepsItsKeys_data()
+{
+    QTest::addColumn<bool>("asks");
+    QTest::newRow("as the window manager knows it") << true;
+    QTest::newRow("by its size") << false;
+}
+
+void ToldDesktopTest::boxIsAboveAFullScreenProgramThatKeepsItsKeys()
+{
+    QFETCH(bool, asks);
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(recorder.StartRecording());
+    FullScreenWindow other(asks);
+    QVERIFY2(WaitUntil([&] { return Height("full screen") >= 0; }), "it is not shown");
+    m_desktop.Activate(other.Id());
+    QVERIFY2(WaitUntil([&] { return other.HasKeyboard(); }), "it has no keyboard");
+    QCOMPARE(kill(recorder.Ffmpeg(), SIGKILL), 0);
+    QVERIFY2(WaitUntil([&] { return recorder.Message().has_value(); }), "nothing is told");
+    QVERIFY2(WaitUntil([&] { return Height(kBox) > Height("full screen"); }),
+             "the full-screen window covers the box");
+    const QString shots = qEnvironmentVariable("LUMENFOLD_SCREENSHOTS");
+    if (!shots.isEmpty()) {
+        m_desktop.Screenshot(shots + "/failure-above-full-screen.png");
+    }
+    m_desktop.Press({"Return", "space", "Escape", "a"});
+    QVERIFY2(WaitUntil([&] { return other.Keys() == 4; }), "keys do not reach the program");
+    QVERIFY2(recorder.Message(), "a key that was meant for another program answered the box");
+    QVERIFY2(recorder.CloseMessage(), "a click does not close the box");
 }
 
 // Not only when the program has waited for a tool that does not end.

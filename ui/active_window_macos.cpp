@@ -1,0 +1,6 @@
+#include "ui/active_window.h"
+
+QRect ActiveWindowPlace()
+{
+    return {};
+}
