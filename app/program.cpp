@@ -6,6 +6,7 @@
 #include "app/end_signals.h"
 #include "app/launcher.h"
 #include "app/window_platform.h"
+#include "jobs/folder_listing.h"
 #include "jobs/text_codec.h"
 #include "ui/drui.h"
 #include "util/wide_text.h"
@@ -15,6 +16,7 @@
 
 #include <clocale>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <memory>
 #include <unistd.h>
@@ -51,6 +53,9 @@ void RunApplication()
     close(errors);
     unlink(kErrorFile); // if it stays, the program ended abnormally
     window.reset();     // finishes a running recording
+    if (IsListingLeftBehind()) {
+        std::_Exit(0);
+    }
 }
 
 } // namespace

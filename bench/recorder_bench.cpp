@@ -8,6 +8,7 @@
 #include "tests/support/recorder.h"
 #include "tests/support/recording_file.h"
 #include "tests/support/test_pattern_process.h"
+#include "tests/support/x11_desktop.h"
 
 #include <QTest>
 
@@ -69,7 +70,7 @@ private:
     void CompareWithEncoding(const QString& what, const Take& take);
     static void PrintFile(const Take& take);
 
-    Desktop m_desktop;
+    X11Desktop m_desktop;
     QTemporaryDir m_folder;
 };
 

@@ -1,5 +1,4 @@
 #include "jobs/duration.h"
-#include "jobs/folder_scan.h"
 #include "jobs/job_report.h"
 #include "jobs/text_codec.h"
 #include "jobs/tool_runner.h"
@@ -197,7 +196,8 @@ void DRUI::btnSlotLayout3Dir()
         return;
     }
     m_pLayout3DirEdit->setText(QFileDialog::getExistingDirectory(this, QString()));
-    m_vecFileInfo = NewestFirst(m_pLayout3DirEdit->text());
+    const InputBlock block = BeginScan();
+    ListFolder(m_pLayout3DirEdit->text());
     m_pCutVideoTable->setRowCount(0);
     m_pCutVideoTable->setRowCount(static_cast<int>(m_vecFileInfo.size()));
     for (const _FILE_INFO_& file : std::as_const(m_vecFileInfo)) {

@@ -13,6 +13,7 @@
 #include "ui/video_table.h"
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -243,6 +244,9 @@ void DRUI::btnMontageSlot()
 void DRUI::btnSlotBack()
 {
     m_bStopScan = true;
+    if (m_pListLoop != nullptr) {
+        m_pListLoop->quit();
+    }
     if (m_pStack->currentIndex() == kCutPage) {
         AskToolToQuit(*m_pPlayerProcess);
         m_pPlayerProcess->kill();

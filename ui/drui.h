@@ -19,9 +19,11 @@ class QAction;
 class QComboBox;
 class QHBoxLayout;
 class QLabel;
+class QEventLoop;
 class QLineEdit;
 class FailureNotice;
 class FocusRing;
+class InputBlock;
 class QPushButton;
 class QSlider;
 class QStackedLayout;
@@ -211,11 +213,14 @@ private:
     // --- the cut and the merge page: video_pages.cpp, scan.cpp, rebuild.cpp ---
     QHBoxLayout* CreateFolderRow(QWidget* page, const FolderRowShape& shape, const char* slot);
     static VideoTable* CreateVideoTable(QWidget* page, const QStringList& labels);
+    InputBlock BeginScan();
+    bool ListFolder(const QString& folder);
     bool ProbeFiles(const QString& folder,
                     const std::function<void(const _FILE_INFO_&, const QString&)>& show);
     void WatchFolderFields(bool watch);
     void RebuildPages();
     bool m_bStopScan = false;                        // the user has left the page
+    QEventLoop* m_pListLoop = nullptr;               // waits for a folder's list
     QVector<_FILE_INFO_> m_vecFileInfo;              // the last folder scan, newest first
     QVector<_MERGER_FILE_INFO_> m_vecMergerFileInfo; // the merge list while its page is rebuilt
 

@@ -11,11 +11,13 @@
 #include <QScreen>
 #include <QSystemTrayIcon>
 #include <QTextLayout>
+#include <QWindow>
 
 namespace {
 
 constexpr QSize kBoxSize(500, 150); // at least
 constexpr QSize kTextRoom(425, 60); // for the text in it
+constexpr int kTypingPauseMs = 1500;
 
 // Breaks lines like a label, and within words that are longer than a line, such as a path.
 QString Wrapped(const QString& text, const QFont& font, int width)
@@ -79,7 +81,7 @@ void FailureNotice::ShowBox(const QString& message)
     if (IsCoveredByFullScreen(*m_window.screen())) {
         m_pBox->setWindowFlag(Qt::BypassWindowManagerHint);
     }
-    // A key that is meant for another program must not answer the box.
+    // A key that is meant for another program must not answer the box. Wayland ignores this.
     m_pBox->setAttribute(Qt::WA_ShowWithoutActivating);
     if (QApplication::activeModalWidget() != nullptr) {
         m_pBox->setModal(true); // otherwise it would take no input
@@ -95,6 +97,17 @@ void FailureNotice::ShowBox(const QString& message)
     m_pBox->setAccessibleName(message); // without the breaks
     m_pBox->show();
     m_pBox->raise();
+    m_sinceKey.start();
+    m_pBox->windowHandle()->installEventFilter(this);
+}
+
+bool FailureNotice::eventFilter(QObject* watched, QEvent* event)
+{
+    const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
+    if (isKey && m_sinceKey.restart() < kTypingPauseMs) {
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 // Some desktops take the text for markup. It contains file names and the tool's output.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 
 #include <memory>
@@ -23,10 +24,15 @@ public:
 
     void Close();
 
+    // Drops keys of somebody who is typing when the box appears: some desktops give it the
+    // keyboard.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void ShowBox(const QString& message);
     void Notify(QString message) const;
 
     QWidget& m_window;
     std::unique_ptr<CMessageBox> m_pBox;
+    QElapsedTimer m_sinceKey; // or since the box appeared
 };

@@ -1,4 +1,3 @@
-#include "jobs/folder_scan.h"
 #include "jobs/text_codec.h"
 #include "ui/drui.h"
 #include "ui/input_block.h"
@@ -190,12 +189,15 @@ void DRUI::btnSlotLayout4Dir()
         return;
     }
     m_pLayout4DirEdit->setText(folder);
-    m_vecFileInfo = NewestFirst(folder);
+    const InputBlock block = BeginScan();
+    const bool isListed = ListFolder(folder);
     m_pSourceVideoTable->setRowCount(0);
     m_pSourceVideoTable->setRowCount(static_cast<int>(m_vecFileInfo.size()));
-    ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& duration) {
-        SetRow(m_pSourceVideoTable, 0, SourceTexts(file, duration));
-    });
+    if (isListed) {
+        ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& duration) {
+            SetRow(m_pSourceVideoTable, 0, SourceTexts(file, duration));
+        });
+    }
     m_pBtnAdd->setEnabled(false);
 }
 

@@ -1,9 +1,10 @@
-#include "jobs/folder_scan.h"
+#include "jobs/folder_listing.h"
 #include "ui/drui.h"
 #include "ui/input_block.h"
 #include "ui/page_parts.h"
 #include "ui/video_table.h"
 
+#include <QEventLoop>
 #include <QLineEdit>
 
 #include <utility>
@@ -26,13 +27,30 @@ QList<QAbstractButton*> BackButtons(const QWidget& window)
 
 } // namespace
 
-// Calls `show` with each file of the last scan and its duration. The window lives on, but takes no
-// other input than Back, which ends it early. Returns whether it came to its end.
+// While this block is on, the window lives but takes no other input than Back, which ends the scan
+// early.
+InputBlock DRUI::BeginScan()
+{
+    m_bStopScan = false;
+    return {*this, InputBlock::Input::Deferred, BackButtons(*this)};
+}
+
+// Lists the folder's files in m_vecFileInfo. Returns whether that came to its end.
+bool DRUI::ListFolder(const QString& folder)
+{
+    QEventLoop loop;
+    m_pListLoop = &loop;
+    const auto files = ListNewestFirst(folder, loop);
+    m_pListLoop = nullptr;
+    m_vecFileInfo = files.value_or(QVector<_FILE_INFO_>());
+    return files.has_value() && !m_bStopScan;
+}
+
+// Calls `show` with each file of the last listing and its duration. Returns whether it came to its
+// end.
 bool DRUI::ProbeFiles(const QString& folder,
                       const std::function<void(const _FILE_INFO_&, const QString&)>& show)
 {
-    const InputBlock block(*this, InputBlock::Input::Deferred, BackButtons(*this));
-    m_bStopScan = false;
     for (const _FILE_INFO_& file : std::as_const(m_vecFileInfo)) {
         std::wstring path = folder.toStdWString() + L'/' + file.szFileName;
         const QString duration = QString::fromStdString(GetVedioTimeSeconds(path.data()));
@@ -47,22 +65,24 @@ bool DRUI::ProbeFiles(const QString& folder,
 // Probes every file for its duration, which is not shown.
 bool DRUI::FillCutTable(const QString& folder)
 {
-    m_vecFileInfo = NewestFirst(folder);
+    const InputBlock block = BeginScan();
+    const bool isListed = ListFolder(folder);
     m_pCutVideoTable->setRowCount(0);
-    const bool isWhole =
-        ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& /*duration*/) {
-            AppendCutRow(QString::fromWCharArray(file.szFileName));
-        });
+    const bool isWhole = isListed && ProbeFiles(folder, [this](const _FILE_INFO_& file,
+                                                               const QString& /*duration*/) {
+                             AppendCutRow(QString::fromWCharArray(file.szFileName));
+                         });
     m_pCutVideoTable->FitColumns();
     return isWhole;
 }
 
 bool DRUI::FillSourceTable(const QString& folder)
 {
-    m_vecFileInfo = NewestFirst(folder);
+    const InputBlock block = BeginScan();
+    const bool isListed = ListFolder(folder);
     m_pSourceVideoTable->setRowCount(0);
     const bool isWhole =
-        ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& duration) {
+        isListed && ProbeFiles(folder, [this](const _FILE_INFO_& file, const QString& duration) {
             AppendSourceRow(SourceTexts(file, duration));
         });
     m_pSourceVideoTable->FitColumns();

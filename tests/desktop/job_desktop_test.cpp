@@ -14,10 +14,12 @@ private slots:
     void cancelInTheMiddleLeavesNothingBehind();
     void closeInTheMiddleLeavesNothingBehind_data();
     void closeInTheMiddleLeavesNothingBehind();
+    void theWindowClosesWhileAFolderDoesNotAnswer();
 
 private:
     void StartMerge(Recorder& recorder);
     std::optional<DesktopWindow> Progress() const;
+    void CloseWindow();
 };
 
 // Without a title of its own, but nothing else has this size.
@@ -93,15 +95,38 @@ void JobDesktopTest::closeInTheMiddleLeavesNothingBehind()
     if (signal != 0) {
         QCOMPARE(kill(static_cast<pid_t>(recorder.Pid()), signal), 0);
     } else {
-        for (const DesktopWindow& window : m_desktop.Windows()) {
-            if (window.title == Recorder::kTitle && window.place.size() == QSize(1000, 600)) {
-                m_desktop.Close(window.id);
-            }
-        }
+        CloseWindow();
     }
     QCOMPARE(recorder.WaitForEnd(), 0);
     QVERIFY2(time.elapsed() < 2000, qPrintable(QString("it took %1 ms").arg(time.elapsed())));
     QCOMPARE(FileNames(recorder.SaveDirectory() + "/merged"), QStringList());
+}
+
+void JobDesktopTest::CloseWindow()
+{
+    for (const DesktopWindow& window : m_desktop.Windows()) {
+        if (window.title == Recorder::kTitle && window.place.size() == QSize(1000, 600)) {
+            m_desktop.Close(window.id);
+        }
+    }
+}
+
+// The thread that reads it never comes back.
+void JobDesktopTest::theWindowClosesWhileAFolderDoesNotAnswer()
+{
+    Recorder recorder(m_desktop);
+    recorder.SetEnvironment("LD_PRELOAD", DEAD_FOLDER_PRELOAD);
+    recorder.SetEnvironment("LUMENFOLD_DEAD_FOLDER", recorder.SaveDirectory());
+    QVERIFY(recorder.Start());
+    recorder.Click("home.cut");
+    QVERIFY2(WaitUntil([&] { return recorder.Log().contains("/ScreenSave/\""); }),
+             "the folder is not read");
+    QElapsedTimer time;
+    time.start();
+    CloseWindow();
+    QCOMPARE(recorder.WaitForEnd(), 0);
+    QVERIFY2(time.elapsed() < 2000, qPrintable(QString("it took %1 ms").arg(time.elapsed())));
+    QVERIFY2(!QFile::exists(recorder.ErrorFile()), "it did not end normally");
 }
 
 QTEST_GUILESS_MAIN(JobDesktopTest)

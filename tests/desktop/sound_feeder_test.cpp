@@ -86,6 +86,7 @@ private slots:
     void init();
     void soundCountsFromTheFirstPicture();
     void soundWithoutPicturesBesideItBeginsWhenItIsRead();
+    void soundComesInAsFewPiecesAsFfmpegReads();
     void soundIsTheSumOfItsSources();
     void soundGoesOnWithoutAServer();
     void soundIsAllThereForAReaderWhoComesLate();
@@ -124,6 +125,23 @@ void SoundFeederTest::soundWithoutPicturesBesideItBeginsWhenItIsRead()
     const Clock::time_point moment = Clock::now();
     QVERIFY(outlet->ReadUntil([&] { return SecondsSince(moment) >= 1.5; }));
     ExpectInTime(*outlet, moment);
+}
+
+// Each piece wakes ffmpeg up.
+void SoundFeederTest::soundComesInAsFewPiecesAsFfmpegReads()
+{
+    const auto outlet = Sound({"missing"}, nullptr);
+    QVERIFY(outlet->IsGood());
+    QVERIFY(outlet->ReadUntil([&] { return SecondsOfSound(*outlet) >= 0.5; }));
+    const double before = SecondsOfSound(*outlet);
+    double last = before;
+    int pieces = 0;
+    QVERIFY(outlet->ReadUntil([&] {
+        pieces += SecondsOfSound(*outlet) > last ? 1 : 0;
+        last = SecondsOfSound(*outlet);
+        return last >= before + 1;
+    }));
+    QVERIFY2(pieces <= 13, qPrintable(QString("%1 pieces a second").arg(pieces)));
 }
 
 void SoundFeederTest::soundIsTheSumOfItsSources()

@@ -29,6 +29,7 @@ private slots:
     void numbersAreUnderstoodWherever_data();
     void numbersAreUnderstoodWherever();
     void screensAreNumberedAsTheServerNamesThem();
+    void ffmpegIsToldToReuseTheMemoryOfFrames();
     void recorderThatDiesBeforeTheStartLeavesNoRecording_data();
     void recorderThatDiesBeforeTheStartLeavesNoRecording();
     void quitBeforeTheFirstPictureStillGivesAPicture_data();
@@ -111,6 +112,21 @@ void ToolRecordingTest::screensAreNumberedAsTheServerNamesThem()
     const Outcome third = record("2");
     QCOMPARE(third.code, 1);
     QCOMPARE(third.error, QByteArray("tool: there is no screen 2, the display has 2.\n"));
+}
+
+// bench/run measures what it gains.
+void ToolRecordingTest::ffmpegIsToldToReuseTheMemoryOfFrames()
+{
+    QVERIFY(WriteProgram(m_folder->filePath("ffmpeg"), "#!/bin/sh\necho $GLIBC_TUNABLES\n"));
+    const auto settings = [this] {
+        return RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-i", "0", Output()}).output;
+    };
+    const QByteArray before = qgetenv("GLIBC_TUNABLES");
+    const auto restore = qScopeGuard([&] { qputenv("GLIBC_TUNABLES", before); });
+    qunsetenv("GLIBC_TUNABLES");
+    QCOMPARE(settings(), QByteArray("glibc.malloc.tcache_count=0\n"));
+    qputenv("GLIBC_TUNABLES", "glibc.malloc.arena_max=1");
+    QCOMPARE(settings(), QByteArray("glibc.malloc.arena_max=1\n"));
 }
 
 void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording_data()

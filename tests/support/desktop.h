@@ -1,9 +1,8 @@
-// The X desktop a test runs on, driven like a user would: windows, mouse, keyboard.
+// The desktop a test runs on, driven like a user would: windows, mouse, keyboard.
 #pragma once
 
 #include "tests/support/run_program.h"
 
-#include <QByteArray>
 #include <QList>
 #include <QPoint>
 #include <QRect>
@@ -13,8 +12,6 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-
-struct xcb_connection_t;
 
 struct DesktopWindow
 {
@@ -30,49 +27,41 @@ struct DesktopWindow
 class Desktop
 {
 public:
-    // Connects to DISPLAY. Check Good() after.
-    Desktop();
-    Desktop(const Desktop&) = delete;
-    Desktop& operator=(const Desktop&) = delete;
-    ~Desktop();
+    virtual ~Desktop() = default;
 
-    bool Good() const;
-    bool HasTray() const;
+    // Whether there is one to run on.
+    virtual bool Good() const = 0;
+    virtual bool HasTray() const = 0;
 
     // All windows of the screen, parents before children.
-    QList<DesktopWindow> Windows() const;
+    virtual QList<DesktopWindow> Windows() const = 0;
 
     // The first visible window with this title.
     std::optional<DesktopWindow> Shown(const QString& title) const;
     std::optional<DesktopWindow> ByTitle(const QString& title) const; // visible or not
 
     // Whether the window is minimised.
-    bool IsMinimised(uint32_t window) const;
+    virtual bool IsMinimised(uint32_t window) const = 0;
     // Whether it is a tooltip, or a notification by a tray icon.
-    bool IsTooltip(uint32_t window) const;
+    virtual bool IsTooltip(uint32_t window) const = 0;
 
-    // What the close button and the task list do, through the window manager.
-    void Close(uint32_t window);
-    void Activate(uint32_t window);
+    // What the close button and the task list do.
+    virtual void Close(uint32_t window) = 0;
+    virtual void Activate(uint32_t window) = 0;
 
     // Screen coordinates; button 1 is the left, 3 the right one.
-    void Click(QPoint place, int button = 1, int times = 1);
+    virtual void Click(QPoint place, int button = 1, int times = 1) = 0;
     // Key names as in xdotool.
-    void Press(const QStringList& keys);
-    void Type(const QString& text);
+    virtual void Press(const QStringList& keys) = 0;
+    virtual void Type(const QString& text) = 0;
 
     // Saves a screenshot as a PNG file.
-    void Screenshot(const QString& file) const;
+    virtual void Screenshot(const QString& file) const = 0;
 
-private:
-    uint32_t Atom(const char* name) const;
-    QByteArray Property(uint32_t window, const char* name) const;
-    bool HasAtom(uint32_t window, const char* property, const char* name) const;
-    void AskWindowManager(uint32_t window, const char* message, uint32_t first);
-    void AddTree(QList<DesktopWindow>& windows, uint32_t window, uint32_t parent) const;
-
-    xcb_connection_t* m_pConnection = nullptr;
-    uint32_t m_root = 0;
+protected:
+    Desktop() = default;
+    Desktop(const Desktop&) = default;
+    Desktop& operator=(const Desktop&) = default;
 };
 
 // Polls until the condition is true. Returns false after a timeout.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/recorder.h"
+#include "tests/support/x11_desktop.h"
 
 #include <QTest>
 
@@ -14,7 +15,7 @@ protected:
     virtual void Prepare() {}
     virtual bool WantsTray() const { return true; }
 
-    Desktop m_desktop;
+    X11Desktop m_desktop;
 
 private Q_SLOTS:
     void initTestCase()

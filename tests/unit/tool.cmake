@@ -16,11 +16,13 @@ lumenfold_test(tool_av_command_test unit SOURCES tool_av_command_test.cpp LIBRAR
 # These test rooms for Linux, or look at what only Linux tells.
 if(NOT APPLE)
   foreach(topic
+          cast_picture
           frame_fitter
           part_file
           picture_clock
           picture_pipe
           process
+          restore_token
           sound_track
           supervisor)
     lumenfold_test(tool_${topic}_test unit SOURCES tool_${topic}_test.cpp LIBRARIES lumenfold_tool_core)

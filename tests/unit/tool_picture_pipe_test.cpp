@@ -24,6 +24,7 @@ private slots:
     void slowReaderGetsEveryPictureWhole();
     void repeatedPictureComesAsOftenAsAsked();
     void picturesThatNobodyReadsTakeNoMemoryForEver();
+    void pictureThatWasReadGivesItsMemoryToTheNext();
     void endOfTheReaderIsTold();
 
 private:
@@ -134,6 +135,27 @@ void ToolPicturePipeTest::picturesThatNobodyReadsTakeNoMemoryForEver()
         QVERIFY2(++kept < 20, "more than 20 MiB");
     }
     QVERIFY2(kept >= 5, qPrintable(QString("a stall of %1 pictures loses some").arg(kept)));
+}
+
+void ToolPicturePipeTest::pictureThatWasReadGivesItsMemoryToTheNext()
+{
+    constexpr size_t bytes = 4096;
+    PicturePipe pictures(std::move(m_write), bytes);
+    Show(pictures, bytes, 1);
+    QVERIFY(pictures.Work(Clock::now()));
+    uint8_t* second = pictures.Blank();
+    std::memset(second, 2, bytes);
+    pictures.Add();
+    QVERIFY(pictures.Work(Clock::now()));
+    QCOMPARE(Read(bytes), QByteArray(bytes, '\1'));
+    const uint8_t* third = pictures.Blank();
+    QVERIFY2(third != second, "the memory of a frame that is still to be read is used again");
+    QCOMPARE(Read(bytes), QByteArray(bytes, '\2'));
+    const uint8_t* first = pictures.Blank();
+    pictures.Add();
+    QVERIFY(pictures.Work(Clock::now()));
+    Read(bytes);
+    QVERIFY2(pictures.Blank() == first, "more memory than one frame's is used");
 }
 
 void ToolPicturePipeTest::endOfTheReaderIsTold()

@@ -64,6 +64,7 @@ private slots:
     void programThatCannotRunIsTold();
     void signalReachesItUntilItsEndIsSeen();
     void standardStreamsAreThoseNamed();
+    void ownVariablesComeBesideTheInherited();
     void onlyNamedDescriptorsAreInherited();
     void onlyNamedSignalsAreBlocked();
     void ignoredSignalsStayIgnored();
@@ -125,6 +126,16 @@ void ToolProcessTest::standardStreamsAreThoseNamed()
     QCOMPARE(Printed(program), QByteArray("got word\n"));
     program.input = Program::nowhere;
     QCOMPARE(Printed(program), QByteArray("got \n"));
+}
+
+void ToolProcessTest::ownVariablesComeBesideTheInherited()
+{
+    qputenv("LUMENFOLD_INHERITED", "old");
+    qputenv("LUMENFOLD_REPLACED", "old");
+    Program program = Shell("echo $LUMENFOLD_INHERITED $LUMENFOLD_REPLACED $LUMENFOLD_ADDED");
+    program.variables = {"LUMENFOLD_REPLACED=new", "LUMENFOLD_ADDED=new"};
+    QCOMPARE(Printed(program), QByteArray("old new new\n"));
+    QCOMPARE(qgetenv("LUMENFOLD_REPLACED"), QByteArray("old"));
 }
 
 void ToolProcessTest::onlyNamedDescriptorsAreInherited()

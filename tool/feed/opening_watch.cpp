@@ -42,6 +42,7 @@ bool OpeningWatch::Wait(pollfd& descriptor, SteadyTime until)
         }
         if (Clock::now() >= m_nextLine) {
             std::fputs("Waiting for the desktop to let the screen be recorded\r", stderr);
+            std::fflush(stderr); // PipeWire's library makes it wait for the ends of lines
             m_nextLine += lineInterval;
         }
     }

@@ -48,13 +48,19 @@ PicturePipe::~PicturePipe()
 // Once a pipe's capacity has been written after a frame, all of the frame has been read.
 bool PicturePipe::IsFree(size_t picture) const
 {
-    const auto isThis = [picture](const Waiting& one) { return one.picture == picture; };
+    const auto isQueued = [picture](const Waiting& one) {
+        return one.picture == picture && one.times > 0;
+    };
     return m_nWritten >= m_free[picture] &&
-           std::none_of(m_waiting.begin(), m_waiting.end(), isThis);
+           std::none_of(m_waiting.begin(), m_waiting.end(), isQueued);
 }
 
+// Usually ffmpeg has read everything, so the same memory serves for each frame.
 uint8_t* PicturePipe::Blank()
 {
+    if (UnreadBytes(m_pipe) == size_t{0}) {
+        std::fill(m_free.begin(), m_free.end(), 0);
+    }
     for (m_nBlank = 0; m_nBlank < m_free.size(); ++m_nBlank) {
         if (IsFree(m_nBlank)) {
             return Memory(m_nBlank);

@@ -24,7 +24,7 @@ public:
     const Descriptor& Outlet() const { return m_pipe; }
 
     // Memory for the next frame that the reader no longer uses, or nullptr if all of it is waiting
-    // to be read.
+    // to be read. May be that of the last frame, so Add() has to follow.
     uint8_t* Blank();
 
     // Queues the frame last returned by Blank(), `times` times.

@@ -26,11 +26,12 @@ constexpr auto delay = 60ms;
 constexpr int64_t preparedFrames = 1024;
 constexpr size_t pipeBytes = 1 << 20;
 
-// The sound is mixed and written in pieces of 10 ms.
-int64_t PieceFrames(int rate)
-{
-    return rate / 100;
-}
+// The sound is mixed and written in pieces of this many frames, 93 ms at 44.1 kHz. ffmpeg reads as
+// many at a time, so it wakes up once for each. Counted from the start: other versions read a
+// quarter.
+constexpr int64_t pieceFrames = 4096;
+// How often to look at what nobody announces: the end, or room in the pipe.
+constexpr auto look = 50ms;
 
 } // namespace
 
@@ -53,8 +54,11 @@ struct SoundFeeder::Private
     void Start(SteadyTime moment);
     void Hear(size_t source, SteadyTime captured, std::span<const int16_t> stereo);
     int64_t FrameAt(SteadyTime moment) const;
-    int64_t FramesDueNow() const;
+    SteadyTime MomentOf(int64_t frame) const;
+    bool IsOver() const;
+    int64_t NextPiece() const;
     bool IsComplete() const;
+    std::chrono::milliseconds TimeToNextPiece() const;
     bool Emit();
     bool WriteRest();
 
@@ -117,36 +121,59 @@ int64_t SoundFeeder::Private::FrameAt(SteadyTime moment) const
            1000000;
 }
 
-int64_t SoundFeeder::Private::FramesDueNow() const
+SteadyTime SoundFeeder::Private::MomentOf(int64_t frame) const
 {
+    return *start + std::chrono::microseconds((frame * 1000000 + rate - 1) / rate);
+}
+
+// Whether all sound up to the end has arrived.
+bool SoundFeeder::Private::IsOver() const
+{
+    const auto end = time.End();
+    return end && Clock::now() >= *end + delay;
+}
+
+// The length of the piece to write now, in frames; 0: none is due. The last one ends with the
+// recording.
+int64_t SoundFeeder::Private::NextPiece() const
+{
+    const int64_t whole = pieceFrames - given % pieceFrames;
+    const bool isLast = IsOver();
     const SteadyTime now = Clock::now() - delay;
-    return FrameAt(std::min(now, time.End().value_or(now)));
+    const int64_t due = FrameAt(std::min(now, time.End().value_or(now))) - given;
+    return due >= whole ? whole : isLast ? std::max<int64_t>(due, 0) : 0;
 }
 
 // Whether everything up to the end is written.
 bool SoundFeeder::Private::IsComplete() const
 {
-    const auto end = time.End();
-    return end && Clock::now() >= *end + delay && given + PieceFrames(rate) > FramesDueNow() &&
-           written == rest.size() * sizeof(int16_t);
+    return IsOver() && NextPiece() == 0 && written == rest.size() * sizeof(int16_t);
+}
+
+std::chrono::milliseconds SoundFeeder::Private::TimeToNextPiece() const
+{
+    const SteadyTime full = MomentOf(given + pieceFrames - given % pieceFrames);
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(
+        std::min(full, time.End().value_or(full)) + delay - Clock::now());
+    return left > 0ms ? std::min<std::chrono::milliseconds>(left, look) : look;
 }
 
 // Writes what is due, as far as the pipe takes it. Returns false if ffmpeg has closed the pipe.
 bool SoundFeeder::Private::Emit()
 {
-    const int64_t pieceFrames = PieceFrames(rate);
-    const int64_t due = FramesDueNow();
     while (WriteRest()) {
-        if (given + pieceFrames > due) {
+        const int64_t frames = NextPiece();
+        if (frames == 0) {
             return true;
         }
-        std::vector<int32_t> sum(static_cast<size_t>(pieceFrames) * 2);
-        for (const SoundTrack& track : tracks) {
+        std::vector<int32_t> sum(static_cast<size_t>(frames) * 2);
+        for (SoundTrack& track : tracks) {
             track.AddTo(given, sum);
+            track.Forget(given + frames);
         }
         rest = Saturated(sum);
         written = 0;
-        given += pieceFrames;
+        given += frames;
     }
     return errno == EAGAIN || errno == EINTR;
 }
@@ -181,7 +208,7 @@ void SoundFeeder::Run()
     }
     SetCapacity(m_p->pipe, pipeBytes); // so that a busy ffmpeg does not block it
     while (m_p->Emit() && !m_p->IsComplete()) {
-        m_p->reader.Wait(20ms);
+        m_p->reader.Wait(m_p->TimeToNextPiece());
     }
 }
 

@@ -7,6 +7,7 @@
 #include "tool/record/recording_file.h"
 #include "tool/record/supervisor.h"
 #include "tool/system/complaint.h"
+#include "tool/system/environment.h"
 #include "tool/system/pipe.h"
 #include "tool/system/process.h"
 #include "tool/system/signals.h"
@@ -18,6 +19,7 @@
 #include <cstring>
 #include <future>
 #include <optional>
+#include <string>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -27,6 +29,19 @@ namespace tool {
 namespace {
 
 constexpr std::chrono::milliseconds syncInterval{250}; // half the length of a fragment
+
+// ffmpeg allocates the memory of each frame at an aligned address. glibc frees the few bytes before
+// and after it into a cache of the thread, where seven of each size stay and keep the frames beside
+// them from becoming one free block again: ten frames of memory were used in turn for three.
+// Without that cache ffmpeg needs 8 MiB less for 1280x800 pixels. A user's own settings stay.
+std::vector<std::string> MemorySettings()
+{
+    constexpr const char* name = "GLIBC_TUNABLES";
+    if (!Variable(name).empty()) {
+        return {};
+    }
+    return {name + std::string("=glibc.malloc.tcache_count=0")};
+}
 
 // One recording: its file, its ffmpeg, and the threads beside it.
 class Recording
@@ -74,6 +89,7 @@ std::optional<Process> Recording::Start(const std::string& ffmpeg, const Descrip
         plan.file = m_file->Name();
     }
     Program program{ffmpeg, CaptureCommand(m_record, plan)};
+    program.variables = MemorySettings();
     program.input = keys.Number();
     program.inherited = plan.capture.descriptors;
     if (m_file) {

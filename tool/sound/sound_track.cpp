@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 
 namespace tool {
 namespace {
 
-constexpr int ringSeconds = 4; // beyond the 6 s of the pipe, for when ffmpeg does not read
+constexpr int keptSeconds = 4; // beyond the 6 s of the pipe, for when ffmpeg does not read
 constexpr double smoothing = 1.0 / 16;
 // How long a late source must have had slack before its shift is reduced. A server that has just
 // started to play or record is often late for some seconds and then never again.
@@ -17,11 +18,7 @@ constexpr int64_t secondsLater = 5;
 
 } // namespace
 
-SoundTrack::SoundTrack(int rate)
-    : m_nRate(rate),
-      m_ring(static_cast<size_t>(rate) * ringSeconds * 2)
-{
-}
+SoundTrack::SoundTrack(int rate) : m_nRate(rate) {}
 
 void SoundTrack::Put(int64_t at, std::span<const int16_t> stereo, int64_t given)
 {
@@ -98,32 +95,33 @@ int64_t SoundTrack::SkipLate(int64_t frames, int64_t given)
     return skipped;
 }
 
-size_t SoundTrack::Slot(int64_t position) const
+int64_t SoundTrack::End() const
 {
-    const auto capacity = static_cast<int64_t>(m_ring.size() / 2);
-    return static_cast<size_t>(((position % capacity) + capacity) % capacity) * 2;
+    return m_nBegin + static_cast<int64_t>(m_kept.size() / 2);
+}
+
+void SoundTrack::Forget(int64_t before)
+{
+    const int64_t frames = std::clamp<int64_t>(before - m_nBegin, 0, End() - m_nBegin);
+    m_kept.erase(m_kept.begin(), m_kept.begin() + frames * 2);
+    m_nBegin += frames;
 }
 
 void SoundTrack::Write(std::span<const int16_t> stereo)
 {
-    const auto capacity = static_cast<int64_t>(m_ring.size() / 2);
-    const auto frames = static_cast<int64_t>(stereo.size() / 2);
-    if (m_nNext > m_nEnd + capacity || m_nNext < m_nBegin || m_nEnd == m_nBegin) {
+    if (stereo.empty()) {
+        return;
+    }
+    const int64_t most = int64_t{m_nRate} * keptSeconds;
+    if (m_nNext > End() + most || m_nNext < m_nBegin || m_kept.empty()) {
+        m_kept.clear();
         m_nBegin = m_nNext;
-        m_nEnd = m_nNext;
     }
-    for (int64_t position = m_nEnd; position < m_nNext; ++position) {
-        m_ring[Slot(position)] = 0;
-        m_ring[Slot(position) + 1] = 0;
-    }
-    size_t slot = Slot(m_nNext);
-    for (const int16_t sample : stereo) {
-        m_ring[slot] = sample;
-        slot = slot + 1 < m_ring.size() ? slot + 1 : 0;
-    }
-    m_nNext += frames;
-    m_nEnd = std::max(m_nEnd, m_nNext);
-    m_nBegin = std::max(m_nBegin, m_nEnd - capacity);
+    const auto at = static_cast<size_t>(m_nNext - m_nBegin) * 2;
+    m_kept.resize(std::max(m_kept.size(), at + stereo.size())); // a gap is silent
+    std::copy(stereo.begin(), stereo.end(), m_kept.begin() + static_cast<ptrdiff_t>(at));
+    m_nNext += static_cast<int64_t>(stereo.size() / 2);
+    Forget(End() - most);
 }
 
 void SoundTrack::Restart()
@@ -138,15 +136,11 @@ void SoundTrack::Restart()
 void SoundTrack::AddTo(int64_t from, std::span<int32_t> sum) const
 {
     const int64_t begin = std::max(from, m_nBegin);
-    const int64_t end = std::min(from + static_cast<int64_t>(sum.size() / 2), m_nEnd);
-    if (begin >= end) {
-        return;
-    }
-    size_t slot = Slot(begin);
-    for (int32_t& value :
-         sum.subspan(static_cast<size_t>(begin - from) * 2, static_cast<size_t>(end - begin) * 2)) {
-        value += m_ring[slot];
-        slot = slot + 1 < m_ring.size() ? slot + 1 : 0;
+    const int64_t end = std::min(from + static_cast<int64_t>(sum.size() / 2), End());
+    if (begin < end) {
+        const auto sums = sum.begin() + (begin - from) * 2;
+        std::transform(sums, sums + (end - begin) * 2, m_kept.begin() + (begin - m_nBegin) * 2,
+                       sums, std::plus<int32_t>());
     }
 }
 

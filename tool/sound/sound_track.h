@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <span>
 #include <vector>
 
@@ -27,16 +28,18 @@ public:
     // Adds the sound from position `from` on to the sum, two values per frame. Gaps add nothing.
     void AddTo(int64_t from, std::span<int32_t> sum) const;
 
+    // Frees the memory of what lies before the position.
+    void Forget(int64_t before);
+
 private:
     int64_t Correction(int64_t at, int64_t frames);
     int64_t SkipLate(int64_t frames, int64_t given);
     void Write(std::span<const int16_t> stereo);
-    size_t Slot(int64_t position) const;
+    int64_t End() const;
 
     int m_nRate;
-    std::vector<int16_t> m_ring; // the last seconds; position p is at p modulo its length
-    int64_t m_nBegin = 0;        // first position in the ring
-    int64_t m_nEnd = 0;          // one past the last
+    std::deque<int16_t> m_kept;  // a few seconds at most
+    int64_t m_nBegin = 0;        // position of its first frame; End(): one past its last
     int64_t m_nNext = 0;         // position of the next piece
     int64_t m_nShift = 0;        // added to the capture times of a source that is always late
     double m_error = 0;          // smoothed distance from the capture times, in frames

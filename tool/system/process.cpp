@@ -4,10 +4,14 @@
 #include "tool/system/parent_end.h"
 #include "tool/system/pipe.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/wait.h>
+
+extern "C" char** environ; // not every system's headers declare it
 
 namespace tool {
 namespace {
@@ -18,6 +22,26 @@ std::vector<char*> Pointers(const Program& program)
     std::vector<char*> pointers{const_cast<char*>(program.path.c_str())};
     for (const std::string& argument : program.arguments) {
         pointers.push_back(const_cast<char*>(argument.c_str()));
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+// The program's own variables, then those of this process with other names.
+std::vector<char*> Environment(const Program& program)
+{
+    std::vector<char*> pointers;
+    for (const std::string& variable : program.variables) {
+        pointers.push_back(const_cast<char*>(variable.c_str()));
+    }
+    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
+        const std::string_view inherited = *variable;
+        const auto hasItsName = [inherited](const std::string& own) {
+            return inherited.starts_with(std::string_view(own).substr(0, own.find('=') + 1));
+        };
+        if (std::none_of(program.variables.begin(), program.variables.end(), hasItsName)) {
+            pointers.push_back(*variable);
+        }
     }
     pointers.push_back(nullptr);
     return pointers;
@@ -58,6 +82,7 @@ bool Prepare(const Program& program, const sigset_t& blocked, pid_t parent)
 std::optional<Process> Process::Start(const Program& program)
 {
     const std::vector<char*> arguments = Pointers(program);
+    const std::vector<char*> environment = Environment(program);
     sigset_t blocked;
     sigemptyset(&blocked);
     for (const int number : program.blockedSignals) {
@@ -74,7 +99,7 @@ std::optional<Process> Process::Start(const Program& program)
     }
     if (child == 0) {
         if (Prepare(program, blocked, parent)) {
-            execv(program.path.c_str(), arguments.data());
+            execve(program.path.c_str(), arguments.data(), environment.data());
         }
         const int reason = errno;
         [[maybe_unused]] const ssize_t sent =

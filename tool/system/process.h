@@ -15,6 +15,7 @@ struct Program
 {
     std::string path; // absolute
     std::vector<std::string> arguments = {};
+    std::vector<std::string> variables = {}; // "NAME=value", beside those of this process
     // Descriptors of this process that become its standard streams; nowhere: /dev/null.
     int input = STDIN_FILENO;
     int output = STDOUT_FILENO;

@@ -125,7 +125,8 @@ bool PortalConversation::SelectSources(const std::string& token)
             }
         }
     };
-    return Ask("SelectSources", fill, Answers::AtOnce).has_value();
+    // Some portals show their dialog already here.
+    return Ask("SelectSources", fill, Answers::WhenAPersonDoes).has_value();
 }
 
 std::optional<uint32_t> PortalConversation::Start()

@@ -1,0 +1,195 @@
+// The program in a Wayland session without a tray, as ./run starts it there.
+#include "tests/support/files.h"
+#include "tests/support/recorder.h"
+#include "tests/support/recording_file.h"
+#include "tests/support/run_program.h"
+#include "tests/support/sway_desktop.h"
+
+#include <QTest>
+
+#include <csignal>
+
+class WaylandWindowTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void windowIsWaylandsOwnAndCentred();
+    void programsThatItStartsChooseForThemselves();
+    void standInStopsTheRecordingOfTheScreen();
+    void standInBringsTheWindowBack();
+    void closingTheStandInDoesNotLoseTheRecording();
+    void failureIsToldInABoxThatCanBeMoved();
+    void endOfTheSessionFinishesTheRecording();
+
+private:
+    void Begin(Recorder& recorder);
+    DesktopWindow AtRest(const QString& title);
+    void ClickInStandIn(double share);
+    SwayDesktop m_desktop;
+    static constexpr auto kStandIn = "Recording";
+    static constexpr double kStop = 0.25; // of the stand-in's width
+    static constexpr double kShowWindow = 0.75;
+};
+
+void WaylandWindowTest::initTestCase()
+{
+    QVERIFY2(m_desktop.Good(), "no sway: run it through scripts/wayland-desktop");
+}
+
+void WaylandWindowTest::Begin(Recorder& recorder)
+{
+    QVERIFY(recorder.Start());
+    AtRest(Recorder::kTitle);
+    recorder.Click("home.record");
+    QVERIFY2(recorder.StartRecording(), "the recording does not start");
+    QVERIFY2(WaitUntil([&] { return m_desktop.Shown(kStandIn).has_value(); }),
+             "no window in place of the tray icon");
+}
+
+// The window, once it is neither moved nor resized any more.
+DesktopWindow WaylandWindowTest::AtRest(const QString& title)
+{
+    constexpr int looksAtRest = 3;
+    DesktopWindow found;
+    int looks = 0;
+    WaitUntil([&] {
+        const DesktopWindow now = m_desktop.Shown(title).value_or(DesktopWindow());
+        looks = now.id != 0 && now.place == found.place ? looks + 1 : 0;
+        found = now;
+        return looks == looksAtRest;
+    });
+    return found;
+}
+
+void WaylandWindowTest::ClickInStandIn(double share)
+{
+    constexpr int buttonsAboveTheBottom = 25;
+    const QRect place = AtRest(kStandIn).place;
+    QVERIFY2(place.isValid(), "the stand-in is not shown, for a click in it");
+    m_desktop.Click(place.bottomLeft() +
+                    QPoint(int(place.width() * share), -buttonsAboveTheBottom));
+}
+
+void WaylandWindowTest::windowIsWaylandsOwnAndCentred()
+{
+    Recorder recorder(m_desktop);
+    QVERIFY(recorder.Start());
+    const DesktopWindow window = AtRest(Recorder::kTitle);
+    QVERIFY2(m_desktop.IsNative(window.id), "it is a window of the X server");
+    QCOMPARE(window.place.size(), QSize(1000, 600));
+    const QPoint off = window.place.center() - QRect(0, 0, 1280, 800).center();
+    QVERIFY2(off.manhattanLength() < 20, "it is not centred");
+}
+
+// Not by the choice that was made for the window.
+void WaylandWindowTest::programsThatItStartsChooseForThemselves()
+{
+    Recorder recorder(m_desktop);
+    recorder.ReplaceTool("env >\"$HOME/environment\"\nexec \"$REAL\" \"$@\"\n");
+    QVERIFY(recorder.Start());
+    const QByteArray environment =
+        Content(recorder.SaveDirectory().section('/', 0, -2) + "/environment");
+    QVERIFY2(environment.contains("WAYLAND_DISPLAY"), "the tool has not written it");
+    QVERIFY2(!environment.contains("QT_QPA_PLATFORM"), environment.constData());
+}
+
+void WaylandWindowTest::standInStopsTheRecordingOfTheScreen()
+{
+    Recorder recorder(m_desktop);
+    Begin(recorder);
+    const DesktopWindow standIn = AtRest(kStandIn);
+    QVERIFY2(m_desktop.HasFocus(standIn.id), "the stand-in is not what the user finds");
+    QVERIFY(recorder.RecordFor(1500));
+    ClickInStandIn(kStop);
+    QVERIFY2(recorder.WaitShown(), "its Stop does not bring the window back");
+    QVERIFY2(recorder.WaitForTool(), "its Stop does not stop the recording");
+    QVERIFY2(!m_desktop.ByTitle(kStandIn), "it stays after the recording");
+
+    const RecordingFile file = ReadRecording(recorder.Recording());
+    QVERIFY2(file.fault.isEmpty(), qPrintable(file.fault));
+    QCOMPARE(file.pictureTracks, QStringList("h264 yuv420p 1280x800"));
+    // The screen is dark grey but for the stand-in, which is light.
+    const Outcome frame =
+        RunProgram("ffmpeg", {"-v", "error", "-sseof", "-0.3", "-i", recorder.Recording(),
+                              "-frames:v", "1", "-f", "rawvideo", "-pix_fmt", "gray", "-"});
+    QVERIFY2(frame.output.size() >= 1280 * 800, "no frame");
+    const auto brightness = [&](QPoint place) {
+        return static_cast<uchar>(frame.output[place.y() * 1280 + place.x()]);
+    };
+    QVERIFY2(brightness(standIn.place.topLeft() + QPoint(5, 5)) > 200, "the stand-in is missing");
+    QVERIFY2(brightness({5, 5}) > 30 && brightness({5, 5}) < 100,
+             "the screen is not the one that is shown");
+}
+
+void WaylandWindowTest::standInBringsTheWindowBack()
+{
+    Recorder recorder(m_desktop);
+    Begin(recorder);
+    ClickInStandIn(kShowWindow);
+    QVERIFY2(recorder.WaitShown(), "it does not bring the window back");
+    QVERIFY2(recorder.ToolRuns(), "it stopped the recording");
+    QVERIFY(recorder.RecordFor(1500));
+    m_desktop.Activate(AtRest(Recorder::kTitle).id);
+    recorder.Click("record.record");
+    QVERIFY2(recorder.WaitForTool(), "Stop in the window does not stop the recording");
+    const RecordingFile file = ReadRecording(recorder.Recording());
+    QVERIFY2(file.fault.isEmpty(), qPrintable(file.fault));
+}
+
+void WaylandWindowTest::closingTheStandInDoesNotLoseTheRecording()
+{
+    Recorder recorder(m_desktop);
+    Begin(recorder);
+    m_desktop.Close(AtRest(kStandIn).id);
+    QVERIFY2(recorder.WaitShown(), "closing it does not bring the window back");
+    QVERIFY2(recorder.ToolRuns(), "closing it stopped the recording");
+    QVERIFY2(WaitUntil([&] { return m_desktop.Shown(kStandIn).has_value(); }),
+             "the handle on the recording is gone");
+    m_desktop.Close(AtRest(Recorder::kTitle).id);
+    QCOMPARE(recorder.WaitForEnd(), 0);
+    const RecordingFile file = ReadRecording(recorder.Recording());
+    QVERIFY2(file.fault.isEmpty(), qPrintable(file.fault));
+}
+
+// It gets the keyboard, but keys that are meant for another program do not close it. Only the
+// compositor can move it.
+void WaylandWindowTest::failureIsToldInABoxThatCanBeMoved()
+{
+    Recorder recorder(m_desktop);
+    Begin(recorder);
+    kill(recorder.Ffmpeg(), SIGKILL);
+    QVERIFY2(WaitUntil([&] { return recorder.Message().has_value(); }), "nothing is told");
+    const DesktopWindow box = AtRest(recorder.Message()->title);
+    const QRect place = box.place;
+    QVERIFY2(m_desktop.HasFocus(box.id), "sway has not given it the keyboard");
+    m_desktop.Press({"space", "Return", "Escape"});
+    const QPoint strip = place.topLeft() + QPoint(place.width() / 2, 15);
+    m_desktop.Drag(strip, strip + QPoint(100, 150));
+    QVERIFY2(WaitUntil([&] {
+                 const auto now = recorder.Message();
+                 const QPoint moved = now ? now->place.topLeft() - place.topLeft() : QPoint();
+                 return moved.x() > 50 && moved.y() > 75;
+             }),
+             "a key closes it, or dragging it does not move it");
+    QVERIFY2(recorder.CloseMessage(), "its OK does not close it");
+}
+
+// The last test: the compositor ends, and the program with it.
+void WaylandWindowTest::endOfTheSessionFinishesTheRecording()
+{
+    Recorder recorder(m_desktop);
+    Begin(recorder);
+    QVERIFY(recorder.RecordFor(1500));
+    const QString recording = recorder.Recording();
+    SwayDesktop::Ask({"exit"});
+    QVERIFY2(WaitUntil([&] { return !recorder.IsRunning(); }), "the stand-in keeps the session");
+    QVERIFY2(WaitUntil([&] { return recorder.Ffmpeg() == 0; }), "the recording does not end");
+    const RecordingFile file = ReadRecording(recording);
+    QVERIFY2(file.fault.isEmpty(), qPrintable(file.fault));
+    QVERIFY2(file.seconds > 0.5, "what was recorded until then is missing");
+}
+
+QTEST_GUILESS_MAIN(WaylandWindowTest)
+#include "wayland_window_test.moc"
