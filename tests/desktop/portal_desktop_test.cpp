@@ -153,7 +153,7 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is not
         QFile::remove(m_session.Path("1.mp4.log"));
     }
 
-    // Records a second, and another one after `change`. Explains a failure.
+    // Records for a moment, and again after `change`. Explains a failure.
     bool Record(const QString& size = kSize, const std::function<bool()>& change = {})
     {
         RemoveRecording();
@@ -163,7 +163,7 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is not
                                    20000) &&
                    !take.HasEnded();
         };
-        bool good = reaches(1) && (!change || (change() && reaches(2.5)));
+        bool good = reaches(0.5) && (!change || (change() && reaches(2)));
         QElapsedTimer timer;
         timer.start();
         take.Type("q");
