@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
+#include <utility>
 #include <wayland-server-core.h>
 #include <wayland-server-protocol.h>
 
@@ -71,9 +72,10 @@ struct FakeRequests
         RunningCompositor& compositor = Of(frame);
         compositor.m_waiting.remove_if([&](const auto& one) { return one.first == frame; });
         compositor.m_nWaiting = static_cast<int>(compositor.m_waiting.size());
+        compositor.m_used.remove(frame);
     }
-    static void Capture(wl_client* client, wl_resource* manager, uint32_t id,
-                        int32_t /*withPointer*/, wl_resource* /*output*/)
+    static void Capture(wl_client* client, wl_resource* manager, uint32_t id, int32_t withPointer,
+                        wl_resource* /*output*/)
     {
         static const struct zwlr_screencopy_frame_v1_interface requests = {&Copy, &Destroy,
                                                                            &CopyChanged};
@@ -81,6 +83,7 @@ struct FakeRequests
                                                 wl_resource_get_version(manager), id);
         wl_resource_set_implementation(frame, &requests, wl_resource_get_user_data(manager),
                                        &ForgetFrame);
+        Of(manager).m_nWithPointer += withPointer;
         Of(manager).Answer(frame);
     }
     static void BindScreencopy(wl_client* client, void* data, uint32_t version, uint32_t id)
@@ -93,8 +96,8 @@ struct FakeRequests
     }
 };
 
-RunningCompositor::RunningCompositor(const FakeCompositor& behaviour)
-    : m_behaviour(behaviour),
+RunningCompositor::RunningCompositor(FakeCompositor behaviour)
+    : m_behaviour(std::move(behaviour)),
       m_pDisplay(wl_display_create())
 {
     wl_log_set_handler_server([](const char* /*format*/, va_list /*arguments*/) {});
@@ -245,6 +248,11 @@ void RunningCompositor::Describe(wl_resource* frame)
 
 void RunningCompositor::Copy(wl_resource* frame, wl_resource* buffer, bool withDamage)
 {
+    if (std::find(m_used.begin(), m_used.end(), frame) != m_used.end()) {
+        wl_resource_post_error(frame, ZWLR_SCREENCOPY_FRAME_V1_ERROR_ALREADY_USED, "used twice");
+        return;
+    }
+    m_used.push_back(frame);
     const auto answer = m_behaviour.answers.at(m_nNextAnswer);
     m_nNextAnswer = std::min(m_nNextAnswer + 1, m_behaviour.answers.size() - 1);
     if (answer == FakeCompositor::Answer::FailedLater) {

@@ -60,7 +60,7 @@ struct FakeCompositor
 class RunningCompositor
 {
 public:
-    explicit RunningCompositor(const FakeCompositor& behaviour = {});
+    explicit RunningCompositor(FakeCompositor behaviour = {});
     RunningCompositor(const RunningCompositor&) = delete;
     RunningCompositor& operator=(const RunningCompositor&) = delete;
     ~RunningCompositor();
@@ -73,6 +73,7 @@ public:
     void Damage();
     void RemoveOutputs();
     int FramesAskedFor() const { return m_nFrames; }
+    int FramesWithPointer() const { return m_nWithPointer; }
     int CopiesWaiting() const { return m_nWaiting; }
 
 private:
@@ -90,9 +91,11 @@ private:
     wl_display* m_pDisplay = nullptr;
     std::vector<wl_global*> m_globals;
     std::list<std::pair<wl_resource*, wl_resource*>> m_waiting; // frames and their buffers
+    std::list<wl_resource*> m_used;                             // frames that a copy was asked of
     size_t m_nNextAnswer = 0;
     bool m_bDamaged = true;
     std::atomic<int> m_nFrames = 0;
+    std::atomic<int> m_nWithPointer = 0;
     std::atomic<int> m_nWaiting = 0;
 
     std::mutex m_mutex;

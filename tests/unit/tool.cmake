@@ -36,6 +36,8 @@ if(NOT APPLE)
     tool_program_test unit SOURCES tool_program_test.cpp LIBRARIES lumenfold_tool_core DEFINITIONS
     TOOL_PROGRAM="$<TARGET_FILE:tool>")
   add_dependencies(tool_program_test tool)
-  lumenfold_test(tool_wayland_screen_test unit SOURCES tool_wayland_screen_test.cpp LIBRARIES lumenfold_tool_core
-                 fake_compositor)
+  foreach(topic outputs picture screen)
+    lumenfold_test(tool_wayland_${topic}_test unit SOURCES tool_wayland_${topic}_test.cpp LIBRARIES
+                   lumenfold_tool_core fake_compositor)
+  endforeach()
 endif()

@@ -89,7 +89,10 @@ struct Frame
     {
         FrameFitter().Write(picture, bytes.data(), width, height);
     }
-    int At(int x, int y) const { return bytes[static_cast<size_t>(y * width + x)]; }
+    int At(int x, int y) const
+    {
+        return bytes[static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)];
+    }
     bool KeepsItsBounds() const
     {
         return std::all_of(bytes.end() - kBehind, bytes.end(),

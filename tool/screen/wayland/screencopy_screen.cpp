@@ -173,7 +173,10 @@ void ScreencopyScreen::Copy()
         buffer = SharedBuffer::Create(m_pOutputs->SharedMemory(), m_layout);
     }
     if (!buffer) {
-        m_reason = "No screen can be recorded: the compositor delivers pictures of an unknown kind";
+        if (!m_bHasPicture) {
+            m_reason =
+                "No screen can be recorded: the compositor delivers pictures of an unknown kind";
+        }
         Fail();
         return;
     }
