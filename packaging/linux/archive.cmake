@@ -42,11 +42,12 @@ install(FILES "${LUMENFOLD_ICON_DRAWING}" DESTINATION share/icons/hicolor/scalab
 get_target_property(qmake Qt6::qmake IMPORTED_LOCATION)
 execute_process(COMMAND "${qmake}" -query QT_INSTALL_PLUGINS OUTPUT_VARIABLE qt_plugins
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-# The library that `tool` loads by name; libyuv and Wayland's protocols are linked into it.
+# The library that `tool` loads by name; libyuv, Wayland's protocols and PipeWire's headers are compiled into it.
 find_library(LUMENFOLD_PULSE_LIBRARY pulse REQUIRED)
 pkg_get_variable(wayland_core wayland-scanner pkgdatadir)
 pkg_get_variable(wayland_protocols wayland-protocols pkgdatadir)
 get_filename_component(wayland_protocols "${wayland_protocols}" REALPATH)
+find_path(LUMENFOLD_SPA_HEADERS spa/pod/builder.h PATH_SUFFIXES spa-0.2 REQUIRED)
 install(FILES "${PROJECT_SOURCE_DIR}/tool/screen/wayland/protocol/wlr-screencopy-unstable-v1.xml" DESTINATION licenses)
 install(
   CODE "execute_process(
@@ -54,6 +55,7 @@ install(
       \"${LUMENFOLD_BIN_DIR}\" \"${qt_plugins}\" \"${LUMENFOLD_PACKAGE_FFMPEG}\"
       \"${LUMENFOLD_PULSE_LIBRARY}\" \"${LIBYUV_LIBRARY}\"
       \"${wayland_core}/wayland.xml\" \"${wayland_protocols}/unstable/xdg-output/xdg-output-unstable-v1.xml\"
+      \"${LUMENFOLD_SPA_HEADERS}/spa/pod/builder.h\"
     COMMAND_ERROR_IS_FATAL ANY)")
 
 set(CPACK_GENERATOR TGZ)
