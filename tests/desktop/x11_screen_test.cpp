@@ -77,6 +77,17 @@ private:
     std::vector<uint8_t> m_frame;
 };
 
+const QStringList kUsual{"-screen", "0", kSize};
+
+// The screen in one colour, 0xRRGGBB, with the mouse there.
+X11Pictures PicturesOf(OwnScreen& screen, uint32_t colour, int mouseX, int mouseY)
+{
+    if (screen.Good()) {
+        screen.ShowColour(colour, mouseX, mouseY);
+    }
+    return X11Pictures(screen);
+}
+
 } // namespace
 
 class X11ScreenTest : public QObject
@@ -102,11 +113,9 @@ private slots:
 
 void X11ScreenTest::stillScreenIsUnchanged()
 {
-    OwnScreen screen({"-screen", "0", kSize});
-    QVERIFY2(screen.Good(), "no X server");
-    screen.ShowColour(0, 300, 150);
-    X11Pictures pictures(screen);
-    QVERIFY(pictures.IsOpen());
+    OwnScreen screen(kUsual);
+    X11Pictures pictures = PicturesOf(screen, 0, 300, 150);
+    QVERIFY2(pictures.IsOpen(), "no X server");
     QCOMPARE(pictures.Next(), Outcome::Taken);
     QVERIFY2(pictures.BecomesStill(), "each picture counts as a new one");
     for (int i = 0; i < 100; ++i) {
@@ -118,13 +127,13 @@ void X11ScreenTest::everySmallChangeIsTaken_data()
 {
     QTest::addColumn<QStringList>("options");
     QTest::addColumn<bool>("rests");
-    QTest::newRow("between pauses") << QStringList{"-screen", "0", kSize} << true;
-    QTest::newRow("one after another") << QStringList{"-screen", "0", kSize} << false;
+    QTest::newRow("between pauses") << kUsual << true;
+    QTest::newRow("one after another") << kUsual << false;
     QTest::newRow("with colours of ten bits") << QStringList{"-screen", "0", "320x200x30"} << true;
     QTest::newRow("without damage reports")
-        << QStringList{"-screen", "0", kSize, "-extension", "DAMAGE"} << false;
+        << kUsual + QStringList{"-extension", "DAMAGE"} << false;
     QTest::newRow("without shared memory")
-        << QStringList{"-screen", "0", kSize, "-extension", "MIT-SHM"} << false;
+        << kUsual + QStringList{"-extension", "MIT-SHM"} << false;
 }
 
 // The next picture after each change shows it: none is lost, whenever it comes.
@@ -133,10 +142,8 @@ void X11ScreenTest::everySmallChangeIsTaken()
     QFETCH(QStringList, options);
     QFETCH(bool, rests);
     OwnScreen screen(options);
-    QVERIFY2(screen.Good(), "no X server");
-    screen.ShowColour(0, 310, 190);
-    X11Pictures pictures(screen);
-    QVERIFY(pictures.IsOpen());
+    X11Pictures pictures = PicturesOf(screen, 0, 310, 190);
+    QVERIFY2(pictures.IsOpen(), "no X server");
     QCOMPARE(pictures.Next(), Outcome::Taken);
     for (int i = 0; i < 300; ++i) {
         const int x = i * 16 % 288;
@@ -156,11 +163,9 @@ void X11ScreenTest::everySmallChangeIsTaken()
 // The server gets our questions before the change, and answers them after it.
 void X11ScreenTest::changeDuringALookIsTakenWithIt()
 {
-    OwnScreen screen({"-screen", "0", kSize});
-    QVERIFY2(screen.Good(), "no X server");
-    screen.ShowColour(0, 310, 190);
-    X11Pictures pictures(screen);
-    QVERIFY(pictures.IsOpen());
+    OwnScreen screen(kUsual);
+    X11Pictures pictures = PicturesOf(screen, 0, 310, 190);
+    QVERIFY2(pictures.IsOpen(), "no X server");
     for (int i = 0; i < 40; ++i) {
         QVERIFY2(pictures.BecomesStill(), "each picture counts as a new one");
         screen.Occupy();
@@ -175,11 +180,10 @@ void X11ScreenTest::changeDuringALookIsTakenWithIt()
 
 void X11ScreenTest::pointerThatMovesIsTaken()
 {
-    OwnScreen screen({"-screen", "0", kSize});
-    QVERIFY2(screen.Good(), "no X server");
-    screen.ShowColour(0, 10, 10);
-    X11Pictures pictures(screen);
-    QVERIFY(pictures.IsOpen() && pictures.BecomesStill());
+    OwnScreen screen(kUsual);
+    X11Pictures pictures = PicturesOf(screen, 0, 10, 10);
+    QVERIFY2(pictures.IsOpen(), "no X server");
+    QVERIFY2(pictures.BecomesStill(), "each picture counts as a new one");
     for (int i = 1; i < 100; ++i) {
         screen.MovePointer(10 + 2 * i, 10 + i);
         QCOMPARE(pictures.Next(), Outcome::Taken);
@@ -195,11 +199,9 @@ void X11ScreenTest::pointerThatMovesIsTaken()
 // Small changes under it and far from it, while it moves or rests.
 void X11ScreenTest::pointerLeavesNoTraceBehind()
 {
-    OwnScreen screen({"-screen", "0", kSize});
-    QVERIFY2(screen.Good(), "no X server");
-    screen.ShowColour(0, 10, 10);
-    X11Pictures pictures(screen);
-    QVERIFY(pictures.IsOpen());
+    OwnScreen screen(kUsual);
+    X11Pictures pictures = PicturesOf(screen, 0, 10, 10);
+    QVERIFY2(pictures.IsOpen(), "no X server");
     for (int i = 0; i < 60; ++i) {
         screen.MovePointer(4 * i, 2 * i);
         if (i % 3 == 0) {
@@ -218,11 +220,10 @@ void X11ScreenTest::pointerLeavesNoTraceBehind()
 
 void X11ScreenTest::pointerOfAnotherShapeIsTaken()
 {
-    OwnScreen screen({"-screen", "0", kSize});
-    QVERIFY2(screen.Good(), "no X server");
-    screen.ShowColour(0, 100, 100);
-    X11Pictures pictures(screen);
-    QVERIFY(pictures.IsOpen() && pictures.BecomesStill());
+    OwnScreen screen(kUsual);
+    X11Pictures pictures = PicturesOf(screen, 0, 100, 100);
+    QVERIFY2(pictures.IsOpen(), "no X server");
+    QVERIFY2(pictures.BecomesStill(), "each picture counts as a new one");
     constexpr uint16_t dot = 38;
     screen.SetPointer(dot);
     QCOMPARE(pictures.Next(), Outcome::Taken);
@@ -243,10 +244,9 @@ void X11ScreenTest::changeThatIsNotReportedIsTaken()
     QFETCH(int, depth);
     const QTemporaryDir folder;
     OwnScreen screen({"-screen", "0", QString("320x200x%1").arg(depth), "-fbdir", folder.path()});
-    QVERIFY2(screen.Good(), "no X server");
-    screen.ShowColour(0, 310, 190);
-    X11Pictures pictures(screen);
-    QVERIFY(pictures.IsOpen() && pictures.BecomesStill());
+    X11Pictures pictures = PicturesOf(screen, 0, 310, 190);
+    QVERIFY2(pictures.IsOpen(), "no X server");
+    QVERIFY2(pictures.BecomesStill(), "each picture counts as a new one");
     QFile file(folder.filePath("Xvfb_screen0"));
     QVERIFY2(file.open(QIODevice::ReadWrite), qPrintable(file.fileName()));
     constexpr qint64 rowBytes = qint64{4} * kArea.width;
@@ -268,11 +268,9 @@ void X11ScreenTest::changeThatIsNotReportedIsTaken()
 // And is found still again when it does rest.
 void X11ScreenTest::screenThatNeverRestsIsTakenEachTime()
 {
-    OwnScreen screen({"-screen", "0", kSize});
-    QVERIFY2(screen.Good(), "no X server");
-    screen.ShowColour(0, 310, 190);
-    X11Pictures pictures(screen);
-    QVERIFY(pictures.IsOpen());
+    OwnScreen screen(kUsual);
+    X11Pictures pictures = PicturesOf(screen, 0, 310, 190);
+    QVERIFY2(pictures.IsOpen(), "no X server");
     for (int i = 0; i < 200; ++i) {
         const bool white = i % 2 == 0;
         screen.Paint(0, 0, kArea.width, 100, white ? 0xffffff : 0);
@@ -284,11 +282,10 @@ void X11ScreenTest::screenThatNeverRestsIsTakenEachTime()
 
 void X11ScreenTest::screenThatShrinksIsTaken()
 {
-    OwnScreen screen({"-screen", "0", kSize});
-    QVERIFY2(screen.Good(), "no X server");
-    screen.ShowColour(0xffffff, 2, 2);
-    X11Pictures pictures(screen);
-    QVERIFY(pictures.IsOpen() && pictures.BecomesStill());
+    OwnScreen screen(kUsual);
+    X11Pictures pictures = PicturesOf(screen, 0xffffff, 2, 2);
+    QVERIFY2(pictures.IsOpen(), "no X server");
+    QVERIFY2(pictures.BecomesStill(), "each picture counts as a new one");
     screen.Resize(160, 100);
     Outcome outcome = pictures.Next();
     for (int looks = 0; outcome == Outcome::Waiting && looks < 5; ++looks) {
@@ -303,11 +300,9 @@ void X11ScreenTest::screenThatShrinksIsTaken()
 // It refuses the picture, and says nothing more.
 void X11ScreenTest::serverThatStopsAfterShrinkingIsNotWaitedFor()
 {
-    OwnScreen screen({"-screen", "0", kSize, "-extension", "DAMAGE"});
-    QVERIFY2(screen.Good(), "no X server");
-    screen.ShowColour(0xffffff, 2, 2);
-    X11Pictures pictures(screen);
-    QVERIFY(pictures.IsOpen());
+    OwnScreen screen(kUsual + QStringList{"-extension", "DAMAGE"});
+    X11Pictures pictures = PicturesOf(screen, 0xffffff, 2, 2);
+    QVERIFY2(pictures.IsOpen(), "no X server");
     QCOMPARE(pictures.Next(), Outcome::Taken);
     screen.Occupy();
     QCOMPARE(pictures.Next(1ms), Outcome::Waiting);
@@ -333,7 +328,7 @@ void X11ScreenTest::serverThatStopsAfterShrinkingIsNotWaitedFor()
 
 void X11ScreenTest::screenThatGoesIsLost()
 {
-    OwnScreen screen({"-screen", "0", kSize});
+    OwnScreen screen(kUsual);
     QVERIFY2(screen.Good(), "no X server");
     X11Pictures pictures(screen);
     QVERIFY(pictures.IsOpen() && pictures.BecomesStill());
@@ -345,7 +340,7 @@ void X11ScreenTest::noPicturesWithoutAScreen()
 {
     QVERIFY(!tool::OpenX11Screen("", kArea));
     QVERIFY(!tool::OpenX11Screen(":4321", kArea));
-    OwnScreen screen({"-screen", "0", kSize});
+    OwnScreen screen(kUsual);
     QVERIFY2(screen.Good(), "no X server");
     const std::string name = screen.Name().toStdString();
     for (const tool::Rectangle& area : {tool::Rectangle{-2, 0, 20, 20}, {0, -2, 20, 20}, {}}) {

@@ -14,7 +14,6 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        WriteFile(BesideProgram("may_finish"), QByteArray());
         CloseWindow();
         QDir::setCurrent(m_workingDirectory);
     }
