@@ -26,7 +26,8 @@ private slots:
     void recordingWithoutDisplayStartsNoFfmpeg();
     void malformedDeviceStartsNoFfmpeg();
     void editingLoadsNoSoundLibrary();
-    void listWithoutSoundLibraryShowsNoSound();
+    static void listWithoutALibrarySaysSo_data();
+    void listWithoutALibrarySaysSo();
 
 private:
     // Runs it and returns the exit code, or -1 if it does not exit by itself.
@@ -229,23 +230,44 @@ void ToolProgramTest::editingLoadsNoSoundLibrary()
     QVERIFY2(!m_output.contains("libpulse"), m_output);
 }
 
-void ToolProgramTest::listWithoutSoundLibraryShowsNoSound()
+void ToolProgramTest::listWithoutALibrarySaysSo_data()
 {
-    QFile library(m_folder->filePath("libpulse.so.0")); // found first, but not a valid library
-    QVERIFY(library.open(QIODevice::WriteOnly));
-    library.close();
+    QTest::addColumn<QString>("library");
+    QTest::addColumn<QString>("wayland");
+    QTest::addColumn<bool>("isLoaded");
+    QTest::addColumn<QByteArray>("reason");
+    QTest::newRow("sound") << "libpulse.so.0"
+                           << "" << true << QByteArray();
+    QTest::newRow("Wayland") << "libwayland-client.so.0"
+                             << "wayland-no" << true
+                             << QByteArray("libwayland-client is missing or too old.");
+    QTest::newRow("Wayland elsewhere") << "libwayland-client.so.0"
+                                       << "" << false << QByteArray("WAYLAND_DISPLAY");
+}
+
+void ToolProgramTest::listWithoutALibrarySaysSo()
+{
+    QFETCH(QString, library);
+    QFETCH(QString, wayland);
+    QFETCH(bool, isLoaded);
+    QFETCH(QByteArray, reason);
+    QFile broken(m_folder->filePath(library)); // found first, but not a valid library
+    QVERIFY(broken.open(QIODevice::WriteOnly));
+    broken.close();
+    m_environment.insert("WAYLAND_DISPLAY", wayland);
     m_environment.insert("LD_LIBRARY_PATH", m_folder->path());
     m_environment.insert("LUMENFOLD_FFMPEG", m_folder->filePath("none")); // one program, one log
     m_environment.insert("LD_DEBUG", "libs");
     m_environment.insert("LD_DEBUG_OUTPUT", m_folder->filePath("loader"));
     QCOMPARE(Run({"-f", "avfoundation", "-list_devices", "true", "-i", " "}), 1);
-    QVERIFY2(m_error.contains("[AVFoundation indev @ 0x"), m_error);
+    QVERIFY2(m_error.contains("[AVFoundation indev @ 0x") && m_error.contains(reason), m_error);
     QVERIFY2(!m_error.contains("audio devices:"), m_error);
     const QStringList logs = QDir(m_folder->path()).entryList({"loader.*"});
     QCOMPARE(logs.size(), 1);
     QFile log(m_folder->filePath(logs.first()));
     QVERIFY(log.open(QIODevice::ReadOnly));
-    QVERIFY2(log.readAll().contains(library.fileName().toUtf8()), "the library was not asked for");
+    QVERIFY2(log.readAll().contains(broken.fileName().toUtf8()) == isLoaded,
+             isLoaded ? "the library was not asked for" : "the library was asked for");
 }
 
 QTEST_GUILESS_MAIN(ToolProgramTest)

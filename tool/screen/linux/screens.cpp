@@ -40,7 +40,12 @@ Screens ReadScreens()
     if (!monitors) {
         return {{}, NoneReason(display)};
     }
-    return {*std::move(monitors), {}};
+    if (monitors->areOfWayland) {
+        return {{},
+                "No screen can be recorded: the X display " + display +
+                    " is part of a Wayland session, and WAYLAND_DISPLAY is not set"};
+    }
+    return {std::move(monitors->areas), {}};
 }
 
 OpenedScreen OpenScreen(const Rectangle& area, const WaitForScreen& wait)

@@ -3,14 +3,26 @@
 #include "tool/screen/x11/display.h"
 #include "tool/screen/x11/reply.h"
 
+#include <string_view>
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
 
 namespace tool {
 namespace {
 
+// XWayland's monitors are called XWAYLAND0 and so on.
+bool IsOfWayland(xcb_connection_t* connection, xcb_atom_t name)
+{
+    const Owned<xcb_get_atom_name_reply_t> reply(
+        xcb_get_atom_name_reply(connection, xcb_get_atom_name(connection, name), nullptr));
+    return reply &&
+           std::string_view(xcb_get_atom_name_name(reply.get()),
+                            static_cast<size_t>(xcb_get_atom_name_name_length(reply.get())))
+               .starts_with("XWAYLAND");
+}
+
 // Monitors need RandR 1.5. An older server answers the request with an error.
-std::vector<Rectangle> RandrMonitors(xcb_connection_t* connection, xcb_window_t root)
+Monitors RandrMonitors(xcb_connection_t* connection, xcb_window_t root)
 {
     if (!HasExtension(connection, &xcb_randr_id)) {
         return {};
@@ -28,12 +40,16 @@ std::vector<Rectangle> RandrMonitors(xcb_connection_t* connection, xcb_window_t 
     if (!reply) {
         return {};
     }
-    std::vector<Rectangle> monitors;
+    Monitors monitors;
     for (auto it = xcb_randr_get_monitors_monitors_iterator(reply.get()); it.rem > 0;
          xcb_randr_monitor_info_next(&it)) {
         const Rectangle area{it.data->x, it.data->y, it.data->width, it.data->height};
         if (area.width > 1 && area.height > 1) {
-            monitors.insert(it.data->primary != 0 ? monitors.begin() : monitors.end(), area);
+            monitors.areas.insert(
+                it.data->primary != 0 ? monitors.areas.begin() : monitors.areas.end(), area);
+            monitors.areOfWayland =
+                monitors.areOfWayland ||
+                (monitors.areas.size() == 1 && IsOfWayland(connection, it.data->name));
         }
     }
     return monitors;
@@ -41,16 +57,16 @@ std::vector<Rectangle> RandrMonitors(xcb_connection_t* connection, xcb_window_t 
 
 } // namespace
 
-std::optional<std::vector<Rectangle>> ReadMonitors(const std::string& display)
+std::optional<Monitors> ReadMonitors(const std::string& display)
 {
     const auto opened = OpenDisplay(display);
     if (!opened) {
         return std::nullopt;
     }
     const xcb_screen_t* screen = opened->screen;
-    std::vector<Rectangle> monitors = RandrMonitors(opened->connection.get(), screen->root);
-    if (monitors.empty()) {
-        monitors.push_back({0, 0, screen->width_in_pixels, screen->height_in_pixels});
+    Monitors monitors = RandrMonitors(opened->connection.get(), screen->root);
+    if (monitors.areas.empty()) {
+        monitors.areas.push_back({0, 0, screen->width_in_pixels, screen->height_in_pixels});
     }
     return monitors;
 }

@@ -9,9 +9,14 @@
 
 namespace tool {
 
-// The rectangles of the monitors on the display's default screen, the primary monitor first.
-// Without RandR the whole screen counts as one monitor. Returns nothing if the display cannot be
-// opened.
-std::optional<std::vector<Rectangle>> ReadMonitors(const std::string& display);
+struct Monitors
+{
+    std::vector<Rectangle> areas; // the primary monitor first
+    bool areOfWayland = false;    // the server is XWayland, which has no picture of them
+};
+
+// The monitors on the display's default screen. Without RandR the whole screen counts as one.
+// Returns nothing if the display cannot be opened.
+std::optional<Monitors> ReadMonitors(const std::string& display);
 
 } // namespace tool
