@@ -243,12 +243,13 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is not
         return true;
     }
 
-    Yuv At(int place, const std::vector<uint8_t>& frame) const
+    // In the middle of this row.
+    static Yuv At(size_t row, const std::vector<uint8_t>& frame)
     {
-        const int column = kWidth / 2;
-        const size_t colour = static_cast<size_t>(place / 2 * (kWidth / 2) + column / 2);
-        const size_t luma = kWidth * kHeight;
-        return {frame[static_cast<size_t>(place * kWidth + column)], frame[luma + colour],
+        constexpr size_t width = kWidth;
+        constexpr size_t luma = width * kHeight;
+        const size_t colour = row / 2 * (width / 2) + width / 4;
+        return {frame[row * width + width / 2], frame[luma + colour],
                 frame[luma + luma / 4 + colour]};
     }
     std::vector<uint8_t> Frame()

@@ -49,7 +49,7 @@ struct Buffer
     }
     bool IsAt(const SourcePicture& picture, int x, int y) const
     {
-        return picture.first == memory.data() + y * kRow + x * 4;
+        return picture.first == &memory[static_cast<size_t>(y) * kRow + static_cast<size_t>(x) * 4];
     }
 
     std::vector<uint8_t> memory = std::vector<uint8_t>(kBytes); // a sanitizer sees its end
