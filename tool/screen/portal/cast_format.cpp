@@ -1,5 +1,6 @@
 #include "tool/screen/portal/cast_format.h"
 
+#include <cstring>
 #include <spa/buffer/buffer.h>
 #include <spa/buffer/meta.h>
 #include <spa/param/param.h>
@@ -127,8 +128,11 @@ std::optional<CastFormat> ReadFormat(const spa_pod* format)
         info.size.width > largestSide || info.size.height < 1 || info.size.height > largestSide) {
         return std::nullopt;
     }
+    // Any number may be there, which no variable of the enumeration's type could hold.
+    uint32_t number = 0;
+    std::memcpy(&number, &info.format, sizeof number);
     for (const KnownFormat& known : knownFormats) {
-        if (known.format == info.format) {
+        if (static_cast<uint32_t>(known.format) == number) {
             return CastFormat{static_cast<int>(info.size.width), static_cast<int>(info.size.height),
                               known.order};
         }

@@ -7,6 +7,8 @@
 
 namespace tool {
 
+// Some of PipeWire's functions are macros that no standard knows: those after __extension__.
+
 const pw_stream_events CastStream::streamEvents = [] {
     pw_stream_events events{};
     events.version = PW_VERSION_STREAM_EVENTS;
@@ -41,7 +43,7 @@ bool CastStream::Connect(Descriptor connection, uint32_t node)
     if (m_pCore == nullptr) {
         return false;
     }
-    pw_core_add_listener(m_pCore, &m_coreListener, &coreEvents, this);
+    __extension__ pw_core_add_listener(m_pCore, &m_coreListener, &coreEvents, this);
     m_pStream = PipeWire()->streamNew(
         m_pCore, "Lumenfold Screen Recorder",
         PipeWire()->propertiesNew(PW_KEY_MEDIA_TYPE, "Video", PW_KEY_MEDIA_CATEGORY, "Capture",
@@ -77,16 +79,18 @@ CastStream::~CastStream()
 
 int CastStream::Number() const
 {
-    return pw_loop_get_fd(m_pLoop);
+    return __extension__ pw_loop_get_fd(m_pLoop);
 }
 
 void CastStream::Work()
 {
     constexpr int mostRounds = 100; // whatever the other side sends
-    pw_loop_enter(m_pLoop);
-    for (int round = 0; round < mostRounds && pw_loop_iterate(m_pLoop, 0) > 0; ++round) {
+    __extension__ pw_loop_enter(m_pLoop);
+    int handled = 1;
+    for (int round = 0; round < mostRounds && handled > 0; ++round) {
+        handled = __extension__ pw_loop_iterate(m_pLoop, 0);
     }
-    pw_loop_leave(m_pLoop);
+    __extension__ pw_loop_leave(m_pLoop);
 }
 
 void CastStream::FollowFormat(const spa_pod* format)
