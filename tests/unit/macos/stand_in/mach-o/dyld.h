@@ -13,7 +13,7 @@ inline int _NSGetExecutablePath(char* buffer, uint32_t* size)
     std::array<char, PATH_MAX> path{};
     const auto length =
         static_cast<uint32_t>(readlink("/proc/self/exe", path.data(), path.size() - 1));
-    if (*size <= length) {
+    if (buffer == nullptr || *size <= length) {
         *size = length + 1;
         return -1;
     }
