@@ -13,7 +13,7 @@
 #include <algorithm>
 #include <memory>
 
-class WaylandOutputsTest : public QObject
+class OutputRecordingTest : public QObject
 {
     Q_OBJECT
 
@@ -33,19 +33,19 @@ private:
     std::unique_ptr<WaylandTakes> m_takes;
 };
 
-void WaylandOutputsTest::init()
+void OutputRecordingTest::init()
 {
     m_takes = std::make_unique<WaylandTakes>();
     QVERIFY2(OutputAreas().size() == 2, "no session with two outputs");
 }
 
-void WaylandOutputsTest::cleanup()
+void OutputRecordingTest::cleanup()
 {
     m_takes.reset();
     QVERIFY2(RestoreOutputs(), "the outputs stay as they are");
 }
 
-void WaylandOutputsTest::listIsQuickAndAsksNobody()
+void OutputRecordingTest::listIsQuickAndAsksNobody()
 {
     qint64 fastest = 1000000;
     for (int i = 0; i < 10; ++i) {
@@ -67,7 +67,7 @@ void WaylandOutputsTest::listIsQuickAndAsksNobody()
              list.error);
 }
 
-void WaylandOutputsTest::eachOutputIsRecordedByItsNumber()
+void OutputRecordingTest::eachOutputIsRecordedByItsNumber()
 {
     QVERIFY2(ShowColour(0, "#ff0000", kRed) && ShowColour(1, "#0000ff", kBlue),
              "no coloured backgrounds");
@@ -83,7 +83,7 @@ void WaylandOutputsTest::eachOutputIsRecordedByItsNumber()
     QVERIFY2(AreAlike(blue, {kBlue, kBlue, kBlue, kBlue}), Told(blue));
 }
 
-void WaylandOutputsTest::turnedOutputIsRecordedUpright_data()
+void OutputRecordingTest::turnedOutputIsRecordedUpright_data()
 {
     QTest::addColumn<QString>("transform");
     for (const char* transform : {"90", "180", "270", "flipped", "flipped-90", "flipped-270"}) {
@@ -91,7 +91,7 @@ void WaylandOutputsTest::turnedOutputIsRecordedUpright_data()
     }
 }
 
-void WaylandOutputsTest::turnedOutputIsRecordedUpright()
+void OutputRecordingTest::turnedOutputIsRecordedUpright()
 {
     QFETCH(QString, transform);
     const QString file = m_takes->Path("quarters.png");
@@ -121,7 +121,7 @@ void WaylandOutputsTest::turnedOutputIsRecordedUpright()
     QVERIFY2(AreAlike(lumas, upright), Told(lumas));
 }
 
-void WaylandOutputsTest::scaledOutputIsRecordedInItsFullPixels()
+void OutputRecordingTest::scaledOutputIsRecordedInItsFullPixels()
 {
     QVERIFY(TellSway({"output", "HEADLESS-1", "scale", "1.5"}));
     QVERIFY2(ShowColour(0, "#00ff00", kGreen), "no coloured background");
@@ -134,7 +134,7 @@ void WaylandOutputsTest::scaledOutputIsRecordedInItsFullPixels()
 }
 
 // What is shown then is scaled to fit, with black beside it.
-void WaylandOutputsTest::outputThatChangesItsSizeKeepsTheFilesSize()
+void OutputRecordingTest::outputThatChangesItsSizeKeepsTheFilesSize()
 {
     QVERIFY2(ShowColour(0, "#ffffff", kWhite), "no coloured background");
     const auto take = m_takes->Begin("0");
@@ -155,7 +155,7 @@ void WaylandOutputsTest::outputThatChangesItsSizeKeepsTheFilesSize()
 }
 
 // As a monitor that sleeps: the last picture stays until it wakes.
-void WaylandOutputsTest::outputThatIsSwitchedOffAndOnIsRecordedOn()
+void OutputRecordingTest::outputThatIsSwitchedOffAndOnIsRecordedOn()
 {
     QVERIFY2(ShowColour(1, "#ff0000", kRed), "no coloured background");
     const auto take = m_takes->Begin("1");
@@ -171,5 +171,5 @@ void WaylandOutputsTest::outputThatIsSwitchedOffAndOnIsRecordedOn()
     QVERIFY2(AreAlike(lumas, {kBlue, kBlue, kBlue, kBlue}), Told(lumas));
 }
 
-QTEST_GUILESS_MAIN(WaylandOutputsTest)
+QTEST_GUILESS_MAIN(OutputRecordingTest)
 #include "wayland_outputs_test.moc"

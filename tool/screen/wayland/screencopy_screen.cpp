@@ -12,7 +12,6 @@
 namespace tool {
 namespace {
 
-using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 struct DestroyFrame
@@ -27,9 +26,9 @@ using FrameObject = std::unique_ptr<zwlr_screencopy_frame_v1, DestroyFrame>;
 // The time in which a compositor that has something new shows it: one and a half of its intervals.
 Clock::duration PatienceFor(int refresh)
 {
-    constexpr auto least = 10ms;
-    constexpr auto most = 40ms;
-    constexpr auto usual = 25ms;
+    constexpr std::chrono::milliseconds least{10};
+    constexpr std::chrono::milliseconds most{40};
+    constexpr std::chrono::milliseconds usual{25};
     constexpr int64_t interval = 1'500'000'000'000; // in ns, for 1 mHz
     const Clock::duration patience = std::chrono::nanoseconds(interval / std::max(refresh, 1));
     return refresh <= 0 ? usual : std::clamp<Clock::duration>(patience, least, most);
@@ -113,7 +112,7 @@ struct FrameEvents
 // there at the next look. After a picture the next is asked for when it is due, so that it is new.
 Screen::Outcome ScreencopyScreen::Next(SteadyTime until)
 {
-    constexpr auto retryInterval = 20ms;
+    constexpr std::chrono::milliseconds retryInterval{20};
     const bool wasAsked = m_state != State::None;
     SteadyTime end = until;
     if (m_bHasPicture) {
