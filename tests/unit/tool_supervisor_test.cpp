@@ -128,6 +128,7 @@ private slots:
     void quitKeyComesAtOnceWithoutAFileOfOurs();
     void quitKeyComesAtLast_data();
     void quitKeyComesAtLast();
+    void ffmpegThatWritesNothingAfterTheKeyIsKilled();
     void endOfTheKeyboardEndsTheRecording();
     void keyboardThatIsNoPipeMayEnd();
     void signalsEndTheRecording_data();
@@ -200,6 +201,22 @@ void ToolSupervisorTest::quitKeyComesAtLast()
     QVERIFY(recording.Keys().Type("q"));
     QCOMPARE(recording.Typed(1), QByteArray("q"));
     QVERIFY2(time.elapsed() >= 500, qPrintable(QString("after %1 ms").arg(time.elapsed())));
+}
+
+// It waits for a device that is gone.
+void ToolSupervisorTest::ffmpegThatWritesNothingAfterTheKeyIsKilled()
+{
+    Supervision recording({.grabsItself = true, .patience = 600ms});
+    recording.FillFile();
+    QVERIFY(recording.Keys().Type("q"));
+    QCOMPARE(recording.Typed(1), QByteArray("q"));
+    for (int i = 0; i < 4; ++i) {
+        QTest::qWait(250);
+        QVERIFY2(IsAlive(recording.Ffmpeg()), "it is killed while it writes");
+        recording.FillFile();
+    }
+    QTRY_VERIFY2(!IsAlive(recording.Ffmpeg()), "it stays for ever");
+    QCOMPARE(recording.WaitForEnd(), 128 + SIGKILL);
 }
 
 // The recorder has died, so nobody can stop the recording any more.

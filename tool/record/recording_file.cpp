@@ -26,10 +26,10 @@ std::optional<RecordingFile> RecordingFile::Create(const std::string& path)
     return RecordingFile(path, std::move(file));
 }
 
-bool RecordingFile::HasContent() const
+off_t RecordingFile::Size() const
 {
     struct stat status = {};
-    return fstat(Number(), &status) == 0 && status.st_size > 0;
+    return fstat(Number(), &status) == 0 ? status.st_size : 0;
 }
 
 void RecordingFile::SyncName() const

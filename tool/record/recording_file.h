@@ -20,7 +20,8 @@ public:
     std::string Name() const { return "/dev/fd/" + std::to_string(Number()); }
     int Number() const { return m_file.Number(); }
 
-    bool HasContent() const;
+    off_t Size() const; // in bytes
+    bool HasContent() const { return Size() > 0; }
     // Puts the name on the disk, or what was written since the last call.
     void SyncName() const;
     void Sync();

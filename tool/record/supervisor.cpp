@@ -39,6 +39,7 @@ int Supervisor::Run()
         Wait();
         QuitIfNeeded();
         KillWithoutPicture();
+        KillWithoutProgress();
         code = m_supervised.ffmpeg.ExitCode();
     }
     if (m_ending != Ending::NoPicture && m_time.End()) {
@@ -99,6 +100,7 @@ void Supervisor::QuitIfNeeded()
     const bool hasPicture = m_supervised.file == nullptr || m_supervised.file->HasContent();
     if ((m_supervised.grabsItself && hasPicture) || Clock::now() > *end + m_supervised.patience) {
         m_bQuit = true;
+        m_grown = Clock::now();
         Type({quit});
     }
 }
@@ -111,6 +113,21 @@ void Supervisor::KillWithoutPicture()
     if (late && m_ending != Ending::NoPicture && m_supervised.file != nullptr &&
         !m_supervised.file->HasContent()) {
         m_ending = Ending::NoPicture;
+        m_supervised.ffmpeg.Signal(SIGKILL);
+    }
+}
+
+// The file plays up to its last complete fragment.
+void Supervisor::KillWithoutProgress()
+{
+    if (!m_bQuit || !m_supervised.grabsItself || m_supervised.file == nullptr) {
+        return;
+    }
+    const off_t size = m_supervised.file->Size();
+    if (size != m_nSize) {
+        m_nSize = size;
+        m_grown = Clock::now();
+    } else if (Clock::now() > m_grown + m_supervised.patience) {
         m_supervised.ffmpeg.Signal(SIGKILL);
     }
 }

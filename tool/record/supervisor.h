@@ -21,7 +21,8 @@ struct Supervised
     const RecordingFile* file; // null if ffmpeg has opened another one itself
     bool grabsItself;          // ffmpeg takes the pictures, and ends by a key only
     // How long ffmpeg may take from there to its end. It has read all its inputs long before:
-    // within 0.1 s, up to 4 s on a busy machine.
+    // within 0.1 s, up to 4 s on a busy machine. If it grabs itself, it is killed when the file has
+    // not grown for so long after the key: it may wait for a device that is gone.
     std::chrono::milliseconds patience = std::chrono::seconds(20);
     // How long the first picture may take to reach the file. Zero: for ever.
     std::chrono::milliseconds firstPicture = std::chrono::milliseconds(0);
@@ -52,6 +53,7 @@ private:
     void ReadSignals();
     void QuitIfNeeded();
     void KillWithoutPicture();
+    void KillWithoutProgress();
     void Type(const std::string& keys) const;
 
     Supervised m_supervised;
@@ -59,6 +61,8 @@ private:
     Signals& m_caught;
     RecordingTime& m_time;
     bool m_bQuit = false; // "q" is typed
+    off_t m_nSize = 0;    // of the file, since then
+    SteadyTime m_grown;   // when it has last grown
     SteadyTime m_start = SteadyTime::clock::now();
     Ending m_ending = Ending::ByItself;
 };
