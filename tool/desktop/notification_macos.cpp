@@ -8,10 +8,15 @@
 #include <thread>
 
 namespace tool {
+namespace {
+
+constexpr std::chrono::seconds longestWait{5};
+constexpr std::chrono::milliseconds pollInterval{50};
+
+} // namespace
 
 void Notify(const std::string& summary, const std::string& body)
 {
-    using namespace std::chrono_literals;
     // The texts are arguments, so nothing in them is taken for a part of the script.
     Program script{"/usr/bin/osascript",
                    {"-e", "on run texts", "-e",
@@ -19,12 +24,12 @@ void Notify(const std::string& summary, const std::string& body)
                     "end run", summary, body}};
     script.input = script.output = script.error = Program::nowhere;
     auto process = Process::Start(script);
-    const auto end = std::chrono::steady_clock::now() + 5s;
+    const auto end = std::chrono::steady_clock::now() + longestWait;
     while (process && !process->ExitCode()) {
         if (std::chrono::steady_clock::now() >= end) {
             process->Signal(SIGKILL);
         }
-        std::this_thread::sleep_for(50ms);
+        std::this_thread::sleep_for(pollInterval);
     }
 }
 
