@@ -62,7 +62,7 @@ bool AvCapture::Works(const std::string& device, const Arguments& amount) const
 // A trial of each device tells which one is refused.
 std::string AvCapture::NoPictureReason(bool late) const
 {
-    const std::string screen = Permission("picture of the screen", "Screen Recording");
+    std::string screen = Permission("picture of the screen", "Screen Recording");
     if ((late && m_plan.sounds.empty()) ||
         !Works(std::to_string(m_plan.screen), {"-frames:v", "1"})) {
         return screen;
