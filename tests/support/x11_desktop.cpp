@@ -20,7 +20,7 @@ Reply<T> Own(T* reply)
 
 X11Desktop::X11Desktop() : m_pConnection(xcb_connect(nullptr, nullptr))
 {
-    if (Good()) {
+    if (xcb_connection_has_error(m_pConnection) == 0) {
         m_root = xcb_setup_roots_iterator(xcb_get_setup(m_pConnection)).data->root;
     }
 }
