@@ -96,8 +96,9 @@ void Convert(const SourcePicture& source, const Planes& to)
                              to.v, to.ColourStride(), to.width, to.height);
 }
 
-// A mirrored monitor's picture was mirrored first, and turned counter-clockwise then. Turning it back
-// and mirroring it is the same as reading it from below and turning it the other way from half a turn.
+// A mirrored monitor's picture was mirrored first, and turned counter-clockwise then. Turning it
+// back and mirroring it is the same as reading it from below and turning it the other way from half
+// a turn.
 SourcePicture WithoutMirror(SourcePicture picture)
 {
     constexpr int mirrored = 4;
