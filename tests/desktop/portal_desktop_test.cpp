@@ -47,6 +47,18 @@ private slots:
         }
     }
 
+    void listAsksNobody()
+    {
+        qputenv("LD_DEBUG", "files");
+        const Outcome list =
+            RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-list_devices", "true", "-i", ""});
+        qunsetenv("LD_DEBUG");
+        QVERIFY2(list.error.contains("[1] Capture screen 1"), list.error.right(300));
+        QCOMPARE(m_session.Questions(), 0);
+        QVERIFY2(list.error.contains("libwayland-client"), "what is loaded is not told");
+        QVERIFY2(!list.error.contains("libpipewire"), "a list loads PipeWire's library");
+    }
+
     void badTokenBringsTheQuestionBack_data()
     {
         QTest::addColumn<QByteArray>("commands");
