@@ -68,3 +68,14 @@ QString SampleRate(const QStringList& command)
 {
     return command.value(command.indexOf("-ar", command.indexOf("s16le")) + 1);
 }
+
+qint64 FrameBytes(const QStringList& command)
+{
+    const QString size = command.value(command.indexOf("-video_size") + 1);
+    return size.section('x', 0, 0).toLongLong() * size.section('x', 1).toLongLong() * 3 / 2;
+}
+
+double FrameRate(const QStringList& command)
+{
+    return command.value(command.indexOf("-framerate") + 1).toDouble();
+}

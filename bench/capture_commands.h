@@ -15,3 +15,7 @@ QStringList EncodingCommand(QStringList command, const QString& pictures, const 
 
 // The sample rate of the recording's sound, as a word.
 QString SampleRate(const QStringList& command);
+
+// The size of a frame in bytes, and the frames a second.
+qint64 FrameBytes(const QStringList& command);
+double FrameRate(const QStringList& command);

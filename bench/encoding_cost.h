@@ -3,7 +3,16 @@
 
 #include <QStringList>
 
+#include <optional>
+
+// Processor seconds that ffmpeg takes for a second of the recording, once it has started.
+struct EncodingCost
+{
+    double fromFiles = 0; // as fast as it can
+    double fedLive = 0;   // through pipes at the pace of a recording, as `tool` feeds it
+};
+
 // Decodes the beginning of the recording into `folder` and encodes it from there with the
-// recording's command. Returns the processor seconds that a second of it takes once ffmpeg has
-// started, or -1 if ffmpeg fails.
-double EncodingCost(const QStringList& command, const QString& recording, const QString& folder);
+// recording's command. Returns nothing if ffmpeg fails.
+std::optional<EncodingCost> CostOfEncoding(const QStringList& command, const QString& recording,
+                                           const QString& folder);
