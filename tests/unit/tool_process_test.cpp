@@ -13,7 +13,9 @@
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 using tool::Process;
 using tool::Program;
@@ -70,6 +72,7 @@ private slots:
     void ignoredSignalsStayIgnored();
     void groupIsItsOwn();
     void programEndsWithItsParent();
+    void endOfAParentWithThreadsIsToldOnce();
     void signalsAreReadInOrder();
     void ignoredSignalIsNotCaught();
     void signalsReachNoThreadThatIsKeptFromThem();
@@ -200,6 +203,35 @@ void ToolProcessTest::programEndsWithItsParent()
     QCOMPARE(kill(parent, SIGKILL), 0);
     pollfd end{alive->read.Number(), 0, 0};
     QVERIFY2(poll(&end, 1, 10000) == 1, "the program goes on");
+    QVERIFY(AllChildrenEnd());
+}
+
+// A program that gets the signal again while it is finishing its file gives up.
+void ToolProcessTest::endOfAParentWithThreadsIsToldOnce()
+{
+    QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+    for (int i = 0; i < 10; ++i) {
+        auto told = tool::MakePipe();
+        const pid_t parent = fork();
+        if (parent == 0) {
+            Program program{"/usr/bin/perl",
+                            {"-e", "$| = 1; $SIG{TERM} = sub { print 'T' }; print 'R';"
+                                   "select(undef, undef, undef, 0.1) until $n++ == 3"}};
+            program.output = told->write.Number();
+            program.parentEndSignal = SIGTERM;
+            Process::Start(program);
+            std::vector<std::thread> threads;
+            for (int thread = 0; thread < 3; ++thread) {
+                threads.emplace_back([] { pause(); });
+            }
+            pause();
+        }
+        told->write.Close();
+        char ready = 0;
+        QCOMPARE(read(told->read.Number(), &ready, 1), ssize_t{1});
+        QCOMPARE(kill(parent, SIGKILL), 0);
+        QCOMPARE(ReadAll(told->read), QByteArray("T"));
+    }
     QVERIFY(AllChildrenEnd());
 }
 

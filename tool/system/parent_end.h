@@ -4,9 +4,13 @@
 
 namespace tool {
 
-// For a child process, between fork and exec: requests this signal for the time when the thread (on
-// macOS: the process) that has forked it ends. Returns false, with errno, if that is not possible
-// or `parent`, the process that has forked it, has ended already.
+// Before the fork of a child process that calls SignalAtParentEnd(). Returns false, with errno, on
+// failure.
+bool PrepareParentEnd();
+
+// For a child process, right before exec: requests this signal, once, for the time when the process
+// that has forked it ends. Returns false, with errno, if that is not possible or `parent`, that
+// process, has ended already.
 bool SignalAtParentEnd(int number, pid_t parent);
 
 } // namespace tool

@@ -1,14 +1,49 @@
 #include "tool/system/parent_end.h"
+#include "tool/system/pipe.h"
 
 #include <cerrno>
-#include <sys/prctl.h>
+#include <fcntl.h>
+#include <string>
 #include <unistd.h>
+#include <utility>
 
 namespace tool {
+namespace {
+
+// A pipe that nobody writes to. The kernel closes its only write end with the process that made it.
+//
+// The signal that a child can ask for by prctl() comes for each thread of a killed process that
+// ends after the one that forked the child: ffmpeg gets it up to three times, and from the second
+// on it stops writing.
+struct Lifeline
+{
+    // This process has no read end: closing that as well would send the signal again.
+    Descriptor writeEnd = [] {
+        auto pipe = MakePipe();
+        return pipe ? std::move(pipe->write) : Descriptor();
+    }();
+    std::string name = "/dev/fd/" + std::to_string(writeEnd.Number());
+};
+
+const Lifeline& TheLifeline()
+{
+    static const Lifeline lifeline;
+    return lifeline;
+}
+
+} // namespace
+
+bool PrepareParentEnd()
+{
+    return TheLifeline().writeEnd.IsOpen();
+}
 
 bool SignalAtParentEnd(int number, pid_t parent)
 {
-    if (prctl(PR_SET_PDEATHSIG, number) != 0) {
+    // A read end, which stays open in the program.
+    const int end = open(TheLifeline().name.c_str(), O_RDONLY | O_NONBLOCK);
+    if (end < 0 || fcntl(end, F_SETOWN, getpid()) != 0 || fcntl(end, F_SETSIG, number) != 0 ||
+        fcntl(end, F_SETFL, O_ASYNC | O_NONBLOCK) != 0) {
         return false;
     }
     if (getppid() != parent) {

@@ -49,6 +49,11 @@ bool IsLeftAlone(pid_t process, pid_t parent)
 
 } // namespace
 
+bool PrepareParentEnd()
+{
+    return true;
+}
+
 // There is no call for this, so a third process watches both. It is made through another one that
 // ends at once, so that it is nobody's child and nobody has to wait for it.
 bool SignalAtParentEnd(int number, pid_t parent)

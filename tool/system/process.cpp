@@ -63,10 +63,10 @@ bool Prepare(const Program& program, const sigset_t& blocked, pid_t parent)
     if (program.ownGroup && setpgid(0, 0) != 0) {
         return false;
     }
+    InheritStandardStreamsOnly();
     if (program.parentEndSignal && !SignalAtParentEnd(*program.parentEndSignal, parent)) {
         return false;
     }
-    InheritStandardStreamsOnly();
     for (const int kept : program.inherited) {
         if (fcntl(kept, F_SETFD, 0) != 0) {
             return false;
@@ -89,7 +89,7 @@ std::optional<Process> Process::Start(const Program& program)
         sigaddset(&blocked, number);
     }
     auto failure = MakePipe(); // carries errno, or ends without a byte when the program runs
-    if (!failure) {
+    if (!failure || (program.parentEndSignal && !PrepareParentEnd())) {
         return std::nullopt;
     }
     const pid_t parent = getpid();

@@ -23,8 +23,7 @@ struct Program
     std::vector<int> inherited = {};      // further descriptors, which keep their numbers
     std::vector<int> blockedSignals = {}; // all others are not blocked
     bool ownGroup = false;                // a process group of its own, named like the process
-    // The signal it gets when the thread that has started it ends. For this the thread must live as
-    // long as the process.
+    // The signal it gets when this process ends.
     std::optional<int> parentEndSignal = std::nullopt;
 
     static constexpr int nowhere = -1;
