@@ -13,7 +13,8 @@
 namespace {
 
 constexpr QSize kButtonSize(130, 30);
-constexpr int kLookMs = 700; // a look may open a connection to the message bus
+constexpr int kLookMs = 500; // a look may open a connection to the message bus
+constexpr int kPatienceMs = 3000;
 
 QPushButton* AddButton(QBoxLayout* row, const QString& text, QWidget* parent)
 {
@@ -40,6 +41,7 @@ TrayStandIn::TrayStandIn()
     SetTextColor(m_pElapsed, Qt::red); // like the record page's status
     m_pElapsed->setAlignment(Qt::AlignCenter);
     ShowElapsed(0);
+    connect(&m_panel, SIGNAL(answered()), this, SLOT(LookForTray()));
 
     auto* buttons = new QHBoxLayout;
     connect(AddButton(buttons, tr("Stop"), this), SIGNAL(clicked()), this, SIGNAL(stopClicked()));
@@ -54,9 +56,14 @@ TrayStandIn::TrayStandIn()
 
 void TrayStandIn::FollowTray()
 {
-    if (!m_sinceLook.isValid() || m_sinceLook.hasExpired(kLookMs)) {
-        m_bHasTray = QSystemTrayIcon::isSystemTrayAvailable();
-        m_sinceLook.start();
+    if (!m_sinceStep.isValid()) {
+        LookForTray();
+    } else if (!m_bAsked && m_sinceStep.hasExpired(kLookMs)) {
+        m_bAsked = true;
+        m_sinceStep.start();
+        m_panel.Ask();
+    } else if (m_bAsked && m_sinceStep.hasExpired(kPatienceMs)) {
+        m_bHasTray = false; // it hangs, and its icons with it
     }
     if (m_bHasTray) {
         hide();
@@ -66,6 +73,14 @@ void TrayStandIn::FollowTray()
         setFixedSize(sizeHint());
         showMinimized();
     }
+}
+
+// Qt asks the panel as well, but waits for the answer. It has just given one.
+void TrayStandIn::LookForTray()
+{
+    m_bHasTray = QSystemTrayIcon::isSystemTrayAvailable();
+    m_bAsked = false;
+    m_sinceStep.start();
 }
 
 void TrayStandIn::ShowElapsed(quint32 milliseconds)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/panel_probe.h"
+
 #include <QElapsedTimer>
 #include <QSystemTrayIcon>
 #include <QWidget>
@@ -19,7 +21,8 @@ public:
 
     /// Shows the window, minimised, or hides it, depending on whether there is a system tray now.
     /// Call it again and again during a recording: a tray can vanish and come back, and the window
-    /// may have been closed.
+    /// may have been closed. Never waits for a panel that hangs; the window replaces it after a few
+    /// seconds.
     void FollowTray();
 
     void ShowElapsed(quint32 milliseconds);
@@ -32,10 +35,13 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private Q_SLOTS:
+    void LookForTray();
     void ShowMainWindow();
 
 private:
     QLabel* m_pElapsed = nullptr;
-    QElapsedTimer m_sinceLook; // for a tray
+    PanelProbe m_panel;
+    QElapsedTimer m_sinceStep; // the last look for a tray, or question to the panel before it
     bool m_bHasTray = false;
+    bool m_bAsked = false; // the panel, which has not answered yet
 };

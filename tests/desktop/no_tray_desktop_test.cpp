@@ -19,7 +19,7 @@ private:
     bool WantsTray() const override { return false; }
     void OpenStandIn(Recorder& recorder);
     void ClickInStandIn(double share);
-    bool IsInTaskList() const;
+    bool IsInTaskList() const { return m_desktop.IsInTaskList(kStandIn); }
     static constexpr auto kStandIn = "Recording";
     static constexpr double kStop = 0.25; // of the stand-in's width
     static constexpr double kShowWindow = 0.75;
@@ -53,12 +53,6 @@ void NoTrayDesktopTest::ClickInStandIn(double share)
              "the stand-in is not shown, for a click in it");
     m_desktop.Click(place.bottomLeft() +
                     QPoint(int(place.width() * share), -buttonsAboveTheBottom));
-}
-
-bool NoTrayDesktopTest::IsInTaskList() const
-{
-    const auto standIn = m_desktop.ByTitle(kStandIn);
-    return standIn && (standIn->visible || m_desktop.IsMinimised(standIn->id));
 }
 
 void NoTrayDesktopTest::clickInTheTaskListShowsTheStandIn()

@@ -22,6 +22,12 @@ std::optional<DesktopWindow> Desktop::ByTitle(const QString& title) const
     return std::nullopt;
 }
 
+bool Desktop::IsInTaskList(const QString& title) const
+{
+    const auto window = ByTitle(title);
+    return window && (window->visible || IsMinimised(window->id));
+}
+
 bool WaitUntil(const std::function<bool()>& condition, int milliseconds)
 {
     return QTest::qWaitFor(condition, milliseconds);

@@ -42,6 +42,8 @@ public:
 
     // Whether the window is minimised.
     virtual bool IsMinimised(uint32_t window) const = 0;
+    // Whether there is a window with this title in the task list, shown or minimised.
+    bool IsInTaskList(const QString& title) const;
     // Whether it is a tooltip, or a notification by a tray icon.
     virtual bool IsTooltip(uint32_t window) const = 0;
 

@@ -1,0 +1,256 @@
+// A desktop whose panel shows status items, which come by the session bus.
+#include "tests/support/desktop_test.h"
+
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QDBusError>
+#include <QDBusMessage>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <csignal>
+#include <cstdio>
+
+namespace {
+
+constexpr auto kConnection = "panel";
+constexpr auto kService = "org.kde.StatusNotifierWatcher";
+constexpr auto kPath = "/StatusNotifierWatcher";
+constexpr auto kPanel = "--panel"; // what this program is with this argument
+
+} // namespace
+
+// What a panel has on the bus: a list of status items, and the information whether they are shown.
+class StatusItems : public QObject, protected QDBusContext
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
+    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ IsShown)
+    Q_PROPERTY(int ProtocolVersion MEMBER version)
+    Q_PROPERTY(QStringList RegisteredStatusNotifierItems MEMBER items)
+
+public:
+    int version = 0;
+    QStringList items; // the connections that they came by
+
+    bool IsShown() const
+    {
+        Q_EMIT WasAsked();
+        return m_bShown;
+    }
+    void Show(bool show)
+    {
+        m_bShown = show;
+        if (show) {
+            Q_EMIT StatusNotifierHostRegistered();
+        } else {
+            Q_EMIT StatusNotifierHostUnregistered();
+        }
+    }
+
+    Q_SIGNAL void WasAsked() const;
+
+    // NOLINTBEGIN(readability-identifier-naming): the names of the methods and signals
+public slots:
+    void RegisterStatusNotifierItem(const QString& /*item*/) { items << message().service(); }
+
+signals:
+    void StatusNotifierHostRegistered();
+    void StatusNotifierHostUnregistered();
+    // NOLINTEND(readability-identifier-naming)
+
+private:
+    bool m_bShown = true;
+};
+
+namespace {
+
+bool Serve(const QString& address, StatusItems& items)
+{
+    auto bus = QDBusConnection::connectToBus(address, kConnection);
+    return bus.isConnected() &&
+           bus.registerObject(kPath, &items, QDBusConnection::ExportAllContents) &&
+           bus.registerService(kService);
+}
+
+// A panel in a process of its own. Some time after it has got an item it stops, at a moment when
+// nobody waits for its answer.
+int RunStoppingPanel(int count, char** values)
+{
+    const QCoreApplication program(count, values);
+    StatusItems items;
+    QTimer pause;
+    pause.setSingleShot(true);
+    pause.setInterval(200);
+    QElapsedTimer life;
+    QObject::connect(&items, &StatusItems::WasAsked, &pause, [&] {
+        if (!items.items.isEmpty() && !life.isValid()) {
+            life.start();
+        }
+        if (life.isValid() && life.hasExpired(1000)) {
+            pause.start();
+        }
+    });
+    QObject::connect(&pause, &QTimer::timeout, &items, [] {
+        std::puts("hangs");
+        std::fflush(stdout);
+        std::raise(SIGSTOP);
+    });
+    return Serve(values[2], items) && std::puts("ready") >= 0 && std::fflush(stdout) == 0
+               ? QCoreApplication::exec()
+               : 1;
+}
+
+} // namespace
+
+class BusTrayDesktopTest : public DesktopTest
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void cleanupTestCase();
+    void panelThatCrashesIsReplacedUntilItReturns();
+    void panelThatLeavesItsListBehindIsReplacedUntilItReturns();
+    void panelThatHangsDoesNotHangTheWindow();
+
+private:
+    bool WantsTray() const override { return false; }
+    void Prepare() override;
+    QString Address() const { return "unix:path=" + m_folder.filePath("bus"); }
+    void StartPanel();
+    void StartRecording(Recorder& recorder);
+    bool HasStandIn() const { return m_desktop.IsInTaskList("Recording"); }
+    // Whether it is there within a second, or what a busy machine makes of that.
+    void ExpectStandIn();
+    void ClickItem(const QString& item);
+
+    QTemporaryDir m_folder;
+    QProcess m_bus;
+    StatusItems m_items;
+};
+
+void BusTrayDesktopTest::Prepare()
+{
+    m_bus.start("dbus-daemon",
+                {"--session", "--nofork", "--print-address", "--address=" + Address()});
+    QVERIFY2(m_bus.waitForReadyRead(), "dbus-daemon does not start");
+}
+
+void BusTrayDesktopTest::init()
+{
+    m_items.items.clear();
+}
+
+void BusTrayDesktopTest::cleanup()
+{
+    QDBusConnection::disconnectFromBus(kConnection);
+}
+
+void BusTrayDesktopTest::cleanupTestCase()
+{
+    m_bus.terminate();
+    m_bus.waitForFinished();
+}
+
+void BusTrayDesktopTest::StartPanel()
+{
+    QVERIFY2(Serve(Address(), m_items), "the bus refuses the panel");
+}
+
+void BusTrayDesktopTest::StartRecording(Recorder& recorder)
+{
+    recorder.SetEnvironment("DBUS_SESSION_BUS_ADDRESS", Address());
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(recorder.StartRecording());
+    QTRY_COMPARE(m_items.items.size(), 1);
+    QElapsedTimer time; // for a stand-in that would come
+    time.start();
+    QTRY_VERIFY(time.hasExpired(1500));
+    QVERIFY2(!HasStandIn(), "the stand-in stands beside the icon");
+}
+
+void BusTrayDesktopTest::ExpectStandIn()
+{
+    QElapsedTimer time;
+    time.start();
+    QTRY_VERIFY2(HasStandIn(), "no stand-in for the vanished tray");
+    qInfo("after %lld ms", time.elapsed());
+}
+
+void BusTrayDesktopTest::ClickItem(const QString& item)
+{
+    auto click = QDBusMessage::createMethodCall(item, "/StatusNotifierItem",
+                                                "org.kde.StatusNotifierItem", "Activate");
+    click.setArguments({0, 0});
+    QDBusConnection(kConnection).send(click);
+}
+
+void BusTrayDesktopTest::panelThatCrashesIsReplacedUntilItReturns()
+{
+    StartPanel();
+    Recorder recorder(m_desktop);
+    StartRecording(recorder);
+    QDBusConnection::disconnectFromBus(kConnection);
+    ExpectStandIn();
+
+    StartPanel();
+    QTRY_VERIFY2(!HasStandIn(), "the stand-in stays beside the tray");
+    QTRY_VERIFY2(m_items.items.size() == 2, "the icon does not return");
+    ClickItem(m_items.items.last());
+    QVERIFY2(recorder.WaitShown(), "a click on the icon does nothing");
+}
+
+// Where the list of items is kept by another program than the panel.
+void BusTrayDesktopTest::panelThatLeavesItsListBehindIsReplacedUntilItReturns()
+{
+    StartPanel();
+    Recorder recorder(m_desktop);
+    StartRecording(recorder);
+    m_items.Show(false);
+    ExpectStandIn();
+    m_items.Show(true);
+    QTRY_VERIFY2(!HasStandIn(), "the stand-in stays beside the tray");
+    ClickItem(m_items.items.last());
+    QVERIFY2(recorder.WaitShown(), "a click on the icon does nothing");
+}
+
+// Qt would wait 25 s for each of its answers.
+void BusTrayDesktopTest::panelThatHangsDoesNotHangTheWindow()
+{
+    QProcess panel;
+    const auto isSaid = [&](const char* text) {
+        return WaitUntil(
+            [&] { return panel.waitForReadyRead(50) && panel.readAll().contains(text); });
+    };
+    panel.start(QCoreApplication::applicationFilePath(), {kPanel, Address()});
+    QVERIFY2(isSaid("ready"), "the bus refuses the panel");
+    Recorder recorder(m_desktop);
+    recorder.SetEnvironment("DBUS_SESSION_BUS_ADDRESS", Address());
+    QVERIFY(recorder.StartOnRecordPage());
+    QVERIFY(recorder.StartRecording());
+    QVERIFY2(isSaid("hangs"), "the panel is not asked");
+    QVERIFY2(!HasStandIn(), "the stand-in stands beside the icon");
+
+    QVERIFY2(WaitUntil([&] { return HasStandIn(); }), "no stand-in for a tray that hangs");
+    m_desktop.Close(m_desktop.ByTitle("Recording")->id);
+    QVERIFY2(recorder.WaitShown(), "the stand-in does not bring the window back");
+    recorder.Click("record.record");
+    QVERIFY2(recorder.WaitForTool(), "the recording cannot be stopped");
+    panel.kill();
+    panel.waitForFinished();
+}
+
+int main(int count, char** values)
+{
+    if (count == 3 && qstrcmp(values[1], kPanel) == 0) {
+        return RunStoppingPanel(count, values);
+    }
+    QCoreApplication program(count, values);
+    BusTrayDesktopTest test;
+    return QTest::qExec(&test, count, values);
+}
+
+#include "bus_tray_desktop_test.moc"
