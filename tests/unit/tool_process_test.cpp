@@ -15,7 +15,6 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 using tool::Process;
 using tool::Program;
@@ -220,10 +219,8 @@ void ToolProcessTest::endOfAParentWithThreadsIsToldOnce()
             program.output = told->write.Number();
             program.parentEndSignal = SIGTERM;
             Process::Start(program);
-            std::vector<std::thread> threads;
-            for (int thread = 0; thread < 3; ++thread) {
-                threads.emplace_back([] { pause(); });
-            }
+            const std::array<std::thread, 3> threads{std::thread(pause), std::thread(pause),
+                                                     std::thread(pause)};
             pause();
         }
         told->write.Close();

@@ -11,7 +11,8 @@
 #include <string_view>
 #include <sys/wait.h>
 
-extern "C" char** environ; // not every system's headers declare it
+// Not every system's headers declare it.
+extern "C" char** environ; // NOLINT(readability-redundant-declaration)
 
 namespace tool {
 namespace {
