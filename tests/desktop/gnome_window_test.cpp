@@ -8,18 +8,6 @@
 #include <QImage>
 #include <QTest>
 
-namespace {
-
-// How much is in the file by now.
-double Seconds(const QString& recording)
-{
-    return RunProgram("ffprobe", {"-v", "error", "-show_entries", "format=duration", "-of",
-                                  "csv=p=0", recording})
-        .output.toDouble();
-}
-
-} // namespace
-
 class GnomeWindowTest : public QObject
 {
     Q_OBJECT
@@ -77,9 +65,7 @@ void GnomeWindowTest::PressRecord(Recorder& recorder)
                                                   "/home/" + QTest::currentTestFunction());
     QVERIFY(recorder.Start());
     QVERIFY(AtRest(Recorder::kTitle));
-    recorder.Click("home.record");
-    recorder.Click("record.record");
-    QVERIFY2(recorder.WaitHidden(), "Record does not hide the window");
+    QVERIFY2(recorder.PressRecordUntilHidden(), "Record does not hide the window");
 }
 
 // Chooses a monitor in the dialog, counted from 0, and confirms. Repeats clicks the dialog was not
@@ -96,7 +82,7 @@ void GnomeWindowTest::Share(Recorder& recorder, int monitor)
         m_desktop.Click(centre + QPoint(212, -132));
         WaitUntil([&] { return !m_desktop.ByTitle(kDialog); }, 3000);
     }
-    QVERIFY2(WaitUntil([&] { return Seconds(recorder.Recording()) > 1; }),
+    QVERIFY2(WaitUntil([&] { return SecondsIn(recorder.Recording()) > 1; }),
              "nothing is recorded after the answer");
 }
 
@@ -148,8 +134,8 @@ void GnomeWindowTest::dialogIsAnsweredOnce()
     PressRecord(recorder);
     Share(recorder);
     m_desktop.Click(kPointer);
-    const double length = Seconds(recorder.Recording());
-    QVERIFY(WaitUntil([&] { return Seconds(recorder.Recording()) > length + 1; }));
+    const double length = SecondsIn(recorder.Recording());
+    QVERIFY(WaitUntil([&] { return SecondsIn(recorder.Recording()) > length + 1; }));
     ClickInStandIn(kStop);
     QVERIFY2(recorder.WaitShown(), "its Stop does not bring the window back");
     QVERIFY2(recorder.WaitForTool(), "its Stop does not stop the recording");
@@ -172,8 +158,8 @@ void GnomeWindowTest::otherMonitorCanBeChosen()
     PressRecord(recorder);
     Share(recorder, 1);
     m_desktop.Click(kPointer + QPoint(kMonitor.width(), 0));
-    const double length = Seconds(recorder.Recording());
-    QVERIFY(WaitUntil([&] { return Seconds(recorder.Recording()) > length + 1; }));
+    const double length = SecondsIn(recorder.Recording());
+    QVERIFY(WaitUntil([&] { return SecondsIn(recorder.Recording()) > length + 1; }));
     ClickInStandIn(kStop);
     QVERIFY2(recorder.WaitForTool(), "Stop does not stop the recording");
     CheckPicture(recorder.Recording(), length + 0.7, false);
@@ -210,8 +196,8 @@ void GnomeWindowTest::stopSharingFinishesTheRecording()
     PressRecord(recorder);
     Share(recorder);
     m_desktop.Click(kPointer);
-    const double length = Seconds(recorder.Recording());
-    QVERIFY(WaitUntil([&] { return Seconds(recorder.Recording()) > length + 1; }));
+    const double length = SecondsIn(recorder.Recording());
+    QVERIFY(WaitUntil([&] { return SecondsIn(recorder.Recording()) > length + 1; }));
     QVERIFY2(m_desktop.ClickStopSharing(), "the bar has no button for it");
     QVERIFY2(recorder.WaitForTool(), "the recording goes on");
     QVERIFY2(WaitUntil([&] { return recorder.Message().has_value(); }), "nothing is told");

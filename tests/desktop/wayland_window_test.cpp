@@ -42,8 +42,9 @@ void WaylandWindowTest::Begin(Recorder& recorder)
 {
     QVERIFY(recorder.Start());
     AtRest(Recorder::kTitle);
-    recorder.Click("home.record");
-    QVERIFY2(recorder.StartRecording(), "the recording does not start");
+    QVERIFY2(recorder.PressRecordUntilHidden(), "Record does not hide the window");
+    QVERIFY2(WaitUntil([&] { return SecondsIn(recorder.Recording()) > 0.5; }),
+             "nothing is recorded");
     QVERIFY2(WaitUntil([&] { return m_desktop.Shown(kStandIn).has_value(); }),
              "no window in place of the tray icon");
 }
@@ -101,7 +102,6 @@ void WaylandWindowTest::standInStopsTheRecordingOfTheScreen()
     Begin(recorder);
     const DesktopWindow standIn = AtRest(kStandIn);
     QVERIFY2(m_desktop.HasFocus(standIn.id), "the stand-in is not what the user finds");
-    QVERIFY(recorder.RecordFor(1500));
     ClickInStandIn(kStop);
     QVERIFY2(recorder.WaitShown(), "its Stop does not bring the window back");
     QVERIFY2(recorder.WaitForTool(), "its Stop does not stop the recording");
@@ -130,7 +130,6 @@ void WaylandWindowTest::standInBringsTheWindowBack()
     ClickInStandIn(kShowWindow);
     QVERIFY2(recorder.WaitShown(), "it does not bring the window back");
     QVERIFY2(recorder.ToolRuns(), "it stopped the recording");
-    QVERIFY(recorder.RecordFor(1500));
     m_desktop.Activate(AtRest(Recorder::kTitle).id);
     recorder.Click("record.record");
     QVERIFY2(recorder.WaitForTool(), "Stop in the window does not stop the recording");
@@ -181,7 +180,6 @@ void WaylandWindowTest::endOfTheSessionFinishesTheRecording()
 {
     Recorder recorder(m_desktop);
     Begin(recorder);
-    QVERIFY(recorder.RecordFor(1500));
     const QString recording = recorder.Recording();
     SwayDesktop::Ask({"exit"});
     QVERIFY2(WaitUntil([&] { return !recorder.IsRunning(); }), "the stand-in keeps the session");

@@ -229,6 +229,18 @@ bool Recorder::StartRecording()
     return WaitHidden() && WaitUntil([this] { return QFileInfo(Recording()).size() > 0; });
 }
 
+bool Recorder::PressRecordUntilHidden()
+{
+    constexpr int tries = 4;
+    constexpr int patienceMs = 4000;
+    for (int i = 0; i < tries && IsShown(); ++i) {
+        Click("home.record"); // on the record page there is nothing at this place
+        Click("record.record");
+        WaitUntil([this] { return !IsShown(); }, patienceMs);
+    }
+    return !IsShown();
+}
+
 bool Recorder::RecordFor(int milliseconds)
 {
     return WaitUntil([&] { return m_sinceRecord.hasExpired(milliseconds); }, milliseconds + 1000);

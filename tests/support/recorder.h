@@ -63,6 +63,9 @@ public:
 
     // Clicks Record and waits until the window is hidden and the file grows.
     bool StartRecording();
+    // Goes from the home page to the record page and clicks Record. Repeats clicks that a desktop
+    // of Wayland's loses while the window is new, as a user would.
+    bool PressRecordUntilHidden();
     // Waits until it has lasted this long since StartRecording().
     bool RecordFor(int milliseconds);
     // Waits until `tool` has ended.

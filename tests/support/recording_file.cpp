@@ -36,6 +36,13 @@ RecordingFile ReadRecording(const QString& file)
     return result;
 }
 
+double SecondsIn(const QString& file)
+{
+    return RunProgram("ffprobe",
+                      {"-v", "error", "-show_entries", "format=duration", "-of", "csv=p=0", file})
+        .output.toDouble();
+}
+
 QMap<QString, QString> PatternReport(const QString& file, int milliseconds,
                                      const QStringList& options)
 {

@@ -16,6 +16,9 @@ struct RecordingFile
 // Decodes the whole file.
 RecordingFile ReadRecording(const QString& file);
 
+// How much is in the file by now, also while it is being recorded; 0 if nothing.
+double SecondsIn(const QString& file);
+
 // Runs recording_report on a recording with the test pattern in the upper left corner, or where the
 // options say. Takes a while for a long recording.
 QMap<QString, QString> PatternReport(const QString& file, int milliseconds = 60000,
