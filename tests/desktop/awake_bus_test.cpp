@@ -1,32 +1,24 @@
 // What `tool` asks the desktop's services for while it records, and what becomes of that.
 #include "tests/support/desktop.h"
+#include "tests/support/idle_services.h"
 #include "tests/support/tool_movies.h"
 #include "tests/support/tool_take.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusContext>
 #include <QDBusError>
-#include <QDBusMessage>
 #include <QDBusServiceWatcher>
-#include <QDBusUnixFileDescriptor>
 #include <QDir>
 #include <QLocalServer>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <array>
-#include <fcntl.h>
 #include <functional>
 #include <memory>
-#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 namespace {
-
-enum class Answer { Lock, Refusal, Silence };
 
 using End = std::function<void(Take&)>;
 
@@ -35,104 +27,7 @@ constexpr auto kReason = "Recording the screen";
 
 } // namespace
 
-Q_DECLARE_METATYPE(Answer)
 Q_DECLARE_METATYPE(End)
-
-// Remembers who has asked, and answers as it is told to.
-class Service : public QObject, protected QDBusContext
-{
-    Q_OBJECT
-
-public:
-    QStringList asked;
-    QStringList callers;
-    Answer answer = Answer::Lock;
-
-protected:
-    void Ask(const QStringList& arguments)
-    {
-        asked << arguments.join('|');
-        callers << message().service();
-        if (answer == Answer::Refusal) {
-            sendErrorReply(QDBusError::AccessDenied, "no");
-        } else if (answer == Answer::Silence) {
-            setDelayedReply(true);
-        }
-    }
-};
-
-// NOLINTBEGIN(readability-identifier-naming): the names of the methods
-class ScreenSaver : public Service
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.ScreenSaver")
-
-public slots:
-    uint Inhibit(const QString& program, const QString& reason)
-    {
-        Ask({program, reason});
-        return 1;
-    }
-};
-
-class PowerManagement : public Service
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.PowerManagement.Inhibit")
-
-public slots:
-    uint Inhibit(const QString& program, const QString& reason)
-    {
-        Ask({program, reason});
-        return 1;
-    }
-};
-
-class SessionManager : public Service
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.gnome.SessionManager")
-
-public slots:
-    uint Inhibit(const QString& program, uint window, const QString& reason, uint flags)
-    {
-        Ask({program, QString::number(window), reason, QString::number(flags)});
-        return 1;
-    }
-};
-
-class Logind : public Service
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.login1.Manager")
-
-public:
-    Logind() { Q_UNUSED(pipe2(m_pipe.data(), O_CLOEXEC)) }
-    ~Logind() override
-    {
-        close(m_pipe[0]);
-        close(m_pipe[1]);
-    }
-    // Whether nobody holds the lock's other end.
-    bool IsReleased()
-    {
-        close(std::exchange(m_pipe[1], -1));
-        pollfd end{m_pipe[0], POLLIN, 0};
-        return poll(&end, 1, 0) > 0 && (end.revents & POLLHUP) != 0;
-    }
-
-public slots:
-    QDBusUnixFileDescriptor Inhibit(const QString& what, const QString& program,
-                                    const QString& reason, const QString& mode)
-    {
-        Ask({what, program, reason, mode});
-        return QDBusUnixFileDescriptor(m_pipe[1]);
-    }
-
-private:
-    std::array<int, 2> m_pipe{-1, -1};
-};
-// NOLINTEND(readability-identifier-naming)
 
 class AwakeBusTest : public QObject
 {

@@ -54,12 +54,18 @@ void Watch(DBusConnection* bus, const BusObject& object)
     Bus()->busAddMatch(bus, rule.c_str(), nullptr); // without an error to fill it does not wait
 }
 
-// The service whose owner has come, gone or changed, or nothing.
-std::optional<std::string> ChangedService(DBusMessage* message)
+// The service that has started or restarted, or nothing.
+std::optional<std::string> StartedService(DBusMessage* message)
 {
-    return Bus()->messageIsSignal(message, DBUS_INTERFACE_DBUS, "NameOwnerChanged") != 0
-               ? BusValues(message).Text()
-               : std::nullopt;
+    if (Bus()->messageIsSignal(message, DBUS_INTERFACE_DBUS, "NameOwnerChanged") == 0) {
+        return std::nullopt;
+    }
+    BusValues values(message);
+    const auto service = values.Text();
+    values.Next(); // the old owner
+    values.Next();
+    const auto owner = values.Text();
+    return owner && !owner->empty() ? service : std::nullopt;
 }
 
 } // namespace
@@ -76,9 +82,9 @@ void HoldSessionServices()
     }
     while (Bus()->connectionReadWrite(bus.get(), -1) != 0) {
         while (const BusMessage message{Bus()->connectionPopMessage(bus.get())}) {
-            const auto changed = ChangedService(message.get());
+            const auto started = StartedService(message.get());
             for (const BusObject& object : services) {
-                if (changed == object.service) {
+                if (started == object.service) {
                     Ask(bus.get(), object);
                 }
             }

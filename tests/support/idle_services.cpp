@@ -1,0 +1,1 @@
+#include "tests/support/idle_services.h" // with what moc makes of it
