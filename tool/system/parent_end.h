@@ -8,9 +8,9 @@ namespace tool {
 // failure.
 bool PrepareParentEnd();
 
-// For a child process, right before exec: requests this signal, once, for the time when the process
-// that has forked it ends. Returns false, with errno, if that is not possible or `parent`, that
-// process, has ended already.
+// For a child process, before exec or instead of it: requests this signal, once, for the time when
+// the process that has forked it ends. Returns false, with errno, if that is not possible or
+// `parent`, that process, has ended already.
 bool SignalAtParentEnd(int number, pid_t parent);
 
 } // namespace tool

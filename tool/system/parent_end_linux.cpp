@@ -22,12 +22,12 @@ struct Lifeline
         auto pipe = MakePipe();
         return pipe ? std::move(pipe->write) : Descriptor();
     }();
-    std::string name = "/dev/fd/" + std::to_string(writeEnd.Number());
+    std::string name = "/proc/self/fd/" + std::to_string(writeEnd.Number());
 };
 
-const Lifeline& TheLifeline()
+Lifeline& TheLifeline()
 {
-    static const Lifeline lifeline;
+    static Lifeline lifeline;
     return lifeline;
 }
 
@@ -40,12 +40,14 @@ bool PrepareParentEnd()
 
 bool SignalAtParentEnd(int number, pid_t parent)
 {
-    // A read end, which stays open in the program.
+    // A read end, which stays open in the program. The write end does not, or the parent's would
+    // not be the only one.
     const int end = open(TheLifeline().name.c_str(), O_RDONLY | O_NONBLOCK);
     if (end < 0 || fcntl(end, F_SETOWN, getpid()) != 0 || fcntl(end, F_SETSIG, number) != 0 ||
         fcntl(end, F_SETFL, O_ASYNC | O_NONBLOCK) != 0) {
         return false;
     }
+    TheLifeline().writeEnd.Close();
     if (getppid() != parent) {
         errno = ESRCH;
         return false;

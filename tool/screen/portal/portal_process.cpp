@@ -68,8 +68,8 @@ void Tell(int socket, const std::optional<PortalStream>& stream, const std::stri
 // What the process does.
 void Converse(int socket, const Rectangle& screen, pid_t parent)
 {
-    // In this order: a change of the user revokes the signal.
-    if (!BecomeSessionUser() || !SignalAtParentEnd(SIGKILL, parent)) {
+    // In this order: what tells the parent's end is open to the parent's user only.
+    if (!SignalAtParentEnd(SIGKILL, parent) || !BecomeSessionUser()) {
         return;
     }
     PortalConversation conversation;
@@ -98,7 +98,8 @@ void LeaveParentsStreams()
 std::unique_ptr<PortalProcess> PortalProcess::Start(const Rectangle& screen)
 {
     std::array<int, 2> sockets{};
-    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets.data()) != 0) {
+    if (!PrepareParentEnd() ||
+        socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets.data()) != 0) {
         return nullptr;
     }
     Descriptor ours(sockets[0]);
