@@ -3,6 +3,7 @@
 
 #include "tests/support/files.h"
 
+#include <QFile>
 #include <QProcess>
 
 class OwnBus
