@@ -6,7 +6,7 @@
 #include "app/end_signals.h"
 #include "app/launcher.h"
 #include "app/window_platform.h"
-#include "jobs/folder_listing.h"
+#include "jobs/work_thread.h"
 #include "jobs/text_codec.h"
 #include "ui/drui.h"
 #include "util/wide_text.h"
@@ -53,7 +53,7 @@ void RunApplication()
     close(errors);
     unlink(kErrorFile); // if it stays, the program ended abnormally
     window.reset();     // finishes a running recording
-    if (IsListingLeftBehind()) {
+    if (IsThreadLeftBehind()) {
         std::_Exit(0);
     }
 }

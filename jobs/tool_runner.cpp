@@ -46,6 +46,17 @@ public:
         QObject::connect(&m_timer, SIGNAL(timeout()), &loop, SLOT(quit()));
     }
 
+    // Ends all waits for this process.
+    static void Leave(const QProcess& process)
+    {
+        for (ToolWait* wait = innermost; wait != nullptr; wait = wait->m_outer) {
+            if (&wait->m_process == &process) {
+                wait->m_timer.stop();
+                wait->m_loop.quit();
+            }
+        }
+    }
+
     static inline ToolWait* innermost = nullptr;
 
 private:
@@ -87,6 +98,13 @@ bool RunTool(QProcess& process, const QString& command)
         EndTool(process);
     }
     return goesOn;
+}
+
+void LeaveTool(QProcess& process)
+{
+    process.kill();
+    process.waitForFinished(kEndMs);
+    ToolWait::Leave(process);
 }
 
 void ExecUntilToolEnds(QEventLoop& loop)

@@ -27,6 +27,10 @@ bool StartTool(QProcess& process, const QString& command);
 /// caller should leave nothing behind and return.
 bool RunTool(QProcess& process, const QString& command);
 
+/// Kills a tool that writes no file, and ends a RunTool() that waits for it, also if a dead network
+/// share keeps it from dying. Blocks for half a second then.
+void LeaveTool(QProcess& process);
+
 /// Runs `loop` in an event handler, possibly on top of a RunTool(), whose end ends it too.
 void ExecUntilToolEnds(QEventLoop& loop);
 

@@ -16,7 +16,7 @@
 // A cancelled chooser leaves the directory empty, so the next one starts at its default place.
 void DRUI::btnSlotLayout3Cut()
 {
-    if (InputBlock::IsOn()) {
+    if (IsBusy()) {
         return;
     }
     m_strCutSaveDir = QFileDialog::getExistingDirectory(this, QString(), m_strCutSaveDir,

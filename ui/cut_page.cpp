@@ -192,11 +192,11 @@ void DRUI::AppendCutRow(const QString& name)
 // first row, which ends up with the oldest file; the other rows are empty. Both are intended.
 void DRUI::btnSlotLayout3Dir()
 {
-    if (InputBlock::IsOn()) {
+    if (IsBusy()) {
         return;
     }
     m_pLayout3DirEdit->setText(QFileDialog::getExistingDirectory(this, QString()));
-    const InputBlock block = BeginScan();
+    const InputBlock block = BeginReading();
     ListFolder(m_pLayout3DirEdit->text());
     m_pCutVideoTable->setRowCount(0);
     m_pCutVideoTable->setRowCount(static_cast<int>(m_vecFileInfo.size()));
@@ -210,7 +210,7 @@ void DRUI::btnSlotLayout3Dir()
 // position stays that of the previous video. Both are intended.
 void DRUI::CutTableItemClick(QTableWidgetItem* /*pItem*/)
 {
-    if (InputBlock::IsOn()) {
+    if (IsBusy()) {
         return;
     }
     const auto selected = m_pCutVideoTable->selectedItems();
@@ -226,7 +226,7 @@ void DRUI::CutTableItemClick(QTableWidgetItem* /*pItem*/)
     m_pBtnTail->setEnabled(false);
     m_pBtnCut->setEnabled(false);
 
-    const InputBlock block(*this, InputBlock::Input::Deferred);
+    const InputBlock block = BeginReading();
     std::wstring path = m_strCutFile.toStdWString();
     const QString duration = QString::fromStdString(GetVedioTimeSeconds(path.data()));
     m_nCutDuration = DurationSeconds(duration);

@@ -13,7 +13,6 @@
 #include "ui/video_table.h"
 
 #include <QCoreApplication>
-#include <QEventLoop>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -215,38 +214,25 @@ QVBoxLayout* DRUI::CreateHeader(QWidget* page, const TitleStripShape& shape)
 
 void DRUI::btnSlot()
 {
+    LeaveScan();
     CreateSystemTray();
     m_pStack->setCurrentWidget(m_pLayout2Widget);
 }
 
-// Focuses the table. With focus in the folder field, the next click elsewhere would scan the folder
-// again.
 void DRUI::btnEditSlot()
 {
-    if (InputBlock::IsOn() || !FillSourceTable(m_pLayout4DirEdit->text())) {
-        return;
-    }
-    m_pSourceVideoTable->setFocus();
-    m_pStack->setCurrentWidget(m_pLayout4Widget);
+    Enter(Entry::Merge);
 }
 
-// Reads the merge page's folder, not the cut page's. This is intended.
 void DRUI::btnMontageSlot()
 {
-    if (InputBlock::IsOn() || !FillCutTable(m_pLayout4DirEdit->text())) {
-        return;
-    }
-    m_pCutVideoTable->setFocus();
-    m_pStack->setCurrentWidget(m_pLayout3Widget);
+    Enter(Entry::Cut);
 }
 
 // A running recording goes on and the merge list stays. Back resets only the cut preview.
 void DRUI::btnSlotBack()
 {
-    m_bStopScan = true;
-    if (m_pListLoop != nullptr) {
-        m_pListLoop->quit();
-    }
+    LeaveScan();
     if (m_pStack->currentIndex() == kCutPage) {
         AskToolToQuit(*m_pPlayerProcess);
         m_pPlayerProcess->kill();
@@ -265,7 +251,7 @@ void DRUI::btnMinSlot()
 // The pages have no maximise button whose image would change.
 void DRUI::btnMaxSlot()
 {
-    if (InputBlock::IsOn()) {
+    if (IsBusy()) {
         return;
     }
     FixSize(m_bIsMaximized ? kWindowSize : Desktop().size());

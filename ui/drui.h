@@ -213,12 +213,19 @@ private:
     // --- the cut and the merge page: video_pages.cpp, scan.cpp, rebuild.cpp ---
     QHBoxLayout* CreateFolderRow(QWidget* page, const FolderRowShape& shape, const char* slot);
     static VideoTable* CreateVideoTable(QWidget* page, const QStringList& labels);
-    InputBlock BeginScan();
+    enum class Entry { None, Cut, Merge }; // of the home page, that scan a folder
+    bool IsBusy() const;
+    void Enter(Entry entry);
+    void ShowEntered();
+    void LeaveScan();
+    InputBlock BeginReading();
     bool ListFolder(const QString& folder);
     bool ProbeFiles(const QString& folder,
                     const std::function<void(const _FILE_INFO_&, const QString&)>& show);
     void WatchFolderFields(bool watch);
     void RebuildPages();
+    Entry m_entering = Entry::None;                  // whose scan is running
+    Entry m_nextEntry = Entry::None;                 // was clicked meanwhile
     bool m_bStopScan = false;                        // the user has left the page
     QEventLoop* m_pListLoop = nullptr;               // waits for a folder's list
     QVector<_FILE_INFO_> m_vecFileInfo;              // the last folder scan, newest first

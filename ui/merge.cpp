@@ -18,7 +18,7 @@
 
 void DRUI::btnSlotLayout4Merge()
 {
-    if (InputBlock::IsOn()) {
+    if (IsBusy()) {
         return;
     }
     m_strMergeSaveDir = QFileDialog::getExistingDirectory(this, QString(), m_strMergeSaveDir,

@@ -180,7 +180,7 @@ void DRUI::AppendSourceRow(const QStringList& texts)
 // This is intended. The merge list stays, and its names now refer to the new folder.
 void DRUI::btnSlotLayout4Dir()
 {
-    if (InputBlock::IsOn()) {
+    if (IsBusy()) {
         return;
     }
     const QString folder =
@@ -189,7 +189,7 @@ void DRUI::btnSlotLayout4Dir()
         return;
     }
     m_pLayout4DirEdit->setText(folder);
-    const InputBlock block = BeginScan();
+    const InputBlock block = BeginReading();
     const bool isListed = ListFolder(folder);
     m_pSourceVideoTable->setRowCount(0);
     m_pSourceVideoTable->setRowCount(static_cast<int>(m_vecFileInfo.size()));

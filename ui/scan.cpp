@@ -1,11 +1,14 @@
 #include "jobs/folder_listing.h"
+#include "jobs/tool_runner.h"
 #include "ui/drui.h"
 #include "ui/input_block.h"
 #include "ui/page_parts.h"
 #include "ui/video_table.h"
 
 #include <QEventLoop>
+#include <QGuiApplication>
 #include <QLineEdit>
+#include <QStackedLayout>
 
 #include <utility>
 
@@ -27,12 +30,66 @@ QList<QAbstractButton*> BackButtons(const QWidget& window)
 
 } // namespace
 
-// While this block is on, the window lives but takes no other input than Back, which ends the scan
-// early.
-InputBlock DRUI::BeginScan()
+// Whether slots must not start anything that waits.
+bool DRUI::IsBusy() const
+{
+    return m_entering != Entry::None || InputBlock::IsOn();
+}
+
+// The page is shown when its folder has been read. Until then the home page takes all input: its
+// other entries leave the scan, and the one clicked last is entered.
+void DRUI::Enter(Entry entry)
+{
+    if (m_entering != Entry::None) {
+        if (entry != m_entering || m_bStopScan) {
+            LeaveScan();
+            m_nextEntry = entry;
+        }
+        return;
+    }
+    if (IsBusy()) {
+        return;
+    }
+    QGuiApplication::setOverrideCursor(Qt::BusyCursor);
+    m_nextEntry = entry;
+    while (m_nextEntry != Entry::None) {
+        m_entering = std::exchange(m_nextEntry, Entry::None);
+        ShowEntered();
+    }
+    m_entering = Entry::None;
+    QGuiApplication::restoreOverrideCursor();
+}
+
+// Reads the merge page's folder for both pages, and focuses the table: with focus in the folder
+// field, the next click elsewhere would scan the folder again. Both are intended.
+void DRUI::ShowEntered()
+{
+    const QString folder = m_pLayout4DirEdit->text();
+    const bool isCut = m_entering == Entry::Cut;
+    m_bStopScan = false;
+    if (isCut ? FillCutTable(folder) : FillSourceTable(folder)) {
+        (isCut ? m_pCutVideoTable : m_pSourceVideoTable)->setFocus();
+        m_pStack->setCurrentWidget(isCut ? m_pLayout3Widget : m_pLayout4Widget);
+    }
+}
+
+// A page shows its folder's files as they are probed. While this block is on, the window lives but
+// takes no other input than Back, which leaves what is waited for.
+InputBlock DRUI::BeginReading()
 {
     m_bStopScan = false;
     return {*this, InputBlock::Input::Deferred, BackButtons(*this)};
+}
+
+// Whatever answers after this comes too late.
+void DRUI::LeaveScan()
+{
+    m_bStopScan = true;
+    m_nextEntry = Entry::None;
+    if (m_pListLoop != nullptr) {
+        m_pListLoop->quit();
+    }
+    LeaveTool(*m_pDevProcess);
 }
 
 // Lists the folder's files in m_vecFileInfo. Returns whether that came to its end.
@@ -65,7 +122,6 @@ bool DRUI::ProbeFiles(const QString& folder,
 // Probes every file for its duration, which is not shown.
 bool DRUI::FillCutTable(const QString& folder)
 {
-    const InputBlock block = BeginScan();
     const bool isListed = ListFolder(folder);
     m_pCutVideoTable->setRowCount(0);
     const bool isWhole = isListed && ProbeFiles(folder, [this](const _FILE_INFO_& file,
@@ -78,7 +134,6 @@ bool DRUI::FillCutTable(const QString& folder)
 
 bool DRUI::FillSourceTable(const QString& folder)
 {
-    const InputBlock block = BeginScan();
     const bool isListed = ListFolder(folder);
     m_pSourceVideoTable->setRowCount(0);
     const bool isWhole =
@@ -107,11 +162,9 @@ bool DRUI::eventFilter(QObject* watched, QEvent* event)
     if (event->type() == QEvent::FocusOut &&
         (watched == m_pLayout3DirEdit || watched == m_pLayout4DirEdit)) {
         const QString folder = static_cast<QLineEdit*>(watched)->text();
-        const bool isScanned = !folder.isEmpty() && !InputBlock::IsOn();
-        if (isScanned && watched == m_pLayout3DirEdit) {
-            FillCutTable(folder);
-        } else if (isScanned) {
-            FillSourceTable(folder);
+        if (!folder.isEmpty() && !IsBusy()) {
+            const InputBlock block = BeginReading();
+            watched == m_pLayout3DirEdit ? FillCutTable(folder) : FillSourceTable(folder);
         }
         m_pBtnAdd->setEnabled(false);
     }

@@ -1,55 +1,8 @@
 // A folder that does not answer, such as one on a dead network share. Linked with a short wait.
-#include "jobs/folder_listing.h"
 #include "jobs/tool_runner.h"
+#include "jobs/work_thread.h"
+#include "tests/window/dead_path.h"
 #include "tests/window/job_in_program.h"
-
-#include <condition_variable>
-#include <cstring>
-#include <dirent.h>
-#include <dlfcn.h>
-#include <mutex>
-#include <sys/stat.h>
-
-namespace {
-
-std::mutex g_mutex;
-std::condition_variable g_change;
-QByteArray g_dead; // the path that does not answer
-int g_waiting = 0; // calls that wait for it
-
-void WaitForAnswer(const char* path)
-{
-    std::unique_lock lock(g_mutex);
-    if (path != nullptr && g_dead == path) {
-        ++g_waiting;
-        g_change.wait(lock, [] { return g_dead.isEmpty(); });
-        --g_waiting;
-    }
-}
-
-template <class Function>
-Function Real(const char* name)
-{
-    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
-}
-
-} // namespace
-
-extern "C" {
-DIR* opendir(const char* path)
-{
-    WaitForAnswer(path);
-    static const auto real = Real<DIR* (*)(const char*)>("opendir");
-    return real(path);
-}
-
-int statx(int folder, const char* path, int flags, unsigned mask, struct statx* status)
-{
-    WaitForAnswer(path);
-    static const auto real = Real<int (*)(int, const char*, int, unsigned, struct statx*)>("statx");
-    return real(folder, path, flags, mask, status);
-}
-}
 
 class HangingFolderTest : public JobInProgramTest
 {
@@ -73,7 +26,7 @@ private Q_SLOTS:
     void backLeavesThePage()
     {
         OpenOnPage();
-        SetDead(DeadPath());
+        SetDead(Dead());
         int events = 0;
         QTimer look;
         connect(&look, &QTimer::timeout, this, [&] {
@@ -97,7 +50,7 @@ private Q_SLOTS:
     void aFolderThatAnswersLateIsListedWhole()
     {
         OpenOnPage();
-        SetDead(DeadPath());
+        SetDead(Dead());
         When([] { return Waiting() > 0; }, [] { SetDead(QString()); });
         Leave(Field());
         QCOMPARE(Table()->rowCount(), 2);
@@ -113,7 +66,7 @@ private Q_SLOTS:
     void aFolderThatNeverAnswersIsShownEmpty()
     {
         OpenWindow();
-        SetDead(DeadPath());
+        SetDead(Dead());
         ShowPage();
         QCOMPARE(Page(), IsMerge() ? 3 : 2);
         QCOMPARE(Table()->rowCount(), 0);
@@ -136,7 +89,7 @@ private Q_SLOTS:
     void closingTheWindowEndsTheScan()
     {
         OpenOnPage();
-        SetDead(DeadPath());
+        SetDead(Dead());
         QElapsedTimer sinceClose;
         When([] { return Waiting() > 0; },
              [&] {
@@ -145,7 +98,7 @@ private Q_SLOTS:
              });
         QCOMPARE(RunProgram([this] { Leave(Field()); }), 0);
         QVERIFY2(sinceClose.elapsed() < 1000, qPrintable(QString::number(sinceClose.elapsed())));
-        QVERIFY2(IsListingLeftBehind(), "the program would wait for the folder");
+        QVERIFY2(IsThreadLeftBehind(), "the program would wait for the folder");
         CloseWindow();
         SetDead(QString()); // the thread comes back to a window that is gone
         QTRY_COMPARE(Waiting(), 0);
@@ -153,17 +106,8 @@ private Q_SLOTS:
     }
 
 private:
-    static void SetDead(const QString& path)
-    {
-        const std::lock_guard lock(g_mutex);
-        g_dead = QFile::encodeName(path);
-        g_change.notify_all();
-    }
-    static int Waiting()
-    {
-        const std::lock_guard lock(g_mutex);
-        return g_waiting;
-    }
+    static void SetDead(const QString& path) { DeadPath::Set(path); }
+    static int Waiting() { return DeadPath::Waiting(); }
 
     static void Kinds()
     {
@@ -179,7 +123,7 @@ private:
         QFETCH(bool, merge);
         return merge;
     }
-    QString DeadPath()
+    QString Dead()
     {
         QFETCH(QString, dead);
         return SaveDirectory() + dead;

@@ -61,6 +61,30 @@ private Q_SLOTS:
         QCOMPARE(table->rowCount(), 50);
     }
 
+    // Such as one of a file on a dead network share.
+    void backLeavesAProbeThatHangs_data() { Pages(); }
+    void backLeavesAProbeThatHangs()
+    {
+        MakeVideos(2);
+        OpenOnPage();
+        HangProbes();
+        When(IsToolAtWork, [this] { ClickBack(); });
+        ExpectHomePageAtOnce([this] { Leave(Field()); });
+        InstallTool(kVideoTool);
+        ShowPage();
+        QCOMPARE(Child<QTableWidget>(Table())->rowCount(), 2);
+    }
+
+    void backLeavesASelectedVideoThatCannotBeProbed()
+    {
+        MakeVideos(1);
+        EnterCutPage();
+        HangProbes();
+        When(IsToolAtWork, [this] { ClickBack(); });
+        ExpectHomePageAtOnce([this] { ClickRow("m_pCutVideoTable", 0); });
+        QVERIFY2(!Child<QPushButton>("m_pBtnCut")->isEnabled(), "it can be cut");
+    }
+
     // The press moves the focus, which starts the scan; the release comes during it.
     void aPressOnBackThatStartsTheScanLeavesThePageAfterIt_data() { Pages(); }
     void aPressOnBackThatStartsTheScanLeavesThePageAfterIt()
@@ -149,7 +173,7 @@ private Q_SLOTS:
     {
         MakeVideos(1);
         EnterCutPage();
-        InstallTool("#!/bin/bash\necho \"$*\" >\"${0%/*}/working\"; exec sleep 20\n");
+        HangProbes();
         When(IsToolAtWork, [this] { Window().close(); });
         QElapsedTimer time;
         time.start();
@@ -195,6 +219,23 @@ private:
     {
         auto* back = Button([](const QPushButton& button) { return button.text() == "Back"; });
         return back->mapTo(&Window(), back->rect().center());
+    }
+
+    void ClickBack() { QTest::mouseClick(Window().windowHandle(), Qt::LeftButton, {}, Back()); }
+
+    static void HangProbes()
+    {
+        InstallTool("#!/bin/bash\necho \"$*\" >\"${0%/*}/working\"; exec sleep 20\n");
+    }
+
+    // After something that waits.
+    void ExpectHomePageAtOnce(const std::function<void()>& wait)
+    {
+        QElapsedTimer time;
+        time.start();
+        wait();
+        QCOMPARE(Page(), 0);
+        QVERIFY2(time.elapsed() < 2000, qPrintable(QString("after %1 ms").arg(time.elapsed())));
     }
 
     void MakeVideos(int count)

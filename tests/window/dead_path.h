@@ -1,0 +1,87 @@
+#pragma once
+
+#include <QFile>
+
+#include <condition_variable>
+#include <dirent.h>
+#include <dlfcn.h>
+#include <mutex>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+
+// A folder or file that does not answer, such as one on a dead network share: the program's calls
+// of the C library wait for it. To be included once in a program.
+
+class DeadPath
+{
+public:
+    /// Nothing answers at or below `path` from now on. An empty path ends that.
+    static void Set(const QString& path)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_dead = QFile::encodeName(path);
+        m_change.notify_all();
+    }
+
+    /// How many calls wait.
+    static int Waiting()
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_waiting;
+    }
+
+    static void WaitForAnswer(const char* path)
+    {
+        std::unique_lock lock(m_mutex);
+        if (path == nullptr || m_dead.isEmpty() ||
+            (m_dead != path && !QByteArray(path).startsWith(m_dead + '/'))) {
+            return;
+        }
+        ++m_waiting;
+        m_change.wait(lock, [] { return m_dead.isEmpty(); });
+        --m_waiting;
+    }
+
+private:
+    static inline std::mutex m_mutex;
+    static inline std::condition_variable m_change;
+    static inline QByteArray m_dead;
+    static inline int m_waiting = 0;
+};
+
+template <class Function>
+Function RealCall(const char* name)
+{
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+extern "C" {
+DIR* opendir(const char* path)
+{
+    DeadPath::WaitForAnswer(path);
+    static const auto real = RealCall<DIR* (*)(const char*)>("opendir");
+    return real(path);
+}
+
+int statx(int folder, const char* path, int flags, unsigned mask, struct statx* status)
+{
+    DeadPath::WaitForAnswer(path);
+    static const auto real =
+        RealCall<int (*)(int, const char*, int, unsigned, struct statx*)>("statx");
+    return real(folder, path, flags, mask, status);
+}
+
+int statvfs(const char* path, struct statvfs* status) noexcept
+{
+    DeadPath::WaitForAnswer(path);
+    static const auto real = RealCall<int (*)(const char*, struct statvfs*)>("statvfs");
+    return real(path, status);
+}
+
+int mkdir(const char* path, mode_t mode) noexcept
+{
+    DeadPath::WaitForAnswer(path);
+    static const auto real = RealCall<int (*)(const char*, mode_t)>("mkdir");
+    return real(path, mode);
+}
+}
