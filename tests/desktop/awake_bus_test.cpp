@@ -1,15 +1,9 @@
 // What `tool` asks the desktop's services for while it records, and what becomes of that.
-#include "tests/support/desktop.h"
-#include "tests/support/idle_services.h"
-#include "tests/support/tool_movies.h"
-#include "tests/support/tool_take.h"
+#include "tests/support/idle_services_test.h"
 
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusError>
 #include <QDBusServiceWatcher>
 #include <QDir>
-#include <QLocalServer>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -18,9 +12,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace {
-
 using End = std::function<void(Take&)>;
+
+namespace {
 
 constexpr auto kProgram = "Lumenfold Screen Recorder";
 constexpr auto kReason = "Recording the screen";
@@ -29,7 +23,7 @@ constexpr auto kReason = "Recording the screen";
 
 Q_DECLARE_METATYPE(End)
 
-class AwakeBusTest : public QObject
+class AwakeBusTest : public IdleServicesTest
 {
     Q_OBJECT
 
@@ -40,88 +34,16 @@ private slots:
     void desktopIsHeldUntilTheRecordingEnds();
     void desktopShellThatRestartsIsAskedAgain();
     void desktopOfTheUserIsHeldByRoot();
-    void servicesThatDoNotRunAreNotStarted();
-    void answersDoNotMatter_data();
-    void answersDoNotMatter();
-    void busThatFailsDelaysNothing_data();
-    void busThatFailsDelaysNothing();
-    void busThatVanishesDoesNotEndTheRecording();
-
-private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
-    void StartBus(const QStringList& options = {"--session"});
-    void Register(const QString& service, const QString& path, Service& object);
-    void RegisterAll();
-    std::unique_ptr<Take> Record();
-    void Stop(Take& take);
-
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QProcess m_bus;
-    std::unique_ptr<ScreenSaver> m_screenSaver;
-    std::unique_ptr<PowerManagement> m_powerManagement;
-    std::unique_ptr<SessionManager> m_sessionManager;
-    std::unique_ptr<Logind> m_logind;
 };
 
 void AwakeBusTest::init()
 {
-    m_folder = std::make_unique<QTemporaryDir>();
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_folder->path()));
-    m_screenSaver = std::make_unique<ScreenSaver>();
-    m_powerManagement = std::make_unique<PowerManagement>();
-    m_sessionManager = std::make_unique<SessionManager>();
-    m_logind = std::make_unique<Logind>();
+    Prepare();
 }
 
 void AwakeBusTest::cleanup()
 {
-    QDBusConnection::disconnectFromBus("test");
-    if (m_bus.state() != QProcess::NotRunning) {
-        m_bus.terminate();
-        m_bus.waitForFinished();
-    }
-}
-
-// One bus is both, the session's and the system's.
-void AwakeBusTest::StartBus(const QStringList& options)
-{
-    const QString address = "unix:path=" + m_folder->filePath("bus");
-    m_bus.start("dbus-daemon",
-                options + QStringList{"--nofork", "--print-address", "--address=" + address});
-    QVERIFY2(m_bus.waitForReadyRead(), "dbus-daemon does not start");
-    auto connection = QDBusConnection::connectToBus(address, "test");
-    QVERIFY2(connection.isConnected(), qPrintable(connection.lastError().message()));
-    qputenv("DBUS_SESSION_BUS_ADDRESS", address.toUtf8());
-    qputenv("DBUS_SYSTEM_BUS_ADDRESS", address.toUtf8());
-}
-
-void AwakeBusTest::Register(const QString& service, const QString& path, Service& object)
-{
-    QDBusConnection bus("test");
-    QVERIFY(bus.registerObject(path, &object, QDBusConnection::ExportAllSlots));
-    QVERIFY(bus.registerService(service));
-}
-
-void AwakeBusTest::RegisterAll()
-{
-    Register("org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", *m_screenSaver);
-    Register("org.freedesktop.PowerManagement", "/org/freedesktop/PowerManagement/Inhibit",
-             *m_powerManagement);
-    Register("org.gnome.SessionManager", "/org/gnome/SessionManager", *m_sessionManager);
-    Register("org.freedesktop.login1", "/org/freedesktop/login1", *m_logind);
-}
-
-// Returns the recording when it is running.
-std::unique_ptr<Take> AwakeBusTest::Record()
-{
-    auto take = std::make_unique<Take>(m_folder->filePath("o.mp4"), "0");
-    return WaitUntil([&] { return take->HasPicture(); }) ? std::move(take) : nullptr;
-}
-
-void AwakeBusTest::Stop(Take& take)
-{
-    take.Type("q\n");
-    QVERIFY(take.WaitForEnd());
-    QCOMPARE(take.ExitCode(), 0);
+    Finish();
 }
 
 void AwakeBusTest::desktopIsHeldUntilTheRecordingEnds_data()
@@ -223,101 +145,6 @@ void AwakeBusTest::desktopOfTheUserIsHeldByRoot()
     Stop(*take);
     monitor.terminate();
     monitor.waitForFinished();
-}
-
-void AwakeBusTest::servicesThatDoNotRunAreNotStarted()
-{
-    const QString started = m_folder->filePath("started");
-    QVERIFY(WriteProgram(m_folder->filePath("service"), "#!/bin/sh\ntouch " + started.toUtf8()));
-    const auto write = [&](const QString& name, const QByteArray& text) {
-        QFile file(m_folder->filePath(name));
-        return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
-    };
-    QVERIFY(write("org.freedesktop.ScreenSaver.service",
-                  "[D-BUS Service]\nName=org.freedesktop.ScreenSaver\nExec=" +
-                      m_folder->filePath("service").toUtf8() + '\n'));
-    QVERIFY(write("bus.conf",
-                  "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
-                  "<servicedir>" +
-                      m_folder->path().toUtf8() +
-                      "</servicedir><policy context=\"default\">"
-                      "<allow send_destination=\"*\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/>"
-                      "</policy></busconfig>"));
-    StartBus({"--config-file=" + m_folder->filePath("bus.conf")});
-    Register("org.gnome.SessionManager", "/org/gnome/SessionManager", *m_sessionManager);
-    const auto take = Record();
-    QVERIFY2(take, "nothing is recorded");
-    QTRY_COMPARE(m_sessionManager->asked.size(), 1); // the other one was asked before
-    Stop(*take);
-    QVERIFY2(!QFile::exists(started), "the recording has started a service");
-    QDBusConnection("test").interface()->startService("org.freedesktop.ScreenSaver");
-    QTRY_VERIFY2(QFile::exists(started), "the test's service cannot be started at all");
-}
-
-void AwakeBusTest::answersDoNotMatter_data()
-{
-    QTest::addColumn<Answer>("answer");
-    QTest::newRow("refusal") << Answer::Refusal;
-    QTest::newRow("silence") << Answer::Silence;
-}
-
-void AwakeBusTest::answersDoNotMatter()
-{
-    QFETCH(Answer, answer);
-    StartBus();
-    RegisterAll();
-    for (Service* service : std::initializer_list<Service*>{
-             m_screenSaver.get(), m_sessionManager.get(), m_logind.get()}) {
-        service->answer = answer;
-    }
-    const auto take = Record();
-    QVERIFY2(take, "nothing is recorded");
-    QTRY_COMPARE(m_logind->asked.size(), 1);
-    QTRY_COMPARE(m_sessionManager->asked.size(), 1);
-    Stop(*take);
-}
-
-void AwakeBusTest::busThatFailsDelaysNothing_data()
-{
-    QTest::addColumn<QByteArray>("address");
-    QTest::newRow("no address") << QByteArray();
-    QTest::newRow("bus is gone") << QByteArray("unix:path=/nowhere");
-    QTest::newRow("nonsense") << QByteArray("%%%");
-    QTest::newRow("bus does not answer") << QByteArray("silent");
-}
-
-// The library gives up on a bus after 25 s.
-void AwakeBusTest::busThatFailsDelaysNothing()
-{
-    QFETCH(QByteArray, address);
-    QLocalServer silent;
-    if (address == "silent") {
-        QVERIFY(silent.listen(m_folder->filePath("bus")));
-        address = "unix:path=" + silent.fullServerName().toUtf8();
-    }
-    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
-    qputenv("DBUS_SYSTEM_BUS_ADDRESS", address);
-    QElapsedTimer time;
-    time.start();
-    const auto take = Record();
-    QVERIFY2(take, "nothing is recorded");
-    Stop(*take);
-    QVERIFY2(time.elapsed() < 12000, qPrintable(QString("%1 ms").arg(time.elapsed())));
-}
-
-void AwakeBusTest::busThatVanishesDoesNotEndTheRecording()
-{
-    StartBus();
-    RegisterAll();
-    const auto take = Record();
-    QVERIFY2(take, "nothing is recorded");
-    QTRY_COMPARE(m_screenSaver->asked.size(), 1);
-    QTRY_COMPARE(m_logind->asked.size(), 1);
-    m_bus.kill();
-    QVERIFY(m_bus.waitForFinished());
-    const double now = take->Taken();
-    QTRY_VERIFY2(take->Taken() > now + 1, "it has ended");
-    Stop(*take);
 }
 
 QTEST_GUILESS_MAIN(AwakeBusTest)

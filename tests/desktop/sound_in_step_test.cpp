@@ -1,7 +1,7 @@
 // Audio and video sync: finds flashes and beeps, which are shown and played at the same moment, in
 // recordings by `tool`.
+#include "tests/support/flash_and_beep.h"
 #include "tests/support/recording_file.h"
-#include "tests/support/test_pattern_process.h"
 #include "tests/support/tool_take.h"
 
 #include <QDeadlineTimer>
@@ -19,76 +19,7 @@ namespace {
 constexpr double kMostOffset = 50; // ms
 constexpr qint64 kLongestStop = 1000;
 constexpr int kFewestPairs = 5;
-constexpr double kLatestStart = 1.2;   // seconds
-constexpr auto kFlashDistance = "0.6"; // seconds; distinguishes up to 300 ms early from late
-
-struct Source
-{
-    QString name;   // the server's name of a source
-    QString output; // an output whose sound it hears
-    int hertz;
-    int y; // of the pattern that flashes at the same time
-};
-
-const Source kSpeaker{"speaker.monitor", "speaker", 1000, 0};
-const Source kMicrophone{"microphone", "mic_in", 1700, 100};
-// Nobody has used these before. Without anything to play, the output runs two seconds ahead.
-const Source kIdleSpeaker{"idle.monitor", "idle", 1000, 0};
-const Source kIdleMicrophone{"headset", "voice", 1700, 100};
-
-QStringList PatternOptions(const Source& source)
-{
-    return {"--geometry", QString("320x96+0+%1").arg(source.y),
-            "--flash",    kFlashDistance,
-            "--beep",     QString("%1@%2").arg(source.hertz).arg(source.output)};
-}
-
-// Another listener: the server takes seconds to start a source nobody has used yet.
-class Listener
-{
-public:
-    explicit Listener(const Source& source)
-    {
-        m_process.start("parec", {"--latency-msec=30", "--rate=8000", "--channels=1",
-                                  "--format=s16le", "-d", source.name});
-    }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-    ~Listener()
-    {
-        m_process.terminate();
-        m_process.waitForFinished();
-    }
-
-    // Whether it has received a second of sound.
-    bool IsAwake()
-    {
-        m_nHeard += m_process.readAll().size();
-        return m_nHeard >= 16000;
-    }
-
-private:
-    QProcess m_process;
-    qint64 m_nHeard = 0;
-};
-
-// Patterns for both devices, which are awake.
-class Performance
-{
-public:
-    bool IsReady()
-    {
-        return m_first.IsReady() && m_second.IsReady() &&
-               QTest::qWaitFor([&] { return m_speaker.IsAwake() && m_microphone.IsAwake(); },
-                               20000);
-    }
-
-private:
-    TestPatternProcess m_first{PatternOptions(kSpeaker)};
-    TestPatternProcess m_second{PatternOptions(kMicrophone)};
-    Listener m_speaker{kSpeaker};
-    Listener m_microphone{kMicrophone};
-};
+constexpr double kLatestStart = 1.2; // seconds
 
 QMap<QString, QString> Report(const QString& file, const Source& source, int originY = 0)
 {

@@ -1,18 +1,10 @@
 // Recordings that are interrupted in every possible way, several at once. The screen shows a
 // counter: its value at the interruption is compared with the last frame that plays.
-#include "tests/support/ordinary_movie.h"
-#include "tests/support/test_pattern_process.h"
-#include "tests/support/tool_movies.h"
-#include "tests/support/tool_take.h"
+#include "tests/support/cut_short.h"
 
 #include <QDeadlineTimer>
-#include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
-#include <QFileInfo>
 #include <QRandomGenerator>
-#include <QScopeGuard>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
@@ -20,22 +12,9 @@
 #include <csignal>
 #include <cstdio>
 #include <memory>
-#include <sys/mount.h>
-#include <sys/resource.h>
-#include <unistd.h>
 #include <vector>
 
 namespace {
-
-constexpr int kRate = 30; // the pattern's frame rate
-constexpr double kMostLost = 2;
-
-// A moment in a recording.
-struct Moment
-{
-    int shown = -1;   // the number on the screen
-    double taken = 0; // seconds that ffmpeg has read
-};
 
 enum class Victim { Ffmpeg, Tool, All };
 
@@ -54,36 +33,9 @@ void EndByForce(const Take& take, Victim victim)
     }
 }
 
-// The numbers in the frames, in order.
-QList<int> NumbersIn(const QString& path)
-{
-    const Outcome decoded =
-        RunProgram("ffmpeg", {"-v", "error", "-nostdin", "-i", path, "-map", "0:v", "-vf",
-                              "crop=256:32:0:0,scale=16:1:flags=area,format=gray", "-vsync",
-                              "passthrough", "-f", "rawvideo", "-"});
-    QList<int> numbers;
-    for (qsizetype at = 0; at + 16 <= decoded.output.size(); at += 16) {
-        int number = 0;
-        for (int bit = 0; bit < 16; ++bit) {
-            number |= static_cast<uchar>(decoded.output[at + bit]) > 127 ? 1 << bit : 0;
-        }
-        numbers << number;
-    }
-    return numbers;
-}
-
-// The seconds of sound that play.
-double SoundIn(const QString& path)
-{
-    const Outcome decoded =
-        RunProgram("ffmpeg", {"-v", "error", "-nostdin", "-i", path, "-map", "0:a", "-ac", "1",
-                              "-ar", "8000", "-f", "u8", "-"});
-    return static_cast<double>(decoded.output.size()) / 8000;
-}
-
 } // namespace
 
-class ToolCutShortTest : public QObject
+class ToolCutShortTest : public CutShortTest
 {
     Q_OBJECT
 
@@ -94,56 +46,11 @@ private slots:
     void recorderKilledEndsTheRecording();
     void sessionEndedEndsTheRecording();
     void movieThatIsThereAlreadyIsLeftAlone();
-    void powerCutLosesTwoSeconds();
-    void fullDiskLeavesWhatHadRoom();
-    void volumeFilledByAnotherProgramLeavesWhatHadRoom();
-
-private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
-    QString Path(const QString& name) const { return m_folder.filePath(name); }
-    int ShownNow() const { return static_cast<int>(m_time.elapsed() * kRate / 1000); }
-    Moment Now(const Take& take) const { return {ShownNow(), take.Taken()}; }
-    void ExpectUpTo(const QString& path, Moment moment, bool sound, double mostLost = kMostLost);
-    void RecordFor(Take& take, int milliseconds);
-
-    QTemporaryDir m_folder;
-    TestPatternProcess m_pattern{QStringList{"--rate", QString::number(kRate)}};
-    QElapsedTimer m_time; // since the pattern's first frame
-    double m_worst = 0;   // seconds lost
 };
 
 void ToolCutShortTest::initTestCase()
 {
-    QVERIFY(m_folder.isValid());
-    QVERIFY2(m_pattern.IsReady(), "the test pattern does not start");
-    m_time.start();
-    RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-list_devices", "true", "-i", ""});
-}
-
-// Waits for the first frame, and then this long.
-void ToolCutShortTest::RecordFor(Take& take, int milliseconds)
-{
-    QTRY_VERIFY2_WITH_TIMEOUT(take.HasPicture(), take.Text(), 20000);
-    const QDeadlineTimer end(milliseconds);
-    QTRY_VERIFY2_WITH_TIMEOUT(end.hasExpired(), "time stands still", milliseconds + 10000);
-}
-
-// Checks that the recording plays up to `mostLost` seconds before the moment. On a machine too busy
-// to record in time, what has not reached ffmpeg does not count as lost.
-void ToolCutShortTest::ExpectUpTo(const QString& path, Moment moment, bool sound, double mostLost)
-{
-    const QList<int> numbers = NumbersIn(path);
-    const QByteArray name = QFileInfo(path).fileName().toUtf8();
-    QVERIFY2(!numbers.isEmpty(), name + ": no picture plays");
-    QVERIFY2(std::is_sorted(numbers.begin(), numbers.end()), name + ": pictures in disorder");
-    constexpr double usualDelay = 0.5;
-    const double recorded = std::min(static_cast<double>(moment.shown - numbers.first()) / kRate,
-                                     moment.taken + usualDelay);
-    const double lost = recorded - static_cast<double>(numbers.last() - numbers.first()) / kRate;
-    m_worst = std::max(m_worst, lost);
-    QVERIFY2(lost <= mostLost,
-             name + ": " + QByteArray::number(lost) + " s lost of " + QByteArray::number(recorded));
-    const double silent = sound ? recorded - SoundIn(path) : 0;
-    QVERIFY2(silent <= mostLost, name + ": sound of " + QByteArray::number(silent) + " s lost");
+    Prepare();
 }
 
 void ToolCutShortTest::quitLeavesAnOrdinaryMovie()
@@ -263,81 +170,6 @@ void ToolCutShortTest::movieThatIsThereAlreadyIsLeftAlone()
     QVERIFY2(take.Text().contains(QFile::encodeName(path) + ": File exists"), take.Text());
     file.seek(0);
     QVERIFY(file.readAll() == content);
-}
-
-// What is known to be on the disk, and nothing else, at every moment of the recording.
-void ToolCutShortTest::powerCutLosesTwoSeconds()
-{
-    const QString log = Path("synced");
-    Take take(Path("power.mp4"), "0:1",
-              {"LD_PRELOAD=" FDATASYNC_PRELOAD, "LUMENFOLD_SYNC_LOG=" + log});
-    RecordFor(take, 0);
-    const auto synced = [&] {
-        QFile file(log);
-        return file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QList<QByteArray>();
-    };
-    // Just before the next fragment reaches the disk, when the loss is greatest.
-    for (const qsizetype syncs : {3, 5, 7}) {
-        QTRY_VERIFY2_WITH_TIMEOUT(synced().size() > syncs, "the disk has nothing new", 20000);
-        const Moment moment = Now(take);
-        const QList<QByteArray> sizes = synced(); // the last line is empty
-        QFile whole(take.Path());
-        QVERIFY(whole.open(QIODevice::ReadOnly));
-        const QString left = Path(QString("power %1.mp4").arg(syncs));
-        QFile part(left);
-        QVERIFY(part.open(QIODevice::WriteOnly));
-        part.write(whole.read(sizes.at(sizes.size() - 3).toLongLong()));
-        part.close();
-        ExpectUpTo(left, moment, true);
-        if (QTest::currentTestFailed()) {
-            return;
-        }
-    }
-}
-
-// A file that cannot grow, even for root.
-void ToolCutShortTest::fullDiskLeavesWhatHadRoom()
-{
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{25000, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-    Take take(Path("full.mp4"), "0:1");
-    QTRY_VERIFY2_WITH_TIMEOUT(take.HasPicture(), take.Text(), 20000);
-    setrlimit(RLIMIT_FSIZE, &before);
-    QTRY_VERIFY2_WITH_TIMEOUT(take.HasEnded(), "it records on without room", 40000);
-    const Moment moment = Now(take);
-    QVERIFY2(take.Text().contains("File too large"), take.Text());
-    QVERIFY(take.ExitCode() != 0);
-    // The incomplete fragment is removed.
-    QTRY_VERIFY(QFileInfo(take.Path()).size() < 25000);
-    ExpectUpTo(take.Path(), moment, true);
-    QCOMPARE(DecodingErrors(take.Path()), QByteArray());
-}
-
-void ToolCutShortTest::volumeFilledByAnotherProgramLeavesWhatHadRoom()
-{
-    const QString volume = Path("volume");
-    QVERIFY(QDir().mkdir(volume));
-    if (mount("none", QFile::encodeName(volume), "tmpfs", 0, "size=8m") != 0) {
-        QSKIP("only root can make a volume for this");
-    }
-    const auto unmount = qScopeGuard([&] { umount2(QFile::encodeName(volume), MNT_DETACH); });
-    Take take(volume + "/r.mp4", "0:1");
-    RecordFor(take, 2200);
-    const Moment moment = Now(take);
-    QFile other(volume + "/other");
-    QVERIFY(other.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-    while (other.write(QByteArray(4096, 'x')) == 4096) {
-    }
-    QVERIFY2(take.WaitForEnd(), "it records on without room");
-    const auto isSettled = [&] {
-        return RunProgram("ffmpeg", {"-v", "error", "-i", take.Path(), "-f", "null", "-"})
-            .error.isEmpty();
-    };
-    QTRY_VERIFY2(isSettled(), "it does not play to its end");
-    ExpectUpTo(take.Path(), moment, true);
 }
 
 QTEST_GUILESS_MAIN(ToolCutShortTest)

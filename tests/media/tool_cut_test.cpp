@@ -1,12 +1,11 @@
 // Cuts requested like the recorder does, made by `tool` with the real ffmpeg and checked as a
 // player shows them.
-#include "tests/support/tool_movies.h"
+#include "tests/support/movie_test.h"
 #include "tool/edit/cut.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTest>
 
 // Options that make ffmpeg show this many seconds from there on.
 static QStringList Span(int start, int length)
@@ -14,7 +13,7 @@ static QStringList Span(int start, int length)
     return {"-ss", QString::number(start), "-t", QString::number(length)};
 }
 
-class ToolCutTest : public QObject
+class ToolCutTest : public MovieTest
 {
     Q_OBJECT
 
@@ -33,20 +32,11 @@ private slots:
     void nothingIsEncodedAgain();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
-    QString Path(const QString& name) const { return m_folder.filePath(name); }
-    void Make(const QString& name, const QStringList& inputs, const QStringList& more);
     // Cuts with the recorder's command line and returns the path of the result.
     QString Cut(const QString& source, int start, int length);
 
-    QTemporaryDir m_folder;
     int m_cuts = 0;
 };
-
-void ToolCutTest::Make(const QString& name, const QStringList& inputs, const QStringList& more)
-{
-    const QByteArray problem = MakeMovie(inputs + more + QStringList(Path(name)));
-    QVERIFY2(problem.isEmpty(), problem);
-}
 
 QString ToolCutTest::Cut(const QString& source, int start, int length)
 {
@@ -68,21 +58,21 @@ void ToolCutTest::initTestCase()
     const QStringList rare = {"-g", "125", "-keyint_min", "125", "-sc_threshold", "0"};
     const QStringList plain = PlainCodecs() + rare;
     const QStringList moving = PictureInput(12) + ToneInput(12) + plain;
-    Make("plain.mp4", both, plain);
-    Make("b frames.mp4", both, plain + QStringList{"-bf", "3"});
-    Make("ntsc.mp4", flash("30000/1001") + BeepInput(12, 44100), plain + QStringList{"-bf", "2"});
-    Make("surround.mp4", both, plain + QStringList{"-ac", "6"});
-    Make("h265.mp4", both,
-         {"-c:v", "libx265", "-preset", "ultrafast", "-x265-params",
-          "log-level=none:keyint=125:min-keyint=125", "-c:a", "aac"});
-    Make("fragmented.mp4", both, plain + QStringList{"-movflags", "frag_keyframe+empty_moov"});
+    Make("plain.mp4", both + plain);
+    Make("b frames.mp4", both + plain + QStringList{"-bf", "3"});
+    Make("ntsc.mp4", flash("30000/1001") + BeepInput(12, 44100) + plain + QStringList{"-bf", "2"});
+    Make("surround.mp4", both + plain + QStringList{"-ac", "6"});
+    Make("h265.mp4", both + QStringList{"-c:v", "libx265", "-preset", "ultrafast", "-x265-params",
+                                        "log-level=none:keyint=125:min-keyint=125", "-c:a", "aac"});
+    Make("fragmented.mp4", both + plain + QStringList{"-movflags", "frag_keyframe+empty_moov"});
     // The header has the length of the first fragment only.
-    Make("header of 5 s.mp4", PictureInput(12), plain + QStringList{"-movflags", "frag_keyframe"});
-    Make("moving.mp4", moving, {"-bf", "3"});
-    Make("mute.mp4", PictureInput(12), plain + QStringList{"-bf", "3"});
-    Make("uneven.mp4", moving,
-         {"-vf", "select='gt(random(0),0.4)'", "-fps_mode", "vfr", "-bf", "2"});
-    Make("turned.mp4", {"-i", Path("mute.mp4")}, {"-c", "copy", "-metadata:s:v", "rotate=90"});
+    Make("header of 5 s.mp4", PictureInput(12) + plain + QStringList{"-movflags", "frag_keyframe"});
+    Make("moving.mp4", moving + QStringList{"-bf", "3"});
+    Make("mute.mp4", PictureInput(12) + plain + QStringList{"-bf", "3"});
+    Make("uneven.mp4",
+         moving + QStringList{"-vf", "select='gt(random(0),0.4)'", "-fps_mode", "vfr", "-bf", "2"});
+    Make("turned.mp4", QStringList{"-i", Path("mute.mp4")} +
+                           QStringList{"-c", "copy", "-metadata:s:v", "rotate=90"});
     QVERIFY(QFile::copy(Path("plain.mp4"), Path("\"a\" %1\n|\u4e2d.mp4")));
 }
 
@@ -174,7 +164,7 @@ void ToolCutTest::cutFromTheVeryEndIsNotSought()
     QFETCH(double, seconds);
     QFETCH(QString, start);
     QFETCH(bool, left);
-    Make("exact.mp4", PictureInput(seconds), PlainCodecs());
+    Make("exact.mp4", PictureInput(seconds) + PlainCodecs());
     QVERIFY(WriteProgram(Path("stand-in"), "#!/bin/sh\nprintf '%s\\n' \"$@\"\n"));
     const QString source = Path("exact.mp4");
     qputenv("LUMENFOLD_FFMPEG", QFile::encodeName(Path("stand-in")));

@@ -1,13 +1,11 @@
 // How the tracks of a movie are set up, as `tool` reads it from the headers, compared with ffprobe.
-#include "tests/support/tool_movies.h"
+#include "tests/support/movie_test.h"
 #include "tool/mp4/frugal_file.h"
 #include "tool/mp4/movie.h"
 
 #include <QCryptographicHash>
-#include <QTemporaryDir>
-#include <QTest>
 
-class ToolTrackTest : public QObject
+class ToolTrackTest : public MovieTest
 {
     Q_OBJECT
 
@@ -21,18 +19,8 @@ private slots:
     void oddDescriptionsAreNotTrusted();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
-    QString Path(const QString& name) const { return m_folder.filePath(name); }
-    void Make(const QString& name, const QStringList& arguments);
     std::vector<tool::MovieTrack> Tracks(const QString& name) const;
-
-    QTemporaryDir m_folder;
 };
-
-void ToolTrackTest::Make(const QString& name, const QStringList& arguments)
-{
-    const QByteArray problem = MakeMovie(arguments + QStringList(Path(name)));
-    QVERIFY2(problem.isEmpty(), problem);
-}
 
 std::vector<tool::MovieTrack> ToolTrackTest::Tracks(const QString& name) const
 {
@@ -165,10 +153,10 @@ void ToolTrackTest::oddDescriptionsAreNotTrusted()
     QFETCH(QByteArray, found);
     QFETCH(int, offset);
     QFETCH(QByteArray, bytes);
-    QByteArray movie = Content(Path("plain.mp4"));
+    QByteArray movie = Bytes("plain.mp4");
     const qsizetype place = movie.indexOf(found);
     QVERIFY2(place > 0, "the movie has no such box");
-    QVERIFY(Write(Path("odd.mp4"), movie.replace(place + offset, bytes.size(), bytes)));
+    MakeFile("odd.mp4", movie.replace(place + offset, bytes.size(), bytes));
     const auto tracks = Tracks("odd.mp4");
     QCOMPARE(tracks.size(), size_t{2});
     QTEST(QString::fromStdString(tracks[0].codec + ' ' + tracks[1].codec), "codecs");

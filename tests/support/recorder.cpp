@@ -16,22 +16,6 @@ void Copy(const QString& from, const QString& to)
     QVERIFY2(QFile::copy(from, to), qPrintable(from + " cannot be copied to " + to));
 }
 
-// The centre of a widget in the window.
-QPoint Position(const QString& widget)
-{
-    QFile file(UI_POSITIONS);
-    if (file.open(QIODevice::ReadOnly)) {
-        for (const QString& line : QString::fromUtf8(file.readAll()).split('\n')) {
-            const QStringList words = line.split(' ', Qt::SkipEmptyParts);
-            if (words.value(0) == widget) {
-                return {words.value(1).toInt(), words.value(2).toInt()};
-            }
-        }
-    }
-    QTest::qFail(qPrintable("no position of " + widget), __FILE__, __LINE__);
-    return {};
-}
-
 } // namespace
 
 Recorder::Recorder(Desktop& desktop)
@@ -170,56 +154,6 @@ bool Recorder::WaitShown() const
 bool Recorder::WaitHidden() const
 {
     return WaitUntil([this] { return !IsShown(); });
-}
-
-void Recorder::ClickInWindow(QPoint place, int times)
-{
-    QVERIFY2(WaitShown(), "the window is not shown, for a click in it");
-    m_desktop.Click(m_desktop.Shown(kTitle)->place.topLeft() + place, 1, times);
-}
-
-void Recorder::Click(const QString& widget, int times)
-{
-    ClickInWindow(Position(widget), times);
-}
-
-void Recorder::ClickBetween(const QString& from, const QString& to, double share)
-{
-    const QPoint start = Position(from);
-    ClickInWindow(start + (Position(to) - start) * share);
-}
-
-void Recorder::ClickRow(const QString& firstRow, int row)
-{
-    constexpr int rowHeight = 30;
-    ClickInWindow(Position(firstRow) + QPoint(0, row * rowHeight));
-}
-
-bool Recorder::ChooseFolder(const QString& folder)
-{
-    const auto chooser = [this]() -> std::optional<DesktopWindow> {
-        for (const DesktopWindow& window : m_desktop.Windows()) {
-            if (window.visible && window.managed && window.program == "lumenfold-recorder" &&
-                window.title.contains("Directory")) {
-                return window;
-            }
-        }
-        return std::nullopt;
-    };
-    if (!WaitUntil([&] { return chooser().has_value(); })) {
-        return false;
-    }
-    m_desktop.Type(folder);
-    m_desktop.Press({"Return"});
-    return WaitUntil([&] { return !chooser(); });
-}
-
-void Recorder::ChooseAudio(int entry)
-{
-    Click("record.audio");
-    QVERIFY2(WaitUntil([this] { return Menu().has_value(); }), "the audio choices do not open");
-    m_desktop.Press(QStringList{"Home"} + QStringList(entry, "Down") + QStringList{"Return"});
-    QVERIFY2(WaitUntil([this] { return !Menu(); }), "the audio choices do not close");
 }
 
 bool Recorder::StartRecording()

@@ -17,14 +17,17 @@ lumenfold_test(tool_av_command_test unit SOURCES tool_av_command_test.cpp LIBRAR
 if(NOT APPLE)
   foreach(topic
           cast_picture
+          cursor
           frame_fitter
           part_file
           picture_clock
           picture_pipe
           process
           restore_token
+          sound_drift
           sound_track
-          supervisor)
+          supervisor
+          supervisor_end)
     lumenfold_test(tool_${topic}_test unit SOURCES tool_${topic}_test.cpp LIBRARIES lumenfold_tool_core)
   endforeach()
   lumenfold_test(

@@ -3,12 +3,7 @@
 #include "tests/window/fake_tool.h"
 #include "tests/window/modal_boxes.h"
 
-#include <QAction>
-#include <QDialog>
-#include <QMenu>
 #include <QProcess>
-#include <QSystemTrayIcon>
-#include <QTimer>
 
 // A recording that fails is told at once and once, and nothing else changes.
 class FailureNoticeTest : public WindowTest
@@ -238,72 +233,6 @@ private Q_SLOTS:
         }
         WriteFile(BesideProgram("may_finish"), QByteArray());
         QTRY_COMPARE(ToldFailure(), "The recording's file is missing or empty: " + file);
-    }
-
-    void theWindowAndTheTrayGoOnBesideTheBox()
-    {
-        EnterRecordPage();
-        Press("Record");
-        QTRY_COMPARE(Recordings().size(), 1);
-        Child<QProcess>("m_pRecProcess")->kill();
-        QTRY_VERIFY(FailureBox() != nullptr);
-        QVERIFY2(QApplication::activeModalWidget() == nullptr, "the box blocks other windows");
-        Child<QSystemTrayIcon>("m_pTrayIcon")->contextMenu()->actions().at(1)->trigger();
-        QVERIFY(!DRUI::m_bIsStart && Window().isVisible());
-        QVERIFY(FailureBox() != nullptr); // it may not have been read yet
-
-        Press("Start");
-        QCOMPARE(ToldFailure(), QString()); // it was about the recording before
-        QTRY_COMPARE(Recordings().size(), 2);
-        Call("btnSlotRecord");
-        QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
-        QCOMPARE(ToldFailure(), QString());
-    }
-
-    void theBoxTakesInputWhileAnotherDialogIsOpen()
-    {
-        EnterRecordPage();
-        QFile::remove(BesideProgram("tool"));
-        QDialog other;
-        other.setModal(true);
-        other.show();
-        Call("btnSlotRecord");
-        QVERIFY(FailureBox() != nullptr);
-        QCOMPARE(QApplication::activeModalWidget(), FailureBox());
-    }
-
-    void aHostileReasonIsPlainTextAndFits()
-    {
-        const QByteArray hostile = "<b>" + QByteArray(500, 'W') + "</b> <img src=x> error\x1b[0m";
-        InstallTool("#!/bin/bash\necho 'tool: " + hostile + "' >&2; exit 1\n");
-        EnterRecordPage();
-        Press("Record");
-        QTRY_VERIFY(FailureBox() != nullptr);
-        auto* label = FailureBox()->findChild<QLabel*>("m_pMessageLabel");
-        QCOMPARE(label->textFormat(), Qt::PlainText);
-        QVERIFY2(label->text().contains("<b>W"), qPrintable(label->text()));
-        QCOMPARE(label->text().remove('\n').remove(' '), ToldFailure().remove(' '));
-        const QSize needed = label->fontMetrics().size(0, label->text());
-        QVERIFY2(needed.width() <= label->width() && needed.height() <= label->height(),
-                 qPrintable(QString("%1 by %2 in %3 by %4")
-                                .arg(needed.width())
-                                .arg(needed.height())
-                                .arg(label->width())
-                                .arg(label->height())));
-        QVERIFY2(FailureBox()->rect().contains(
-                     QRect(label->mapTo(FailureBox(), QPoint()), label->size())),
-                 "the text sticks out of the box");
-        QVERIFY(FailureBox()->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
-    }
-
-    void theBoxIsOnTheScreenWhereverTheWindowWas()
-    {
-        EnterRecordPage();
-        QFile::remove(BesideProgram("tool"));
-        Window().move(5000, 5000);
-        Press("Record");
-        QVERIFY(FailureBox() != nullptr);
-        QVERIFY(Window().screen()->availableGeometry().contains(FailureBox()->geometry()));
     }
 
 private:

@@ -164,6 +164,7 @@ protected:
         Press("Add");
     }
 
+    // Adds new videos of these names to the merge list. Forgets the calls until then.
     void MakeList(const QStringList& names)
     {
         for (const QString& name : names) {
@@ -173,6 +174,7 @@ protected:
         for (int row = 0; row < names.size(); ++row) {
             Add(row);
         }
+        Calls();
     }
 
     bool Enabled(const QString& text)
@@ -194,6 +196,7 @@ protected:
 
     QString Target() { return m_target->path(); }
     QStringList Results() { return QDir(Target()).entryList(QDir::Files, QDir::Name); }
+    QString FirstResult() { return Target() + '/' + Results().value(0); }
     ModalBoxes& Boxes() { return *m_boxes; }
 
 private:

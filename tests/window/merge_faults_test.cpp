@@ -12,7 +12,6 @@ private Q_SLOTS:
     {
         PrepareVideos();
         MakeList({"a.mp4", "b.mp4"});
-        Calls();
         Hear("m_pChangeTSProcess");
         Hear("m_pMergeProcess");
     }

@@ -2,7 +2,6 @@
 #include "tests/window/modal_boxes.h"
 
 #include <QAction>
-#include <QComboBox>
 #include <QMenu>
 #include <QMessageBox>
 #include <QProcess>
@@ -277,56 +276,6 @@ private Q_SLOTS:
         Call("btnSlotRecord");
         CloseWindow();
         QCOMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
-    }
-
-    void theDirectoryAndTheSoundAreReadAtEachStart()
-    {
-        EnterRecordPage();
-        Press("Record");
-        QTRY_COMPARE(Recordings().size(), 1);
-        Call("btnSlotRecord");
-        QTRY_COMPARE(RecProcess()->state(), QProcess::NotRunning);
-        const QTemporaryDir other;
-        Child<QLineEdit>("m_pSaveDirEdit")->setText(other.path());
-        DRUI::m_pAudioComBox->setCurrentText("Microphone");
-        Press("Start");
-        QTRY_COMPARE(QDir(other.path()).entryList({"*.mp4"}, QDir::Files).size(), 1);
-        QCOMPARE(ToolArguments().value(5), QString("1:0"));
-        QCOMPARE(ToolArguments().value(6), QString("-ar"));
-        QCOMPARE(Recordings().size(), 1);
-        Call("btnSlotRecord");
-        QTRY_COMPARE(RecProcess()->state(), QProcess::NotRunning);
-    }
-
-    void withoutAListedScreenTheFirstDeviceIsRecorded()
-    {
-        WriteFile(BesideProgram("listing"), "[x] AVFoundation audio devices:\n"
-                                            "[x] [4] Loopback\n");
-        EnterRecordPage();
-        Press("Record");
-        QTRY_COMPARE(Recordings().size(), 1);
-        QCOMPARE(ToolArguments().value(5), QString("0:4"));
-    }
-
-    void aSecondListingForgetsTheSoundsOfTheFirst()
-    {
-        OpenWindow();
-        QCOMPARE(DRUI::m_pAudioComBox->count(), 4);
-        WriteFile(BesideProgram("listing"), "nothing\n");
-        Call("btnMaxSlot"); // lists devices again
-        QCOMPARE(DRUI::m_pAudioComBox->count(), 1);
-        QCOMPARE(DRUI::m_pAudioComBox->currentText(), QString("None"));
-    }
-
-    void theDataOfASoundIsASignedIndexAndThatOfNoneIsNot()
-    {
-        OpenWindow();
-        QList<int> types;
-        for (int i = 0; i < DRUI::m_pAudioComBox->count(); ++i) {
-            types << DRUI::m_pAudioComBox->itemData(i).typeId();
-        }
-        QCOMPARE(types,
-                 QList<int>({QMetaType::Int, QMetaType::Int, QMetaType::Int, QMetaType::UInt}));
     }
 
 private:

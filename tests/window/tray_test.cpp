@@ -1,10 +1,8 @@
 #include "tests/window/fake_tool.h"
-#include "ui/tray_stand_in.h"
 
 #include <QAction>
 #include <QMenu>
 #include <QProcess>
-#include <QSignalSpy>
 #include <QTimer>
 
 class TrayTest : public WindowTest
@@ -198,50 +196,6 @@ private Q_SLOTS:
         QVERIFY(Window().isVisible());
     }
 
-    void aStandInForTheIconAppearsWhereThereIsNoTray()
-    {
-        EnterRecordPage();
-        Call("btnSlotRecord");
-        TrayStandIn* standIn = StandIn();
-        QVERIFY2(standIn != nullptr, "no stand-in");
-        QCOMPARE(standIn->windowTitle(), QString("Recording"));
-        QVERIFY(standIn->isMinimized());
-        auto* elapsed = standIn->findChild<QLabel*>("m_pElapsed");
-        QTRY_COMPARE(elapsed->text(), QString("00:00:01"));
-
-        standIn->showNormal(); // like activating it in the task list
-        QCoreApplication::processEvents();
-        QVERIFY2(!Window().isVisible(), "the main window covers the stand-in");
-        QVERIFY2(standIn->isVisible() && !standIn->isMinimized(), "it does not show itself");
-        QVERIFY(DRUI::m_bIsStart);
-
-        Click("Show window");
-        QVERIFY2(Window().isVisible(), "its button does not bring the window back");
-        QVERIFY2(standIn->isMinimized(), "it stays before the window");
-
-        Window().hide();
-        standIn->close();
-        QTRY_VERIFY2(Window().isVisible(), "closing the stand-in did not bring the window back");
-        QTRY_VERIFY2(StandIn() != nullptr, "the handle on the recording is gone");
-
-        Call("btnSlotRecord");
-        QCOMPARE(StandIn(), nullptr);
-    }
-
-    void theStandInsStopStopsLikeTheTrays()
-    {
-        EnterRecordPage();
-        Call("btnSlotRecord");
-        QVERIFY2(StandIn() != nullptr, "no stand-in");
-        DRUI::m_nRecorderRet = -101; // the tray's Stop shows no message for it
-        Click("Stop");
-        QVERIFY(!DRUI::m_bIsStart);
-        QVERIFY(Window().isVisible());
-        QCOMPARE(StandIn(), nullptr);
-        QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
-        QCOMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
-    }
-
 public:
     bool eventFilter(QObject* /*watched*/, QEvent* event) override
     {
@@ -304,29 +258,6 @@ private:
         for (int tick = 0; tick < 32 && Name(Icons().first()->icon()) != "rec2"; ++tick) {
             Call("doTimerRec");
         }
-    }
-
-    // The stand-in, if it is in the task list.
-    static TrayStandIn* StandIn()
-    {
-        for (QWidget* widget : QApplication::topLevelWidgets()) {
-            auto* standIn = qobject_cast<TrayStandIn*>(widget);
-            if (standIn != nullptr && standIn->isVisible()) {
-                return standIn;
-            }
-        }
-        return nullptr;
-    }
-
-    static void Click(const QString& text)
-    {
-        for (auto* button : StandIn()->findChildren<QPushButton*>()) {
-            if (button->text() == text) {
-                QTest::mouseClick(button, Qt::LeftButton);
-                return;
-            }
-        }
-        QFAIL(qPrintable("the stand-in has no button " + text));
     }
 
     QList<QEvent::Type> m_seen; // events of the watched window
