@@ -3,6 +3,7 @@
 #include "util/disk.h"
 
 #include <QByteArray>
+#include <QFileInfo>
 
 quint64 FreeBytes(const QString& directory)
 {
@@ -11,4 +12,10 @@ quint64 FreeBytes(const QString& directory)
     unsigned int low = 0;
     rsb_getFreeSpace(path.data(), static_cast<int>(path.size()), &high, &low);
     return (static_cast<quint64>(high) << 32U) | low;
+}
+
+qint64 FileBytes(const QString& path)
+{
+    const QFileInfo file(path);
+    return file.exists() ? file.size() : 0;
 }

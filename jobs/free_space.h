@@ -16,3 +16,6 @@ constexpr bool IsTooLittleSpace(quint64 freeBytes)
 /// relative or the volume cannot be queried. The path is converted to Latin-1, so everything below
 /// the first name with other characters counts as missing.
 quint64 FreeBytes(const QString& directory);
+
+/// The file's size in bytes, 0 if there is none.
+qint64 FileBytes(const QString& path);

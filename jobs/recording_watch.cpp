@@ -3,8 +3,6 @@
 #include "jobs/recording_status.h"
 #include "jobs/tool_reason.h"
 
-#include <QFileInfo>
-
 namespace {
 
 constexpr int kCheckMs = 1000;
@@ -78,14 +76,10 @@ void RecordingWatch::AddOutput(const QString& text)
     m_strOutput = (m_strOutput + text).right(kKeptOutput);
 }
 
-qint64 RecordingWatch::FileSize() const
-{
-    return QFileInfo(m_strFile).size(); // 0 for none
-}
-
+// A file whose folder does not answer does not grow.
 void RecordingWatch::CheckGrowth()
 {
-    const qint64 size = FileSize();
+    const qint64 size = m_size.Ask(m_strFile).value_or(0);
     m_nStillChecks = size == m_n64Size ? m_nStillChecks + 1 : 0;
     m_n64Size = size;
     if (m_nStillChecks == kStillChecks && !m_bHasReported) {
@@ -102,7 +96,7 @@ void RecordingWatch::End(int exitCode, QProcess::ExitStatus status)
     }
     const bool killed = status == QProcess::CrashExit || IsSignalled(exitCode);
     const QString said = ReasonIn(m_strOutput, killed);
-    const qint64 size = FileSize();
+    const qint64 size = SlowQuestion<qint64>(FileBytes).Ask(m_strFile).value_or(m_n64Size);
     if (stage == Stage::Stopping) {
         if (size == 0 && !m_bHasReported) {
             Report(NoFileText(m_strFile, said));

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "jobs/free_space.h"
+#include "jobs/slow_question.h"
+
 #include <QProcess>
 #include <QString>
 #include <QTimer>
@@ -43,12 +46,12 @@ private Q_SLOTS:
 private:
     enum class Stage { None, Recording, Stopping };
 
-    qint64 FileSize() const;
     void Report(const QString& message);
 
     Stage m_stage = Stage::None;
     QString m_strFile;
-    QString m_strOutput;         // its end
+    QString m_strOutput; // its end
+    SlowQuestion<qint64> m_size{FileBytes};
     qint64 m_n64Size = 0;        // of the file when it was last looked at
     int m_nStillChecks = 0;      // since it last grew
     bool m_bHasReported = false; // a failure of this recording

@@ -1,7 +1,10 @@
 #pragma once
 
 #include "jobs/file_records.h"
+#include "jobs/free_space.h"
 #include "jobs/job_thread.h"
+#include "jobs/record_file.h"
+#include "jobs/slow_question.h"
 #include "ui_drui.h"
 
 #include <QHash>
@@ -23,6 +26,7 @@ class QEventLoop;
 class QLineEdit;
 class FailureNotice;
 class FocusRing;
+class FreeSpaceLabel;
 class InputBlock;
 class QPushButton;
 class QSlider;
@@ -174,7 +178,7 @@ private:
     void ShowFreeSpace();
     QWidget* m_pLayout2Widget = nullptr;
     QLineEdit* m_pSaveDirEdit = nullptr;
-    QLabel* m_pFreeSpaceLabel = nullptr;
+    FreeSpaceLabel* m_pFreeSpaceLabel = nullptr;
     QPushButton* m_pRecordBtn = nullptr;
     QString m_strIniPath;
 
@@ -196,6 +200,9 @@ private:
     int m_nBlinkCount = 0;
     [[maybe_unused]] qint64 m_n64RecSpare = 0; // set with the blink counter, otherwise unused
     QString m_strRecFile;
+    SlowQuestion<quint64> m_freeBytes{FreeBytes}; // for the recording
+    SlowQuestion<qint64> m_fileBytes{FileBytes};  // recorded
+    SlowQuestion<bool> m_fileGiven{GiveRecording};
     bool m_bQuitSent = false; // the running tool has been asked to quit
     RecordingWatch* m_pRecordingWatch = nullptr;
     std::unique_ptr<FailureNotice> m_pFailureNotice;

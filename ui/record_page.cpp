@@ -1,11 +1,9 @@
 #include "jobs/device_listing.h"
-#include "jobs/free_space.h"
 #include "jobs/settings.h"
-#include "jobs/text_codec.h"
 #include "ui/drui.h"
+#include "ui/free_space_label.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
-#include "util/format.h"
 
 #include <QComboBox>
 #include <QFileDialog>
@@ -54,7 +52,9 @@ QWidget* DRUI::CreateRecordPanel()
     AddSaveDirectory(panel);
     directory->setBuddy(m_pSaveDirEdit);
     CreateText(panel, {50, 170, 200, 25}, "Free space: ", font);
-    m_pFreeSpaceLabel = CreateText(panel, {220, 170, 100, 25}, "Unknow", font);
+    m_pFreeSpaceLabel = new FreeSpaceLabel("Unknow", panel);
+    m_pFreeSpaceLabel->setGeometry(220, 170, 100, 25);
+    m_pFreeSpaceLabel->setFont(font);
     m_pFreeSpaceLabel->setObjectName("m_pFreeSpaceLabel");
     ShowFreeSpace();
     CreateText(panel, {50, 220, 500, 50},
@@ -121,8 +121,7 @@ void DRUI::ShowFreeSpace()
 {
     const QString directory = m_pSaveDirEdit->text();
     if (!directory.isEmpty()) {
-        const auto bytes = static_cast<qint64>(FreeBytes(directory));
-        m_pFreeSpaceLabel->setText(FromEightBit(GetFileSizeString(bytes)));
+        m_pFreeSpaceLabel->ShowSpaceOf(directory);
     }
 }
 

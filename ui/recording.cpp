@@ -1,7 +1,7 @@
 #include "jobs/device_listing.h"
-#include "jobs/free_space.h"
 #include "jobs/job_report.h"
 #include "jobs/record_command.h"
+#include "jobs/record_file.h"
 #include "jobs/recording_status.h"
 #include "jobs/recording_watch.h"
 #include "jobs/tool_runner.h"
@@ -13,8 +13,6 @@
 
 #include <QAction>
 #include <QComboBox>
-#include <QDir>
-#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -112,11 +110,9 @@ int DRUI::StartQProcessRecord()
 {
     m_nRecStartTick = TickNow();
     const int audio = m_pAudioComBox->currentData().toInt(); // "None" is -2
-    const QString directory = m_pSaveDirEdit->text();
-    if (QDir().mkdir(directory + '/')) {
-        GiveToFolderOwner(QFile::encodeName(directory).constData());
-    }
-    m_strRecFile = FreePath(RecordPath(directory, QDateTime::currentDateTime()));
+    const std::optional<QString> path =
+        NewRecordPath(m_pSaveDirEdit->text(), QDateTime::currentDateTime());
+    m_strRecFile = path.value_or(QString());
 
     // A tool that is still running refuses the start. If it is finishing its file, this recording
     // never starts. If it goes on (after a pause), it is this recording.
@@ -128,7 +124,7 @@ int DRUI::StartQProcessRecord()
     }
     if (m_strRecFile.isEmpty()) { // an empty argument would be dropped from the command line
         if (!goesOn) {
-            m_pRecordingWatch->ReportNoStart(kNoFreeName);
+            m_pRecordingWatch->ReportNoStart(path ? kNoFreeName : kDirectoryDoesNotAnswer);
         }
         return 0;
     }
@@ -154,12 +150,12 @@ void DRUI::doTimerRec()
     const quint32 elapsed = ElapsedMs(m_nRecStartTick, TickNow());
     m_pTrayStandIn->ShowElapsed(elapsed);
     m_pTrayStandIn->FollowTray();
-    const QFileInfo file(m_strRecFile);
-    m_pStereoMix->setText(RecordingStatus(elapsed, file.exists() ? file.size() : 0));
+    m_pStereoMix->setText(RecordingStatus(elapsed, m_fileBytes.Ask(m_strRecFile).value_or(0)));
     // Its geometry is for 72 dpi. With larger fonts it grows downwards.
     m_pStereoMix->resize(m_pStereoMix->width(),
                          qMax(m_pStereoMix->height(), m_pStereoMix->sizeHint().height()));
-    if (IsTooLittleSpace(FreeBytes(m_pSaveDirEdit->text()))) {
+    const std::optional<quint64> free = m_freeBytes.Ask(m_pSaveDirEdit->text());
+    if (free && IsTooLittleSpace(*free)) {
         m_nRecorderRet = kStoppedForSpace;
         btnSlotRecord();
     }
@@ -170,7 +166,9 @@ void DRUI::doTimerRec()
 void DRUI::ReadRecordInfo()
 {
     m_pRecordingWatch->AddOutput(ReadToolText(*m_pRecProcess));
-    GiveToFolderOwner(QFile::encodeName(m_strRecFile).constData()); // it exists by now
+    if (MustGiveFiles()) { // it exists by now
+        m_fileGiven.Ask(m_strRecFile);
+    }
     if (!m_bIsStart) {
         AskToolToQuit(*m_pRecProcess);
         m_bQuitSent = true;

@@ -33,7 +33,7 @@ private:
 // it at any time, but must not make root change a file elsewhere.
 void GiveToFolderOwner(const char* path)
 {
-    if (geteuid() != 0) {
+    if (!MustGiveFiles()) {
         return;
     }
     std::string whole = path;
@@ -55,4 +55,9 @@ void GiveToFolderOwner(const char* path)
         // Has no effect on a file system without owners.
         [[maybe_unused]] const int result = fchown(file.Number(), owner.st_uid, owner.st_gid);
     }
+}
+
+bool MustGiveFiles()
+{
+    return geteuid() == 0;
 }

@@ -4,3 +4,6 @@
 /// parent folder, so that what is created in a user's folder belongs to the user. Does not change
 /// symbolic links or files with several links. Does nothing for other users.
 void GiveToFolderOwner(const char* path);
+
+/// Whether it does anything: the program runs as root.
+bool MustGiveFiles();
