@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QDebug>
 #include <QFontMetrics>
+#include <QKeyEvent>
 #include <QScreen>
 #include <QSystemTrayIcon>
 #include <QTextLayout>
@@ -98,16 +99,21 @@ void FailureNotice::ShowBox(const QString& message)
     m_pBox->show();
     m_pBox->raise();
     m_sinceKey.start();
+    m_bDropsKey = true;
     m_pBox->windowHandle()->installEventFilter(this);
 }
 
 bool FailureNotice::eventFilter(QObject* watched, QEvent* event)
 {
-    const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
-    if (isKey && m_sinceKey.restart() < kTypingPauseMs) {
-        return true;
+    const bool isPress = event->type() == QEvent::KeyPress;
+    if (!isPress && event->type() != QEvent::KeyRelease) {
+        return QObject::eventFilter(watched, event);
     }
-    return QObject::eventFilter(watched, event);
+    const bool isTyping = m_sinceKey.restart() < kTypingPauseMs;
+    if (isPress && !static_cast<QKeyEvent*>(event)->isAutoRepeat()) {
+        m_bDropsKey = isTyping;
+    }
+    return m_bDropsKey; // a release goes the way of its press
 }
 
 // Some desktops take the text for markup. It contains file names and the tool's output.

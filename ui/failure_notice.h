@@ -35,4 +35,5 @@ private:
     QWidget& m_window;
     std::unique_ptr<CMessageBox> m_pBox;
     QElapsedTimer m_sinceKey; // or since the box appeared
+    bool m_bDropsKey = true;  // the one that was pressed last
 };
