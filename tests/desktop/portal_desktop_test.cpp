@@ -130,6 +130,19 @@ private slots:
         m_session.Release();
     }
 
+    // A screen that is still brings none. A token is stored when the person has answered.
+    void recordingEndsBeforeTheFirstPicture()
+    {
+        m_session.Answer("echo HEADLESS-2");
+        Take take(m_session.Path("1.mp4"), "0");
+        QTRY_COMPARE_WITH_TIMEOUT(FileNames(m_session.Tokens()).size(), 1, 20000);
+        take.Type("q");
+        QVERIFY2(take.WaitForEnd(), "it goes on");
+        QVERIFY2(take.Text().endsWith("tool: The recording was ended before it had begun.\n"),
+                 take.Text());
+        QVERIFY2(!QFile::exists(take.Path()), "a file is left");
+    }
+
     // The desktop would go on showing that the screen is shared.
     void killedToolLeavesNoProcess()
     {

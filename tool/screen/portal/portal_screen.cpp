@@ -15,6 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
+constexpr auto endedEarly = "The recording was ended before it had begun";
 constexpr auto formatPatience = 10s; // measured: 40 to 130 ms
 constexpr auto picturePatience = 1s; // from then on; a still screen may bring none
 
@@ -130,14 +131,17 @@ OpenedScreen OpenPortalScreen(const Rectangle& area, const WaitForScreen& wait)
         return {nullptr, area, "No screen can be recorded: no process can be started"};
     }
     if (!AwaitReport(*session, wait)) {
-        return {nullptr, area, "The recording was ended before it had begun"};
+        return {nullptr, area, endedEarly};
     }
     PortalReport report = session->Read();
     if (!report.pipewire.IsOpen()) {
         return {nullptr, area, report.reason};
     }
     auto stream = CastStream::Open(std::move(report.pipewire), report.node);
-    if (!stream || !AwaitPicture(*stream, wait) || stream->IsLost() || !stream->Format()) {
+    if (stream && !AwaitPicture(*stream, wait)) {
+        return {nullptr, area, endedEarly};
+    }
+    if (!stream || stream->IsLost() || !stream->Format()) {
         return {nullptr, area, "No screen can be recorded: the desktop sends no pictures"};
     }
     const Rectangle size = FrameSize(*stream, area);
