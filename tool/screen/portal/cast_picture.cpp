@@ -1,5 +1,6 @@
 #include "tool/screen/portal/cast_picture.h"
 
+#include <cstring>
 #include <spa/buffer/meta.h>
 #include <sys/stat.h>
 
@@ -9,19 +10,26 @@ namespace {
 constexpr int pixelBytes = 4;
 constexpr uint32_t mostTransforms = 8;
 
-// Metadata of this type, or null if there is none of sufficient size.
+// A copy of the metadata of this type, or nothing if there is none of sufficient size. It is in
+// shared memory too: what was checked could be another value when it is used.
 template <typename Meta>
-const Meta* Find(const spa_buffer& buffer, spa_meta_type type)
+std::optional<Meta> Find(const spa_buffer& buffer, spa_meta_type type)
 {
-    return static_cast<const Meta*>(spa_buffer_find_meta_data(&buffer, type, sizeof(Meta)));
+    const void* found = spa_buffer_find_meta_data(&buffer, type, sizeof(Meta));
+    Meta meta;
+    if (found == nullptr) {
+        return std::nullopt;
+    }
+    std::memcpy(&meta, found, sizeof meta);
+    return meta;
 }
 
 bool IsDamaged(const spa_buffer& buffer, const spa_chunk& chunk)
 {
-    const auto* header = Find<spa_meta_header>(buffer, SPA_META_Header);
+    const auto header = Find<spa_meta_header>(buffer, SPA_META_Header);
     const auto chunkFlags = static_cast<uint32_t>(chunk.flags);
     return (chunkFlags & (SPA_CHUNK_FLAG_CORRUPTED | SPA_CHUNK_FLAG_EMPTY)) != 0 ||
-           (header != nullptr && (header->flags & SPA_META_HEADER_FLAG_CORRUPTED) != 0);
+           (header && (header->flags & SPA_META_HEADER_FLAG_CORRUPTED) != 0);
 }
 
 // A file that is shorter than it was said to be would end this program when it is read.
@@ -35,9 +43,9 @@ bool IsWhole(const spa_data& data)
 // The part of the picture that is to be shown: all of it, if what is said makes no sense.
 Rectangle Shown(const spa_buffer& buffer, const CastFormat& format)
 {
-    const auto* crop = Find<spa_meta_region>(buffer, SPA_META_VideoCrop);
-    if (crop != nullptr) {
-        const auto [place, size] = crop->region;
+    const auto crop = Find<spa_meta_region>(buffer, SPA_META_VideoCrop);
+    if (crop) {
+        const auto& [place, size] = crop->region;
         if (place.x >= 0 && place.y >= 0 && size.width > 0 && size.height > 0 &&
             int64_t{place.x} + size.width <= format.width &&
             int64_t{place.y} + size.height <= format.height) {
@@ -65,7 +73,7 @@ std::optional<SourcePicture> PictureIn(const spa_buffer& buffer, const CastForma
         return std::nullopt;
     }
     const Rectangle shown = Shown(buffer, format);
-    const auto* turned = Find<spa_meta_videotransform>(buffer, SPA_META_VideoTransform);
+    const auto turned = Find<spa_meta_videotransform>(buffer, SPA_META_VideoTransform);
     SourcePicture picture;
     picture.first = static_cast<const uint8_t*>(data.data) + chunk.offset +
                     static_cast<ptrdiff_t>(shown.y) * stride +
@@ -74,9 +82,8 @@ std::optional<SourcePicture> PictureIn(const spa_buffer& buffer, const CastForma
     picture.width = shown.width;
     picture.height = shown.height;
     picture.order = format.order;
-    picture.transform = turned != nullptr && turned->transform < mostTransforms
-                            ? static_cast<int>(turned->transform)
-                            : 0;
+    picture.transform =
+        turned && turned->transform < mostTransforms ? static_cast<int>(turned->transform) : 0;
     return picture;
 }
 
