@@ -86,9 +86,12 @@ bool FedCapture::PreparePictures(const Rectangle& area)
     OpeningWatch watch(STDIN_FILENO);
     OpenedScreen opened = OpenScreen(
         area, [&](pollfd& descriptor, SteadyTime until) { return watch.Wait(descriptor, until); });
-    auto pipe = MakePipe();
-    if (!opened.screen || !pipe) {
+    if (!opened.screen) {
         return Tell(opened.reason);
+    }
+    auto pipe = MakePipe();
+    if (!pipe) {
+        return Tell(std::string("no pictures can be passed on: ") + std::strerror(errno));
     }
     m_plan.area = opened.area;
     auto feeder = std::make_unique<ScreenFeeder>(std::move(opened.screen), m_plan.area, *rate,
