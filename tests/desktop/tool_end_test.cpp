@@ -70,6 +70,7 @@ private slots:
     void otherSignalsDoNoHarm();
     void endOfTheKeyboardEndsTheRecording();
     void killedProcessLeavesAMovie();
+    void endOfAScriptInPlaceOfFfmpegLeavesAMovie();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     struct Case
@@ -81,7 +82,7 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is not
         pid_t tool = 0;
         pid_t ffmpeg = 0;
     };
-    void RunAll(std::vector<Case>& cases, const QString& name);
+    void RunAll(std::vector<Case>& cases, const QString& name, const QStringList& environment = {});
     static void ExpectWhole(const Case& one);
 
     QTemporaryDir m_folder;
@@ -96,11 +97,12 @@ void ToolEndTest::initTestCase()
 }
 
 // Starts them all, performs the action on each, and waits until nothing is left of them.
-void ToolEndTest::RunAll(std::vector<Case>& cases, const QString& name)
+void ToolEndTest::RunAll(std::vector<Case>& cases, const QString& name,
+                         const QStringList& environment)
 {
     for (size_t i = 0; i < cases.size(); ++i) {
-        cases[i].take =
-            std::make_unique<Take>(m_folder.filePath(QString("%1 %2.mp4").arg(name).arg(i)), "0:1");
+        const QString path = m_folder.filePath(QString("%1 %2.mp4").arg(name).arg(i));
+        cases[i].take = std::make_unique<Take>(path, "0:1", environment);
     }
     for (Case& one : cases) {
         QTRY_VERIFY2_WITH_TIMEOUT(one.take->Taken() >= kBefore, one.take->Text(), 60000);
@@ -143,9 +145,10 @@ void ToolEndTest::recordingIsTwoProcesses()
         const QByteArrayList files = TemporaryFiles(process, take.Path());
         QVERIFY2(files.isEmpty(), files.join(", "));
     }
-    // Keys and messages, and both inputs, inherited and opened again.
+    // Keys and messages, both inputs, inherited and opened again, and what tells the end of all
+    // processes that may write.
     const Outcome open = RunProgram("/bin/ls", {"-l", QString("/proc/%1/fd").arg(take.Ffmpeg())});
-    QVERIFY2(open.output.count("pipe:") == 2 + 2 * 2, open.output);
+    QVERIFY2(open.output.count("pipe:") == 2 + 2 * 2 + 1, open.output);
     QVERIFY2(!open.output.contains("socket:"), open.output);
     take.Type("q\r\n");
     QVERIFY2(take.WaitForEnd() && take.ExitCode() == 0, take.Text());
@@ -247,6 +250,23 @@ void ToolEndTest::killedProcessLeavesAMovie()
     }
     QVERIFY2(IsOrdinary(cases[0].take->Path()), "it is still fragmented");
     ExpectWhole(cases[2]);
+}
+
+// What the script has started goes on for a moment: `tool` must not settle the file before its end.
+void ToolEndTest::endOfAScriptInPlaceOfFfmpegLeavesAMovie()
+{
+    const QString script = m_folder.filePath("ffmpeg");
+    QVERIFY(WriteProgram(script, "#!/bin/sh\nffmpeg \"$@\"\nexit $?\n"));
+    std::vector<Case> cases;
+    for (const int signal : {SIGTERM, SIGHUP, SIGKILL}) {
+        cases.push_back({strsignal(signal), [=](const Take& take) { take.EndFfmpeg(signal); }});
+    }
+    RunAll(cases, "script", {"LUMENFOLD_FFMPEG=" + script});
+    for (const Case& one : cases) {
+        if (!QTest::currentTestFailed()) {
+            ExpectWhole(one);
+        }
+    }
 }
 
 QTEST_GUILESS_MAIN(ToolEndTest)

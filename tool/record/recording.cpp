@@ -28,7 +28,12 @@
 namespace tool {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr std::chrono::milliseconds syncInterval{250}; // half the length of a fragment
+
+// How long a file that somebody may still write to has not to grow until it counts as complete.
+constexpr std::chrono::seconds writersPatience{5};
 
 // ffmpeg allocates the memory of each frame at an aligned address. glibc frees the few bytes before
 // and after it into a cache of the thread, where seven of each size stay and keep the frames beside
@@ -58,8 +63,10 @@ public:
 
 private:
     bool CreateFile();
-    std::optional<Process> Start(const std::string& ffmpeg, const Descriptor& keys) const;
+    std::optional<Process> Start(const std::string& ffmpeg, const Descriptor& keys,
+                                 const Descriptor& held) const;
     std::thread Sync(std::future<void> ended);
+    void WaitForWriters(const Descriptor& held) const;
     int CodeOf(int ffmpegCode, Ending ending) const;
 
     const Record& m_record;
@@ -82,7 +89,9 @@ bool Recording::CreateFile()
     return true;
 }
 
-std::optional<Process> Recording::Start(const std::string& ffmpeg, const Descriptor& keys) const
+// `held`: stays open in all processes that may write to the file.
+std::optional<Process> Recording::Start(const std::string& ffmpeg, const Descriptor& keys,
+                                        const Descriptor& held) const
 {
     CapturePlan plan{m_capture.Inputs(), FeaturesOf(ffmpeg)};
     if (m_file) {
@@ -92,6 +101,7 @@ std::optional<Process> Recording::Start(const std::string& ffmpeg, const Descrip
     program.variables = MemorySettings();
     program.input = keys.Number();
     program.inherited = plan.capture.descriptors;
+    program.inherited.push_back(held.Number());
     if (m_file) {
         program.inherited.push_back(m_file->Number());
     }
@@ -113,6 +123,22 @@ std::thread Recording::Sync(std::future<void> ended)
             m_file->Sync();
         }
     });
+}
+
+// ffmpeg may be a script that was killed. The program that it has started goes on, until it meets
+// the end of its inputs, and would write over the index. `held`: the other end of the pipe.
+void Recording::WaitForWriters(const Descriptor& held) const
+{
+    constexpr std::chrono::milliseconds look{100};
+    std::string nothing;
+    off_t size = m_file->Size();
+    SteadyTime end = Clock::now() + writersPatience;
+    while (!ReadAll(held, nothing, Clock::now() + look) && Clock::now() < end) {
+        if (m_file->Size() != size) {
+            size = m_file->Size();
+            end = Clock::now() + writersPatience;
+        }
+    }
 }
 
 // Returns the exit code of `tool`, after a message if there is no picture and it is known why.
@@ -138,7 +164,8 @@ int Recording::Run(const std::string& ffmpeg)
         return failed;
     }
     auto keys = MakePipe();
-    auto process = keys ? Start(ffmpeg, keys->read) : std::nullopt;
+    auto held = MakePipe();
+    auto process = keys && held ? Start(ffmpeg, keys->read, held->write) : std::nullopt;
     if (!process) {
         const int code = Complain(ffmpeg + " cannot be run: " + std::strerror(errno), noProgram);
         if (m_file) {
@@ -147,6 +174,7 @@ int Recording::Run(const std::string& ffmpeg)
         return code;
     }
     keys->read.Close(); // ffmpeg's alone now
+    held->write.Close();
     std::promise<void> ended;
     std::vector<std::thread> threads;
     {
@@ -167,6 +195,7 @@ int Recording::Run(const std::string& ffmpeg)
     m_capture.End();
     ended.set_value();
     if (m_file) {
+        WaitForWriters(held->read);
         code = CodeOf(code, supervisor.Reason());
         m_file->Finish();
     }
