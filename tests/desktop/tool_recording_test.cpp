@@ -132,15 +132,18 @@ void ToolRecordingTest::ffmpegIsToldToReuseTheMemoryOfFrames()
 void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording_data()
 {
     QTest::addColumn<bool>("dies");
+    QTest::addColumn<QList<int>>("harmless");
     QTest::addColumn<int>("code");
-    QTest::newRow("dies") << true << 1;
-    QTest::newRow("lives") << false << 42;
+    QTest::newRow("dies") << true << QList<int>() << 1;
+    QTest::newRow("lives") << false << QList<int>() << 42;
+    QTest::newRow("lives, harmless signals") << false << QList{SIGUSR1, SIGUSR2, SIGPIPE} << 42;
 }
 
 // `tool` connects to the screen through this test, which can stop it half way.
 void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording()
 {
     QFETCH(bool, dies);
+    QFETCH(QList<int>, harmless);
     QFETCH(int, code);
     QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0); // this test is notified when it ends
     QTcpServer server;
@@ -156,6 +159,9 @@ void ToolRecordingTest::recorderThatDiesBeforeTheStartLeavesNoRecording()
     QVERIFY(recorder.bytesAvailable() > 0 || recorder.waitForReadyRead());
     const pid_t tool = recorder.readLine().trimmed().toInt();
     QVERIFY(tool > 0);
+    for (const int number : harmless) {
+        QCOMPARE(kill(tool, number), 0);
+    }
     if (dies) {
         recorder.kill();
         QVERIFY(recorder.waitForFinished());

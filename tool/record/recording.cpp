@@ -157,8 +157,6 @@ int Recording::CodeOf(int ffmpegCode, Ending ending) const
 
 int Recording::Run(const std::string& ffmpeg)
 {
-    // In ffmpeg too. The first: it records on when nobody reads its messages any more.
-    IgnoreSignals({SIGPIPE, SIGUSR1, SIGUSR2, SIGQUIT, SIGTTIN, SIGXFSZ});
     Signals caught({SIGINT, SIGTERM, SIGHUP, SIGCHLD});
     if (!CreateFile()) {
         return failed;
@@ -210,6 +208,8 @@ int Recording::Run(const std::string& ffmpeg)
 int RunRecording(const std::string& ffmpeg, const Record& record, pid_t recorder,
                  decltype(OpenCapture) open)
 {
+    // In ffmpeg too. The first: it records on when nobody reads its messages any more.
+    IgnoreSignals({SIGPIPE, SIGUSR1, SIGUSR2, SIGQUIT, SIGTTIN, SIGXFSZ});
     RecordingTime time;
     const auto capture = open(ffmpeg, record, time);
     if (!capture || getppid() != recorder) {
