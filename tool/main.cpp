@@ -24,12 +24,20 @@
 
 namespace {
 
-// Runs it with the path of ffmpeg.
+// Runs it with the path of ffmpeg. `complaint`: what to begin with if there is none.
 template <typename Run>
-int WithFfmpeg(const Run& run)
+int WithFfmpeg(const Run& run, const std::string& complaint = {})
 {
     const std::string ffmpeg = tool::FindFfmpeg();
-    return ffmpeg.empty() ? tool::Complain(tool::NoFfmpegReason(), tool::noProgram) : run(ffmpeg);
+    return ffmpeg.empty() ? tool::Complain(complaint + tool::NoFfmpegReason(), tool::noProgram)
+                          : run(ffmpeg);
+}
+
+// The recorder takes these words for a failure; without them it would tell success.
+template <typename Run>
+int EditWithFfmpeg(const Run& run)
+{
+    return WithFfmpeg(run, "No such file can be made: ");
 }
 
 int PassOn(const tool::Arguments& arguments)
@@ -73,16 +81,17 @@ struct Dispatch
     }
     int operator()(const tool::Cut& cut) const
     {
-        return WithFfmpeg([&](const std::string& ffmpeg) { return tool::RunCut(ffmpeg, cut); });
+        return EditWithFfmpeg([&](const std::string& ffmpeg) { return tool::RunCut(ffmpeg, cut); });
     }
     int operator()(const tool::Convert& convert) const
     {
-        return WithFfmpeg(
+        return EditWithFfmpeg(
             [&](const std::string& ffmpeg) { return tool::RunConversion(ffmpeg, convert); });
     }
     int operator()(const tool::Join& join) const
     {
-        return WithFfmpeg([&](const std::string& ffmpeg) { return tool::RunJoin(ffmpeg, join); });
+        return EditWithFfmpeg(
+            [&](const std::string& ffmpeg) { return tool::RunJoin(ffmpeg, join); });
     }
     int operator()(const tool::PassOn& rest) const { return PassOn(rest.arguments); }
 };

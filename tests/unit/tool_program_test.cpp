@@ -17,6 +17,7 @@ private slots:
     void exitCodeAndInputAreFfmpegs();
     void withoutFfmpegOneLineAnd127();
     void chosenFfmpegThatIsMissingIsNamed();
+    void editWithoutFfmpegTellsItsFailure();
     void ffmpegInTheWorkingDirectoryIsNotRun_data();
     void ffmpegInTheWorkingDirectoryIsNotRun();
     static void listWithoutScreenAndSoundSaysWhy_data();
@@ -102,6 +103,20 @@ void ToolProgramTest::withoutFfmpegOneLineAnd127()
     QCOMPARE(Run({"-i", "a"}), 127);
     QCOMPARE(m_error.count('\n'), 1);
     QVERIFY2(m_error.contains("ffmpeg"), m_error);
+}
+
+// The recorder takes any other output for success.
+void ToolProgramTest::editWithoutFfmpegTellsItsFailure()
+{
+    m_environment.insert("LUMENFOLD_FFMPEG", "/no/such/program");
+    const QStringList conversion = {"-vcodec", "copy",  "-acodec",
+                                    "copy",    "-vbsf", "h264_mp4toannexb"};
+    const QStringList join = {"-acodec", "copy", "-vcodec", "copy", "-absf", "aac_adtstoasc"};
+    const QStringList cut = {"-ss", "0", "-t", "1", "-codec", "copy"};
+    for (const QStringList& words : {conversion, join, cut}) {
+        QCOMPARE(Run(QStringList{"-i", "concat:a|"} + words + QStringList{"out"}), 127);
+        QVERIFY2(m_error.contains("No such file") && m_error.contains("/no/such/program"), m_error);
+    }
 }
 
 void ToolProgramTest::chosenFfmpegThatIsMissingIsNamed()

@@ -55,8 +55,7 @@ bool AvCapture::Works(const std::string& device, const Arguments& amount) const
     Arguments arguments = {"-hide_banner", "-f", "avfoundation", "-i", device};
     Append(arguments, amount);
     Append(arguments, {"-f", "null", "-"});
-    return Ask(m_ffmpeg, arguments, {}, Stream::Error, trialPatience).find("time=") !=
-           std::string::npos;
+    return Ask(m_ffmpeg, arguments, {.patience = trialPatience}).find("time=") != std::string::npos;
 }
 
 // A trial of each device tells which one is refused.

@@ -37,7 +37,7 @@ FoundAvDevices FindAvDevices(const std::string& ffmpeg)
         ffmpeg.empty()
             ? std::string()
             : Ask(ffmpeg, {"-hide_banner", "-f", "avfoundation", "-list_devices", "true", "-i", ""},
-                  {}, Stream::Error, listPatience);
+                  {.patience = listPatience});
     FoundAvDevices found;
     found.devices = ParseDeviceText(text);
     found.firstScreen = FirstScreen(found.devices.video);

@@ -1,10 +1,10 @@
 #include "tool/edit/conversion.h"
 
 #include "tool/edit/copyable_part.h"
+#include "tool/edit/movie_question.h"
 #include "tool/edit/part_description.h"
 #include "tool/edit/part_note.h"
 #include "tool/edit/source_file.h"
-#include "tool/ffmpeg/ffmpeg_program.h"
 #include "tool/system/complaint.h"
 
 #include <cerrno>
@@ -21,11 +21,14 @@ bool IsMovie(const std::string& ffmpeg, const SourceFile& source, const std::str
     if (const auto part = ReadCopyablePart(source); part && !part->fragmented) {
         return true; // an ordinary movie, whose headers leave no doubt
     }
-    const std::string answer =
-        Ask(ffmpeg, {"-hide_banner", "-i", source.Url()}, {source.file.Number()});
-    const auto parts = ParseDescriptions(answer);
+    const auto answer = AskAboutMovies(ffmpeg, {source.Url()}, {source.file.Number()});
+    if (!answer) {
+        Complain("cancelled");
+        return false;
+    }
+    const auto parts = ParseDescriptions(*answer);
     if (parts.empty()) {
-        std::fwrite(answer.data(), 1, answer.size(), stderr);
+        std::fwrite(answer->data(), 1, answer->size(), stderr);
         Complain(name + ": Invalid data: ffmpeg cannot read it");
         return false;
     }

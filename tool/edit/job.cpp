@@ -3,6 +3,7 @@
 #include "tool/edit/job_worker.h"
 #include "tool/edit/room.h"
 #include "tool/system/complaint.h"
+#include "tool/system/keyboard.h"
 
 #include <algorithm>
 #include <array>
@@ -35,11 +36,9 @@ public:
     // Returns the worker's exit status as of waitpid(), or nothing if it takes too long.
     std::optional<int> Wait()
     {
-        const auto end = programStart + longestRun;
         int status = 0;
         while (waitpid(m_worker, &status, WNOHANG) == 0) {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(
-                end - std::chrono::steady_clock::now());
+            const auto left = TimeLeft();
             if (left.count() <= 0) {
                 return std::nullopt;
             }
@@ -50,21 +49,23 @@ public:
 
 private:
     void Look(int milliseconds);
-    bool IsQuitTyped();
-
     pid_t m_worker;
     Descriptor m_leash;
     Signals m_signals{SIGTERM, SIGINT, SIGHUP, SIGCHLD};
-    int m_input = STDIN_FILENO; // -1 at its end
+    Keyboard m_keyboard{STDIN_FILENO};
 };
 
 void Front::Look(int milliseconds)
 {
-    std::array<pollfd, 2> events{{{m_signals.Number(), POLLIN, 0}, {m_input, POLLIN, 0}}};
+    std::array<pollfd, 2> events{
+        {{m_signals.Number(), POLLIN, 0}, {m_keyboard.Number(), POLLIN, 0}}};
     if (poll(events.data(), events.size(), milliseconds) <= 0) {
         return;
     }
-    bool cancels = events[1].revents != 0 && IsQuitTyped();
+    if (events[1].revents != 0) {
+        m_keyboard.Read();
+    }
+    bool cancels = m_keyboard.IsQuitTyped();
     while (const auto number = m_signals.Next()) {
         cancels = cancels || *number != SIGCHLD;
     }
@@ -73,18 +74,13 @@ void Front::Look(int milliseconds)
     }
 }
 
-bool Front::IsQuitTyped()
-{
-    std::array<char, 512> typed{};
-    const ssize_t got = read(m_input, typed.data(), typed.size());
-    if (got == 0 || (got < 0 && errno != EINTR && errno != EAGAIN)) {
-        m_input = -1;
-    }
-    const std::string_view text(typed.data(), static_cast<size_t>(std::max<ssize_t>(got, 0)));
-    return text.find('q') != std::string_view::npos;
-}
-
 } // namespace
+
+std::chrono::milliseconds TimeLeft()
+{
+    return std::chrono::ceil<std::chrono::milliseconds>(programStart + longestRun -
+                                                        std::chrono::steady_clock::now());
+}
 
 int RunJob(const Job& job)
 {

@@ -31,6 +31,9 @@ struct Job
 // To be called while the process has one thread.
 int RunJob(const Job& job);
 
+// How much longer this program may run for the recorder: until `longestRun` after its start.
+std::chrono::milliseconds TimeLeft();
+
 // How long this program runs for a job at most: a second less than the recorder waits for it, so
 // that the recorder can start the next one. Defined in an object file of its own, so that tests can
 // be linked with a different value.

@@ -3,9 +3,9 @@
 #include "tool/edit/copying_join.h"
 #include "tool/edit/encoding_join.h"
 #include "tool/edit/job.h"
+#include "tool/edit/movie_question.h"
 #include "tool/edit/part_note.h"
 #include "tool/ffmpeg/features.h"
-#include "tool/ffmpeg/ffmpeg_program.h"
 #include "tool/system/complaint.h"
 
 #include <algorithm>
@@ -84,15 +84,16 @@ bool PlanCopy(const std::vector<SourceFile>& sources, Job& job)
 bool PlanEncoding(const std::vector<SourceFile>& sources, Job& job)
 {
     const std::vector<std::string> urls = UrlsOf(sources);
-    Arguments question = {"-hide_banner"};
-    for (const std::string& url : urls) {
-        question.insert(question.end(), {"-i", url});
+    const auto answer = AskAboutMovies(job.ffmpeg, urls, job.inherited);
+    if (!answer) {
+        Complain("cancelled");
+        return false;
     }
-    const std::string answer = Ask(job.ffmpeg, question, job.inherited);
-    const auto parts = ParseDescriptions(answer);
+    const auto parts = ParseDescriptions(*answer);
     if (parts.size() != urls.size()) {
-        // ffmpeg's output says which part it cannot read.
-        std::fwrite(answer.data(), 1, answer.size(), stderr);
+        // ffmpeg's output says which part it cannot read, if it says anything.
+        std::fwrite(answer->data(), 1, answer->size(), stderr);
+        Complain("Invalid data: ffmpeg cannot read all parts");
         return false;
     }
     job.bytes = 0; // nobody knows

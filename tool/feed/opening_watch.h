@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tool/capture/keyboard.h"
+#include "tool/system/keyboard.h"
 #include "tool/system/steady_time.h"
 
 #include <poll.h>

@@ -68,7 +68,8 @@ std::string VersionText(const std::string& program)
             return known->substr(mark.size());
         }
     }
-    std::string answer = Ask(program, {"-version"}, {}, Stream::Output, patience);
+    std::string answer =
+        Ask(program, {"-version"}, {.stream = Stream::Output, .patience = patience});
     if (!directory.empty() && !mark.empty() && ParseVersion(answer)) {
         ReplaceText(directory / rememberedIn, mark + answer);
     }

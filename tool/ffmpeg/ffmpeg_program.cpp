@@ -86,23 +86,24 @@ int Become(const std::string& program, const std::vector<std::string>& arguments
 }
 
 std::string Ask(const std::string& program, const std::vector<std::string>& arguments,
-                const std::vector<int>& inherited, Stream stream,
-                std::chrono::milliseconds patience)
+                const AskOptions& options)
 {
     auto answer = MakePipe();
     if (!answer) {
         return {};
     }
     Program asked{program, arguments};
-    asked.inherited = inherited;
-    const int end = answer->write.Number();
+    asked.inherited = options.inherited;
+    asked.parentEndSignal = SIGKILL;
+    const int outlet = answer->write.Number();
     asked.input = Program::nowhere;
-    asked.output = stream == Stream::Output ? end : Program::nowhere;
-    asked.error = stream == Stream::Error ? end : Program::nowhere;
+    asked.output = options.stream == Stream::Output ? outlet : Program::nowhere;
+    asked.error = options.stream == Stream::Error ? outlet : Program::nowhere;
     auto process = Process::Start(asked);
     answer->write.Close();
     std::string text;
-    if (process && !ReadAll(answer->read, text, std::chrono::steady_clock::now() + patience)) {
+    const auto until = std::chrono::steady_clock::now() + options.patience;
+    if (process && !ReadAll(answer->read, text, until, options.goesOn)) {
         process->Signal(SIGKILL);
     }
     if (process) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -36,12 +37,18 @@ std::string NoFfmpegReason();
 
 enum class Stream { Output, Error };
 
-// Runs the program without input and returns what it wrote to this stream, 1 MiB at most. A program
-// that takes longer than `patience` or writes more is killed. `inherited`: further descriptors that
-// it gets, with their numbers.
+struct AskOptions
+{
+    Stream stream = Stream::Error; // the answer
+    std::chrono::milliseconds patience = std::chrono::seconds(30);
+    std::vector<int> inherited = {};   // further descriptors that it gets, with their numbers
+    std::function<bool()> goesOn = {}; // asked 20 times a second while nothing comes
+};
+
+// Runs the program without input and returns what it wrote to that stream, 1 MiB at most. A program
+// that writes more, takes too long or is not to go on is killed. It ends with this process.
 std::string Ask(const std::string& program, const std::vector<std::string>& arguments,
-                const std::vector<int>& inherited = {}, Stream stream = Stream::Error,
-                std::chrono::milliseconds patience = std::chrono::seconds(30));
+                const AskOptions& options = {});
 
 // Replaces this process with the program. Returns only on failure: an exit code, after a message.
 int Become(const std::string& program, const std::vector<std::string>& arguments);

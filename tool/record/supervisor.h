@@ -1,10 +1,10 @@
 // Watches ffmpeg while it records, and ends the recording when that is asked for.
 #pragma once
 
-#include "tool/capture/keyboard.h"
 #include "tool/capture/recording_time.h"
 #include "tool/record/recording_file.h"
 #include "tool/system/descriptor.h"
+#include "tool/system/keyboard.h"
 #include "tool/system/process.h"
 #include "tool/system/signals.h"
 

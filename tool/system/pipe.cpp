@@ -18,14 +18,16 @@ void MakeNonBlocking(const Descriptor& descriptor)
     fcntl(descriptor.Number(), F_SETFL, flags | O_NONBLOCK);
 }
 
-bool ReadAll(const Descriptor& pipe, std::string& text, SteadyTime until)
+bool ReadAll(const Descriptor& pipe, std::string& text, SteadyTime until,
+             const std::function<bool()>& goesOn)
 {
     constexpr size_t most = 1U << 20U;
+    constexpr std::chrono::milliseconds interval{50};
     std::array<char, 4096> bytes{};
     while (text.size() < most) {
         pollfd ready{pipe.Number(), POLLIN, 0};
-        if (!PollUntil(ready, until)) {
-            if (std::chrono::steady_clock::now() >= until) {
+        if (!PollUntil(ready, std::min(until, std::chrono::steady_clock::now() + interval))) {
+            if (std::chrono::steady_clock::now() >= until || (goesOn && !goesOn())) {
                 return false;
             }
             continue;

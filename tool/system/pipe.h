@@ -4,6 +4,7 @@
 #include "tool/system/steady_time.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <sys/types.h>
@@ -28,8 +29,9 @@ void MakeNonBlocking(const Descriptor& descriptor);
 size_t SetCapacity(const Descriptor& pipe, size_t bytes);
 
 // Reads until the end of the pipe, and appends to the text. Returns false if there is more than 1
-// MiB, or no end until then.
-bool ReadAll(const Descriptor& pipe, std::string& text, SteadyTime until);
+// MiB, no end until then, or `goesOn`, which is asked 20 times a second, says so.
+bool ReadAll(const Descriptor& pipe, std::string& text, SteadyTime until,
+             const std::function<bool()>& goesOn = {});
 
 // The bytes in the pipe, or nothing if nobody can read them any more. For the end that is written
 // to.

@@ -1,6 +1,7 @@
-#include "tool/capture/keyboard.h"
+#include "tool/system/keyboard.h"
 
 #include <array>
+#include <cerrno>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -24,14 +25,17 @@ std::string Keyboard::Read()
 {
     std::array<char, 256> bytes{};
     const ssize_t count = read(m_nDescriptor, bytes.data(), bytes.size());
+    if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
+        return {};
+    }
     if (count <= 0) {
         m_nDescriptor = -1;
-        m_bEnd = m_bEnd || m_bPipe;
+        m_bGone = m_bPipe;
         return {};
     }
     const std::string keys(bytes.data(), static_cast<size_t>(count));
     const size_t end = keys.find(quit);
-    m_bEnd = m_bEnd || end != std::string::npos;
+    m_bQuit = m_bQuit || end != std::string::npos;
     return keys.substr(0, end);
 }
 

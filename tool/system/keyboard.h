@@ -4,7 +4,7 @@
 
 namespace tool {
 
-// Where the end of a recording is typed: standard input.
+// Where the end of a recording or job is typed: standard input.
 class Keyboard
 {
 public:
@@ -16,13 +16,17 @@ public:
     // Reads what has been typed. Returns the keys before the "q".
     std::string Read();
 
-    // Whether "q" has been read, or the recorder at the other end of a pipe is gone.
-    bool HasAskedForEnd() const { return m_bEnd; }
+    // Whether "q" has been read.
+    bool IsQuitTyped() const { return m_bQuit; }
+
+    // The same, or whether the recorder at the other end of a pipe is gone.
+    bool HasAskedForEnd() const { return m_bQuit || m_bGone; }
 
 private:
     int m_nDescriptor;
     bool m_bPipe;
-    bool m_bEnd = false;
+    bool m_bQuit = false;
+    bool m_bGone = false;
 };
 
 } // namespace tool
