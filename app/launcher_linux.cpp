@@ -33,9 +33,9 @@ QString SoundCookie()
     return {};
 }
 
-// What pkexec does not pass on: the user's screen, sound server, and home directory for recordings.
-// Settings and caches of Qt and its libraries stay root's: in the user's home, the user's own
-// programs could not write to them.
+// What pkexec does not pass on: the user's screen, message bus, sound server, and home directory
+// for recordings. Settings and caches of Qt and its libraries stay root's: in the user's home, the
+// user's own programs could not write to them.
 QStringList UserEnvironment()
 {
     QStringList assignments;
@@ -44,8 +44,8 @@ QStringList UserEnvironment()
             assignments << name + '=' + value;
         }
     };
-    for (const char* name :
-         {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR", "XDG_CURRENT_DESKTOP"}) {
+    for (const char* name : {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR",
+                             "DBUS_SESSION_BUS_ADDRESS", "XDG_CURRENT_DESKTOP"}) {
         assign(name, qEnvironmentVariable(name));
     }
     assign("PULSE_SERVER", qEnvironmentVariable("PULSE_SERVER", SoundServer()));

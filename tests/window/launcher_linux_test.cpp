@@ -67,8 +67,9 @@ private Q_SLOTS:
 
     void whatTheUserHasNotSetIsNotPassedOn()
     {
-        for (const char* name : {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR",
-                                 "XDG_CURRENT_DESKTOP", "PULSE_SERVER", "PULSE_COOKIE"}) {
+        for (const char* name :
+             {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR",
+              "DBUS_SESSION_BUS_ADDRESS", "XDG_CURRENT_DESKTOP", "PULSE_SERVER", "PULSE_COOKIE"}) {
             m_environment.remove(name);
         }
         Program().setProcessEnvironment(m_environment);
@@ -78,6 +79,7 @@ private Q_SLOTS:
                                     {"XAUTHORITY", ""},
                                     {"WAYLAND_DISPLAY", ""},
                                     {"XDG_RUNTIME_DIR", ""},
+                                    {"DBUS_SESSION_BUS_ADDRESS", ""},
                                     {"XDG_CURRENT_DESKTOP", ""},
                                     {"PULSE_SERVER", ""},
                                     {"PULSE_COOKIE", ""}}));
@@ -148,6 +150,7 @@ private:
         m_environment.insert("XAUTHORITY", "/x/auth");
         m_environment.insert("WAYLAND_DISPLAY", "wayland-7");
         m_environment.insert("XDG_RUNTIME_DIR", Beside("run"));
+        m_environment.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=/x/bus");
         m_environment.insert("XDG_CURRENT_DESKTOP", "GNOME");
         m_environment.insert("PULSE_SERVER", "unix:/p");
         m_environment.insert("PULSE_COOKIE", "/p/cookie");
@@ -173,6 +176,7 @@ private:
                                           {"XAUTHORITY", "/x/auth"},
                                           {"WAYLAND_DISPLAY", "wayland-7"},
                                           {"XDG_RUNTIME_DIR", Beside("run")},
+                                          {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/x/bus"},
                                           {"XDG_CURRENT_DESKTOP", "GNOME"},
                                           {"PULSE_SERVER", "unix:/p"},
                                           {"PULSE_COOKIE", "/p/cookie"},
