@@ -12,7 +12,8 @@
 
 namespace {
 
-constexpr int kEndMs = 500; // for a tool to finish its file when the program ends
+constexpr int kEndMs = 500;   // for a tool to finish its file when the program ends
+constexpr int kLastMs = 2000; // of a wait; `tool` ends a second before it, while a job goes on
 
 // A wait for the tool, on the stack of whoever waits.
 class ToolWait
@@ -39,6 +40,9 @@ public:
 
     bool IsOver() const { return m_process.state() == QProcess::NotRunning || !m_timer.isActive(); }
 
+    bool IsFor(const QProcess& process) const { return &m_process == &process; }
+    bool IsEnding() const { return m_timer.remainingTime() < kLastMs; }
+
     void EndWithIt(QEventLoop& loop) const
     {
         QObject::connect(&m_process, SIGNAL(finished(int, QProcess::ExitStatus)), &loop,
@@ -50,7 +54,7 @@ public:
     static void Leave(const QProcess& process)
     {
         for (ToolWait* wait = innermost; wait != nullptr; wait = wait->m_outer) {
-            if (&wait->m_process == &process) {
+            if (wait->IsFor(process)) {
                 wait->m_timer.stop();
                 wait->m_loop.quit();
             }
@@ -105,6 +109,12 @@ void LeaveTool(QProcess& process)
     process.kill();
     process.waitForFinished(kEndMs);
     ToolWait::Leave(process);
+}
+
+bool IsToolWaitEnding(const QProcess& process)
+{
+    const ToolWait* wait = ToolWait::innermost;
+    return wait != nullptr && wait->IsFor(process) && wait->IsEnding();
 }
 
 void ExecUntilToolEnds(QEventLoop& loop)

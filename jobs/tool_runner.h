@@ -31,6 +31,9 @@ bool RunTool(QProcess& process, const QString& command);
 /// share keeps it from dying. Blocks for half a second then.
 void LeaveTool(QProcess& process);
 
+/// Whether a RunTool() waits for the process and has less than two seconds left.
+bool IsToolWaitEnding(const QProcess& process);
+
 /// Runs `loop` in an event handler, possibly on top of a RunTool(), whose end ends it too.
 void ExecUntilToolEnds(QEventLoop& loop);
 

@@ -58,7 +58,7 @@ int DRUI::StartQProcessCut()
 
 // Called for the cut's output, but reads the conversion's process and writes the quit command to
 // it. This is intended. So a cut sees no progress and no invalid data; only a cancel changes its
-// result, and the tool runs to its end before the file is removed.
+// result, and the tool runs to its end before the file is removed, or until the wait for it ends.
 void DRUI::ReadCutInfo()
 {
     const OutputMarks marks = MarksIn(ReadToolText(*m_pChangeTSProcess));
@@ -72,6 +72,9 @@ void DRUI::ReadCutInfo()
     if (m_bisFinished) {
         m_nCutState = kJobCancelled;
         AskToolToQuit(*m_pChangeTSProcess);
+        if (IsToolWaitEnding(*m_pCutProcess)) { // nobody would remove a file that is made later
+            AskToolToQuit(*m_pCutProcess);
+        }
     }
 }
 

@@ -27,6 +27,24 @@ private Q_SLOTS:
         QCOMPARE(Results(), QStringList{"Cut_a.mp4"});
     }
 
+    // Past the wait nobody would delete its file.
+    void aCancelledCutThatWouldOutlastTheWaitLeavesNoFile()
+    {
+        SelectRange("a.mp4", 1, 2);
+        SetJob("key=; until [[ $key == [qx] ]]; do echo frame=1; read -r -t 0.1 -N 1 key; done\n"
+               "[[ $key == q ]] || printf made >\"${!#}\"\n");
+        auto* process = Child<QProcess>("m_pCutProcess");
+        connect(process, &QProcess::readyRead, this, [] { DRUI::m_bisFinished = true; });
+        QElapsedTimer time;
+        time.start();
+        Press("Cut");
+        QVERIFY2(time.hasExpired(kToolWaitMs - 2500), "the tool did not run as long as it might");
+        process->write("x");
+        QTRY_COMPARE(process->state(), QProcess::NotRunning);
+        QCOMPARE(Results(), QStringList());
+        QVERIFY2(Boxes().texts.last().startsWith("Clip failed"), qPrintable(Boxes().texts.last()));
+    }
+
     void aMergePastTheWaitCountsAsFinishedAndTheJobGoesOn_data()
     {
         QTest::addColumn<QByteArray>("input");
