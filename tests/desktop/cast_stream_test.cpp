@@ -1,6 +1,7 @@
 // Pictures of a PipeWire stream whose source does what real ones do rarely. With a PipeWire of its
 // own.
 #include "tests/support/own_bus.h"
+#include "tests/support/small_frame.h"
 #include "tool/screen/portal/cast_stream.h"
 #include "tool/screen/screen_picture.h"
 
@@ -17,26 +18,6 @@
 using namespace tool;
 
 namespace {
-
-constexpr int kWidth = 64;
-constexpr int kHeight = 48;
-
-struct Yuv
-{
-    int y = 0;
-    int u = 0;
-    int v = 0;
-    bool IsLike(const Yuv& other) const
-    {
-        constexpr int tolerance = 3;
-        return qAbs(y - other.y) <= tolerance && qAbs(u - other.u) <= tolerance &&
-               qAbs(v - other.v) <= tolerance;
-    }
-};
-
-constexpr Yuv kRed{81, 90, 240};
-constexpr Yuv kGreen{145, 54, 34};
-constexpr Yuv kBlue{41, 240, 110};
 
 Descriptor ConnectTo(const QString& path)
 {
@@ -114,7 +95,17 @@ private slots:
     {
         Open(SPA_VIDEO_FORMAT_NV12);
         Command("fill 0 0 255");
-        QTest::qWait(300); // ten times what an agreement takes
+        // Streams are linked one after another: when a later one shows something, this one has been
+        // refused.
+        QProcess laterSource;
+        const auto later = OpenStream(laterSource, SPA_VIDEO_FORMAT_BGRx);
+        const auto shows = [&later] {
+            later->Work();
+            return later->Picture().has_value();
+        };
+        QTRY_VERIFY2(later && shows(), "no picture of another source");
+        laterSource.closeWriteChannel();
+        laterSource.waitForFinished();
         Work();
         QVERIFY(!m_stream->Format() && !m_stream->Picture());
     }
@@ -137,7 +128,7 @@ private slots:
         QTRY_VERIFY2(Shows(kRed, kRed), qPrintable(Seen()));
         Command("bad 1");
         Command("fill 0 255 0");
-        QTest::qWait(200); // some pictures
+        AwaitPictures();
         QVERIFY2(Shows(kRed, kRed), "a damaged picture is shown");
         Command("bad 0");
         QTRY_VERIFY2(Shows(kGreen, kGreen), qPrintable(Seen()));
@@ -184,9 +175,9 @@ private slots:
         Command("fill 0 0 255");
         QTRY_VERIFY2(Shows(kRed, kRed), qPrintable(Seen()));
         Command("rest 1");
-        QTest::qWait(200); // what is on its way
-        Work();
+        AwaitPictures(); // what is on its way
         const uint64_t count = m_stream->Count();
+        AwaitPictures();
         QVERIFY2(Shows(kRed, kRed), qPrintable(Seen()));
         QCOMPARE(m_stream->Count(), count);
     }
@@ -221,15 +212,22 @@ private slots:
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     QString Socket() const { return m_folder.filePath("pipewire-0"); }
 
-    void Open(int format)
+    // Starts a source of pictures in this format. Returns null on failure.
+    std::unique_ptr<CastStream> OpenStream(QProcess& source, int format)
     {
-        m_source.start(CAST_SOURCE, {QString::number(format), QString::number(kWidth),
-                                     QString::number(kHeight)});
-        QVERIFY2(m_source.waitForReadyRead(10000), "the source does not start");
-        const auto node = m_source.readAll().mid(5).trimmed().toUInt();
+        source.start(CAST_SOURCE,
+                     {QString::number(format), QString::number(kWidth), QString::number(kHeight)});
+        if (!source.waitForReadyRead(10000)) {
+            return nullptr;
+        }
+        const auto node = source.readAll().mid(5).trimmed().toUInt();
         Descriptor connection = ConnectTo(Socket());
         m_nConnection = connection.Number();
-        m_stream = CastStream::Open(std::move(connection), node);
+        return CastStream::Open(std::move(connection), node);
+    }
+    void Open(int format)
+    {
+        m_stream = OpenStream(m_source, format);
         QVERIFY2(m_stream, "no stream");
     }
     void Command(const QByteArray& command)
@@ -237,21 +235,20 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is not
         m_source.write(command + '\n');
         m_source.waitForBytesWritten();
     }
+    // Waits until the source has been asked for some more pictures.
+    void AwaitPictures()
+    {
+        Command("tell 5");
+        QByteArray told;
+        QTRY_VERIFY2(Work() && (told += m_source.readAll()).contains("told"), "no pictures");
+        Work();
+    }
     bool Work()
     {
         m_stream->Work();
         return true;
     }
 
-    // In the middle of this row.
-    static Yuv At(size_t row, const std::vector<uint8_t>& frame)
-    {
-        constexpr size_t width = kWidth;
-        constexpr size_t luma = width * kHeight;
-        const size_t colour = row / 2 * (width / 2) + width / 4;
-        return {frame[row * width + width / 2], frame[luma + colour],
-                frame[luma + luma / 4 + colour]};
-    }
     std::vector<uint8_t> Frame()
     {
         m_stream->Work();
@@ -265,12 +262,12 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is not
     bool Shows(const Yuv& upper, const Yuv& lower)
     {
         const auto frame = Frame();
-        return m_stream->Picture() && At(kHeight / 4 + 4, frame).IsLike(upper) &&
-               At(kHeight * 3 / 4 - 4, frame).IsLike(lower);
+        return m_stream->Picture() && ColourAt(kHeight / 4 + 4, frame).IsLike(upper) &&
+               ColourAt(kHeight * 3 / 4 - 4, frame).IsLike(lower);
     }
     QString Seen()
     {
-        const Yuv seen = At(kHeight / 4 + 4, Frame());
+        const Yuv seen = ColourAt(kHeight / 4 + 4, Frame());
         return QString("seen: %1 %2 %3, lost %4")
             .arg(seen.y)
             .arg(seen.u)

@@ -11,6 +11,7 @@
 //   crop X Y W H   the visible part that is said
 //   bad FLAG       1: the pictures are said to be damaged
 //   rest FLAG      1: no pictures
+//   tell N         "told" is printed when N more pictures have been asked for
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -58,6 +59,7 @@ private:
     bool m_bBad = false;
     bool m_bRest = false;
     bool m_bTold = false;
+    int m_nAwaited = 0;
     pw_main_loop* m_pLoop = nullptr;
     pw_stream* m_pStream = nullptr;
 };
@@ -112,6 +114,9 @@ bool Source::Run()
 
 void Source::Draw()
 {
+    if (m_nAwaited > 0 && --m_nAwaited == 0) {
+        std::cout << "told" << std::endl;
+    }
     pw_buffer* buffer = m_bRest ? nullptr : pw_stream_dequeue_buffer(m_pStream);
     if (buffer == nullptr) {
         return;
@@ -159,6 +164,8 @@ void Source::Follow(const std::string& line)
         m_bBad = a != 0;
     } else if (command == "rest") {
         m_bRest = a != 0;
+    } else if (command == "tell") {
+        m_nAwaited = a;
     } else if (command == "size") {
         m_size = size;
         std::array<uint8_t, 1024> memory{};
