@@ -50,6 +50,12 @@ bool IsWhite(const Outlet& outlet, qsizetype picture)
     return static_cast<uchar>(outlet.Bytes()[tool::skippedBytes + picture * bytes]) > 128;
 }
 
+// Nobody reads until the recording is this old.
+void LeaveUnreadUntil(const RecordingTime& time, double seconds)
+{
+    QTRY_VERIFY2_WITH_TIMEOUT(SecondsSince(*time.Start()) >= seconds, "time stands still", 20000);
+}
+
 // Checks that there are as many frames as the time since the start needs, or soon are again.
 void ExpectInTime(Outlet& outlet, const RecordingTime& start, const tool::Rectangle& area = kSmall)
 {
@@ -98,7 +104,7 @@ void ScreenFeederTest::startIsToldWhenThePicturesAreRead()
 {
     const auto outlet = Pictures(m_pTime);
     QVERIFY2(outlet->IsGood(), "no pictures");
-    QTest::qWait(300);
+    QTRY_VERIFY2(outlet->HasSleptUnread(), "the pictures wait for something else");
     QVERIFY2(!m_pTime->Start(), "it is told before anybody reads");
     const Clock::time_point before = Clock::now();
     QVERIFY(outlet->ReadUntil([&] { return m_pTime->Start().has_value(); }));
@@ -137,7 +143,7 @@ void ScreenFeederTest::picturesThatWereMissedAreFilledIn()
     QVERIFY2(outlet->IsGood(), "no pictures");
     QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet) >= 5; }));
     outlet->Signal(SIGSTOP);
-    QTest::qWait(1000);
+    LeaveUnreadUntil(*m_pTime, 1.2);
     outlet->Signal(SIGCONT);
     QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pTime->Start()) >= 1.7; }));
     ExpectInTime(*outlet, *m_pTime);
@@ -150,7 +156,7 @@ void ScreenFeederTest::picturesAreAllThereForASlowReader()
     const auto outlet = Pictures(m_pTime, area);
     QVERIFY2(outlet->IsGood(), "no pictures");
     QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet, area) >= 5; }));
-    QTest::qWait(1500);
+    LeaveUnreadUntil(*m_pTime, 1.7);
     QVERIFY(outlet->ReadUntil([&] { return SecondsSince(*m_pTime->Start()) >= 2.2; }));
     ExpectInTime(*outlet, *m_pTime, area);
 }
@@ -166,12 +172,13 @@ void ScreenFeederTest::changeThatFindsNoRoomIsShownLater()
     QVERIFY2(outlet->IsGood(), "no pictures");
     QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet, area) >= 5; }));
     // A screen that changes all the time until there is no room.
+    const double begin = SecondsSince(*m_pTime->Start());
     for (int i = 0; i < 40; ++i) {
         screen.Paint(0, 0, 40, 40, i % 2 == 0 ? 0xffffff : 0);
-        QTest::qWait(1000 / kPictureRate);
+        LeaveUnreadUntil(*m_pTime, begin + static_cast<double>(i + 1) / kPictureRate);
     }
     screen.Paint(0, 0, 40, 40, 0x808080);
-    QTest::qWait(1500); // longer than every picture is taken after that
+    LeaveUnreadUntil(*m_pTime, begin + 2.8); // longer than every picture is taken after that
     const auto brightness = [&] {
         const auto bytes = static_cast<qsizetype>(tool::YuvBytes(area.width, area.height));
         const qsizetype last = CountOfPictures(*outlet, area) - 1;
@@ -208,9 +215,10 @@ void ScreenFeederTest::picturesBeforeTheEndAreNotLost()
     const tool::Rectangle area{0, 0, 320, 200};
     const auto outlet = Pictures(m_pTime, area);
     QVERIFY(outlet->ReadUntil([&] { return CountOfPictures(*outlet, area) >= 5; }));
-    QTest::qWait(400);
+    const double begin = SecondsSince(*m_pTime->Start());
+    LeaveUnreadUntil(*m_pTime, begin + 0.4);
     m_pTime->Finish(Clock::now());
-    QTest::qWait(400);
+    LeaveUnreadUntil(*m_pTime, begin + 0.8);
     QVERIFY2(outlet->ReadUntil([&] { return outlet->IsAtEnd(); }, 5000), "the pictures go on");
     const std::chrono::duration<double> length = *m_pTime->End() - *m_pTime->Start();
     QCOMPARE(CountOfPictures(*outlet, area),

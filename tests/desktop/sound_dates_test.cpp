@@ -158,7 +158,7 @@ void SoundDatesTest::soundOfAnIdleOutputIsDatedRightFromItsStart()
     std::optional<Beeper> beeper;
     if (playedSooner > 0) {
         beeper.emplace(Tone{"speaker", kHertz}, true);
-        QTest::qWait(playedSooner);
+        QTest::qWait(playedSooner); // by the server's clock, which tells nothing of it
     }
     Ear ear({"speaker.monitor"});
     if (!beeper) {

@@ -179,7 +179,8 @@ void ToolEndTest::otherSignalsDoNoHarm()
 {
     const auto stopAndGoOn = [](pid_t process) {
         kill(process, SIGSTOP);
-        QTest::qWait(300);
+        QTRY_VERIFY2(IsStopped(process), "it goes on");
+        QTest::qWait(300); // frames are due that it does not see
         kill(process, SIGCONT);
     };
     const auto sendAll = [](pid_t process) {

@@ -206,7 +206,7 @@ void MacosRecordingTest::quitAtAnyMomentLeavesAMovie()
         takes.back()->Type(i < 2 ? "q\r\n" : "");
     }
     for (int i = 2; i < count; ++i) {
-        QTest::qWait(150);
+        QTest::qWait(150); // each at a later moment, whatever has happened by then
         takes[static_cast<size_t>(i)]->Type("q\r\n");
     }
     for (const auto& take : takes) {

@@ -28,13 +28,26 @@ inline QList<pid_t> ChildrenOf(qint64 parent)
     return children;
 }
 
+// The letter that /proc has for the state of a process. Empty if there is none.
+inline QByteArray StateOf(pid_t process)
+{
+    QFile file(QString("/proc/%1/stat").arg(process));
+    const QByteArray stat = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return stat.isEmpty() ? stat : stat.mid(stat.lastIndexOf(')') + 2, 1);
+}
+
 // Whether there is such a process, and it has not ended. A process that nobody has waited for yet
 // counts as one that has.
 inline bool IsAlive(pid_t process)
 {
-    QFile file(QString("/proc/%1/stat").arg(process));
-    const QByteArray stat = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    return !stat.isEmpty() && stat.mid(stat.lastIndexOf(')') + 2, 1) != "Z";
+    const QByteArray state = StateOf(process);
+    return !state.isEmpty() && state != "Z";
+}
+
+// Whether a process is stopped by SIGSTOP.
+inline bool IsStopped(pid_t process)
+{
+    return StateOf(process) == "T";
 }
 
 // Whether all children of this process exit by themselves within 10 s.

@@ -1,6 +1,7 @@
 // A feeder of `tool`, read like ffmpeg reads it.
 #pragma once
 
+#include "tests/support/files.h"
 #include "tool/system/pipe.h"
 
 #include <QByteArray>
@@ -11,6 +12,7 @@
 #include <csignal>
 #include <functional>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
@@ -60,6 +62,18 @@ public:
         return m_nFeeder == 0;
     }
 
+    // Whether something waits to be read, and the feeder has slept several times since.
+    bool HasSleptUnread()
+    {
+        int bytes = 0;
+        if (ioctl(m_nPipe, FIONREAD, &bytes) != 0 || bytes == 0) {
+            return false;
+        }
+        constexpr int several = 5;
+        m_nSleepsUnread = m_nSleepsUnread < 0 ? Sleeps() : m_nSleepsUnread;
+        return Sleeps() >= m_nSleepsUnread + several;
+    }
+
     void Close()
     {
         close(m_nPipe);
@@ -92,7 +106,17 @@ public:
     const QByteArray& Bytes() const { return m_bytes; }
 
 private:
+    // How often the feeder has waited until now, or -1.
+    int Sleeps() const
+    {
+        const QByteArray status = Content(QString("/proc/%1/status").arg(m_nFeeder));
+        const QByteArray name = "\nvoluntary_ctxt_switches:";
+        const qsizetype place = status.indexOf(name);
+        return place < 0 ? -1 : status.mid(place + name.size()).simplified().split(' ')[0].toInt();
+    }
+
     int m_nPipe = -1;
+    int m_nSleepsUnread = -1;
     pid_t m_nFeeder = 0;
     bool m_bAtEnd = false;
     QByteArray m_bytes;

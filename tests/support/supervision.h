@@ -11,7 +11,9 @@
 #include <QTest>
 
 #include <csignal>
+#include <fcntl.h>
 #include <optional>
+#include <sys/ioctl.h>
 #include <thread>
 #include <unistd.h>
 
@@ -46,6 +48,7 @@ public:
         program.blockedSignals = {SIGHUP};
         m_ffmpeg = Process::Start(program);
         m_printed = std::move(printed->read);
+        m_keys = tool::Descriptor(fcntl(keys->write.Number(), F_DUPFD_CLOEXEC, 0));
         m_caught.emplace(std::initializer_list<int>{SIGTERM, SIGINT, SIGHUP, SIGCHLD});
         m_thread = std::thread([this, pipe = std::move(keys->write)]() mutable {
             tool::Supervisor supervisor(
@@ -70,12 +73,12 @@ public:
     Keyboard& Keys() { return m_keyboard; }
     pid_t Ffmpeg() const { return m_ffmpeg->Id(); }
     bool HasEnded() const { return m_time.End().has_value(); }
-    // The keys that have reached ffmpeg, as far as they come within this time.
-    QByteArray Typed(int count, std::chrono::milliseconds patience = 10s) const
+    // The next keys that reach ffmpeg.
+    QByteArray Typed(int count) const
     {
         QByteArray all;
         pollfd ready{m_printed.Number(), POLLIN, 0};
-        while (all.size() < count && poll(&ready, 1, static_cast<int>(patience.count())) == 1) {
+        while (all.size() < count && poll(&ready, 1, 10000) == 1) {
             QByteArray piece(count - static_cast<int>(all.size()), '\0');
             const ssize_t got =
                 read(m_printed.Number(), piece.data(), static_cast<size_t>(piece.size()));
@@ -84,6 +87,39 @@ public:
             }
             all += piece.left(got);
         }
+        return all;
+    }
+    // Waits until the supervisor has looked at everything. It reads each SIGCHLD, which means
+    // nothing to it, before it looks at the rest: when the second one is read, the first look is
+    // over. Returns false if it does not look.
+    bool AwaitLook() const
+    {
+        const auto isRead = [this] {
+            int bytes = 0;
+            return ioctl(m_caught->Number(), FIONREAD, &bytes) == 0 && bytes == 0;
+        };
+        for (int look = 0; look < 2; ++look) {
+            if (kill(getpid(), SIGCHLD) != 0 || !QTest::qWaitFor(isRead, 10000)) {
+                return false;
+            }
+        }
+        return true;
+    }
+    // The keys that have reached ffmpeg after a look at everything.
+    QByteArray TypedUntilNow() const
+    {
+        if (!AwaitLook() || write(m_keys.Number(), "|", 1) != 1) {
+            return "it does not look";
+        }
+        QByteArray all;
+        while (!all.endsWith('|')) {
+            const QByteArray key = Typed(1);
+            if (key.isEmpty()) {
+                return "ffmpeg gets no keys";
+            }
+            all += key;
+        }
+        all.chop(1);
         return all;
     }
     void FillFile() const { QCOMPARE(write(m_file->Number(), "ftyp", 4), ssize_t{4}); }
@@ -103,10 +139,9 @@ private:
     std::optional<RecordingFile> m_file;
     std::optional<Process> m_ffmpeg;
     tool::Descriptor m_printed;
+    tool::Descriptor m_keys; // as the supervisor's
     std::optional<tool::Signals> m_caught;
     std::thread m_thread;
     int m_nCode = -1;
     tool::Ending m_reason = tool::Ending::Asked;
 };
-
-inline constexpr auto kAWhile = 400ms; // longer than the supervisor takes to look at everything

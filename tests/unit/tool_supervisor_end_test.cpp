@@ -47,7 +47,7 @@ void ToolSupervisorEndTest::keyboardThatIsNoPipeMayEnd()
 {
     const tool::Descriptor nothing(open("/dev/null", O_RDONLY | O_CLOEXEC));
     Supervision recording({.keyboard = nothing.Number()});
-    QTest::qWait(static_cast<int>(kAWhile.count()));
+    QVERIFY2(recording.AwaitLook(), "it does not look");
     QVERIFY2(!recording.HasEnded(), "it ends without being told to");
 }
 
@@ -65,7 +65,7 @@ void ToolSupervisorEndTest::signalsEndTheRecording()
     Supervision recording({});
     QCOMPARE(kill(getpid(), signal), 0);
     QTRY_VERIFY2(recording.HasEnded(), "it goes on");
-    QCOMPARE(recording.Typed(1, kAWhile), QByteArray());
+    QCOMPARE(recording.TypedUntilNow(), QByteArray());
 }
 
 // As under nohup.
@@ -122,9 +122,12 @@ void ToolSupervisorEndTest::ffmpegWithoutAFirstPictureIsKilled()
 
 void ToolSupervisorEndTest::ffmpegWithAFirstPictureIsNot()
 {
+    QElapsedTimer time;
     Supervision recording({.grabsItself = true, .firstPicture = 300ms});
     recording.FillFile();
-    QTest::qWait(900);
+    time.start();
+    QTRY_VERIFY(time.hasExpired(301));
+    QVERIFY2(recording.AwaitLook(), "it does not look");
     QVERIFY2(IsAlive(recording.Ffmpeg()), "it is killed");
     QVERIFY(recording.Keys().Type("q"));
     QCOMPARE(recording.Typed(1), QByteArray("q"));

@@ -95,6 +95,7 @@ private Q_SLOTS:
         StartWithoutRights();
         QTRY_VERIFY2(!ReadFile(Work("asking")).isEmpty(), "pkexec was not asked");
         const auto pkexec = static_cast<pid_t>(ReadFile(Work("asking")).trimmed().toInt());
+        // A launcher that does not wait ends soon, and tells nobody before.
         QVERIFY2(!Program().waitForFinished(1000), "the launcher did not wait for the answer");
         QCOMPARE(kill(pkexec, 0), 0);
         WriteFile(Work("answer"), {});
