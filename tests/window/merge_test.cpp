@@ -155,10 +155,6 @@ private:
     }
 
     QString Success() { return "Merge success, file path is " + FirstResult() + ' '; }
-
-    QList<int> m_percents;
-    QStringList m_currents;
-    int m_error = -1;
 };
 
 QTEST_MAIN(MergeTest)
