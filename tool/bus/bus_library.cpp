@@ -14,15 +14,11 @@ std::optional<BusLibrary> Load()
     symbols.Find(library.busAddMatch, "dbus_bus_add_match");
     symbols.Find(library.busRegister, "dbus_bus_register");
     symbols.Find(library.connectionClose, "dbus_connection_close");
-    symbols.Find(library.connectionFlush, "dbus_connection_flush");
-    symbols.Find(library.connectionGetIsConnected, "dbus_connection_get_is_connected");
-    symbols.Find(library.connectionGetUnixFd, "dbus_connection_get_unix_fd");
     symbols.Find(library.connectionOpenPrivate, "dbus_connection_open_private");
     symbols.Find(library.connectionPopMessage, "dbus_connection_pop_message");
     symbols.Find(library.connectionReadWrite, "dbus_connection_read_write");
     symbols.Find(library.connectionSend, "dbus_connection_send");
     symbols.Find(library.connectionSendAndWait, "dbus_connection_send_with_reply_and_block");
-    symbols.Find(library.connectionSetExitOnDisconnect, "dbus_connection_set_exit_on_disconnect");
     symbols.Find(library.connectionUnref, "dbus_connection_unref");
     symbols.Find(library.errorFree, "dbus_error_free");
     symbols.Find(library.errorInit, "dbus_error_init");

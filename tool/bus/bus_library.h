@@ -11,15 +11,11 @@ struct BusLibrary
     decltype(&dbus_bus_add_match) busAddMatch = nullptr;
     decltype(&dbus_bus_register) busRegister = nullptr;
     decltype(&dbus_connection_close) connectionClose = nullptr;
-    decltype(&dbus_connection_flush) connectionFlush = nullptr;
-    decltype(&dbus_connection_get_is_connected) connectionGetIsConnected = nullptr;
-    decltype(&dbus_connection_get_unix_fd) connectionGetUnixFd = nullptr;
     decltype(&dbus_connection_open_private) connectionOpenPrivate = nullptr;
     decltype(&dbus_connection_pop_message) connectionPopMessage = nullptr;
     decltype(&dbus_connection_read_write) connectionReadWrite = nullptr;
     decltype(&dbus_connection_send) connectionSend = nullptr;
     decltype(&dbus_connection_send_with_reply_and_block) connectionSendAndWait = nullptr;
-    decltype(&dbus_connection_set_exit_on_disconnect) connectionSetExitOnDisconnect = nullptr;
     decltype(&dbus_connection_unref) connectionUnref = nullptr;
     decltype(&dbus_error_free) errorFree = nullptr;
     decltype(&dbus_error_init) errorInit = nullptr;

@@ -20,7 +20,6 @@ std::optional<WaylandLibrary> Load()
     symbols.Find(library.displayDisconnect, "wl_display_disconnect");
     symbols.Find(library.displayDispatchPending, "wl_display_dispatch_pending");
     symbols.Find(library.displayFlush, "wl_display_flush");
-    symbols.Find(library.displayGetError, "wl_display_get_error");
     symbols.Find(library.displayGetFd, "wl_display_get_fd");
     symbols.Find(library.displayPrepareRead, "wl_display_prepare_read");
     symbols.Find(library.displayReadEvents, "wl_display_read_events");

@@ -14,7 +14,6 @@ struct WaylandLibrary
     decltype(&wl_display_disconnect) displayDisconnect = nullptr;
     decltype(&wl_display_dispatch_pending) displayDispatchPending = nullptr;
     decltype(&wl_display_flush) displayFlush = nullptr;
-    decltype(&wl_display_get_error) displayGetError = nullptr;
     decltype(&wl_display_get_fd) displayGetFd = nullptr;
     decltype(&wl_display_prepare_read) displayPrepareRead = nullptr;
     decltype(&wl_display_read_events) displayReadEvents = nullptr;
