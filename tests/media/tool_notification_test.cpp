@@ -9,6 +9,8 @@
 
 #include <filesystem>
 #include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
 
 // The notification service of a desktop.
 class Notifications : public QObject
@@ -42,6 +44,7 @@ private slots:
     void jobThatTakesTooLongTellsItsEnd();
     void jobInTimeTellsNothing();
     void nameOfOddBytesIsTold();
+    void jobOfTheAdministratorIsToldToTheUser();
     void desktopWithoutNotificationsDelaysNothing_data();
     void desktopWithoutNotificationsDelaysNothing();
 
@@ -159,6 +162,43 @@ void ToolNotificationTest::nameOfOddBytesIsTold()
     std::filesystem::remove_all(m_ffmpeg->Path("out").toStdString()); // Qt cannot
     QVERIFY2(m_desktop.shown.first().contains("is ready: <b>?.mp4"),
              qPrintable(m_desktop.shown.first()));
+}
+
+// After pkexec. A bus lets nobody in but the user it belongs to.
+void ToolNotificationTest::jobOfTheAdministratorIsToldToTheUser()
+{
+    constexpr uid_t user = 65534;
+    if (geteuid() != 0) {
+        QSKIP("only root can be another user");
+    }
+    const QString runtime = m_ffmpeg->Path("runtime");
+    QVERIFY(QDir().mkdir(runtime));
+    QCOMPARE(chown(QFile::encodeName(runtime), user, user), 0);
+    QCOMPARE(chmod(QFile::encodeName(m_ffmpeg->Path(".")), 0711), 0);
+    const auto startAsUser = [&](QProcess& process, const QStringList& command) {
+        const QString id = QString::number(user);
+        process.start("setpriv",
+                      QStringList{"--reuid", id, "--regid", id, "--clear-groups"} + command);
+        QVERIFY2(process.waitForReadyRead(), qPrintable(command.first() + " does not start"));
+    };
+    const QString address = "unix:path=" + runtime + "/bus";
+    startAsUser(
+        m_bus, {"dbus-daemon", "--session", "--nofork", "--print-address", "--address=" + address});
+    QProcess monitor;
+    startAsUser(monitor, {"dbus-monitor", "--address", address, "member='Notify'"});
+    const QByteArray before = qgetenv("XDG_RUNTIME_DIR");
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
+    LeaveJob(FfmpegStandIn::kWrite);
+    QByteArray heard;
+    const bool isTold = WaitFor([&] {
+        monitor.waitForReadyRead(100);
+        heard += monitor.readAll();
+        return heard.contains("The video is ready: cut.mp4");
+    });
+    qputenv("XDG_RUNTIME_DIR", before);
+    monitor.terminate();
+    monitor.waitForFinished();
+    QVERIFY2(isTold, "the user's desktop tells nothing");
 }
 
 void ToolNotificationTest::desktopWithoutNotificationsDelaysNothing_data()

@@ -1,6 +1,7 @@
 // Notifications through the session bus, as org.freedesktop.Notifications describes them.
 #include "tool/bus/bus_message.h"
 #include "tool/bus/session_bus.h"
+#include "tool/bus/session_user.h"
 #include "tool/desktop/notification.h"
 
 #include <cerrno>
@@ -44,7 +45,9 @@ void Notify(const std::string& summary, const std::string& body)
     if (child == 0) {
         std::signal(SIGALRM, SIG_DFL);
         alarm(longestWait);
-        Send(summary, body);
+        if (BecomeSessionUser()) {
+            Send(summary, body);
+        }
         _exit(0);
     }
     while (child > 0 && waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
