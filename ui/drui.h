@@ -5,6 +5,7 @@
 #include "jobs/job_thread.h"
 #include "jobs/record_file.h"
 #include "jobs/slow_question.h"
+#include "ui/panel_probe.h"
 #include "ui_drui.h"
 
 #include <QHash>
@@ -209,10 +210,13 @@ private:
 
     // --- system tray: tray.cpp ---
     void CreateSystemTray();
+    void AddTrayIcon();
+    void ShowTrayIcon();
     QAction* TrayEntry(int position) const;
     void SetTrayEntry(int position, const QString& text, const QString& image);
     void SetTrayIcon(const QString& image);
     QSystemTrayIcon* m_pTrayIcon = nullptr;
+    PanelProbe m_panel;
     FocusRing* m_pFocusRing = nullptr;
     QHash<QString, QIcon> m_trayIcons; // by image
     std::unique_ptr<TrayStandIn> m_pTrayStandIn;

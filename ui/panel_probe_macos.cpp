@@ -6,6 +6,11 @@ void PanelProbe::Ask()
     ReadAnswer();
 }
 
+bool PanelProbe::Answers()
+{
+    return true;
+}
+
 void PanelProbe::ReadAnswer()
 {
     Q_EMIT answered();

@@ -40,9 +40,7 @@ void DRUI::btnSlotRecord()
     if (!m_bIsStart) {
         m_bIsStart = true;
         EnterRecording();
-        if (m_pTrayIcon != nullptr) {
-            m_pTrayIcon->setVisible(true);
-        }
+        ShowTrayIcon();
         hide();
         m_pStereoMix->show();
         StartQProcessRecord();

@@ -5,8 +5,22 @@
 #include <QMenu>
 
 // Every call creates a new icon. The previous one stays a child of the window, visible if a
-// recording showed it. This is intended.
+// recording showed it. This is intended. The icon of a panel that hangs is created when it answers.
 void DRUI::CreateSystemTray()
+{
+    m_panel.WhenItAnswers([this] { AddTrayIcon(); });
+}
+
+void DRUI::ShowTrayIcon()
+{
+    m_panel.WhenItAnswers([this] {
+        if (m_pTrayIcon != nullptr) {
+            m_pTrayIcon->setVisible(true);
+        }
+    });
+}
+
+void DRUI::AddTrayIcon()
 {
     m_pTrayIcon = new QSystemTrayIcon(QIcon(":/image/rec1.png"), this);
     m_pTrayIcon->setObjectName("m_pTrayIcon");

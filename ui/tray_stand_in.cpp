@@ -56,9 +56,9 @@ TrayStandIn::TrayStandIn()
 
 void TrayStandIn::FollowTray()
 {
-    if (!m_sinceStep.isValid()) {
+    if (!m_sinceStep.isValid() && PanelProbe::Answers()) {
         LookForTray();
-    } else if (!m_bAsked && m_sinceStep.hasExpired(kLookMs)) {
+    } else if (!m_bAsked && (!m_sinceStep.isValid() || m_sinceStep.hasExpired(kLookMs))) {
         m_bAsked = true;
         m_sinceStep.start();
         m_panel.Ask();

@@ -17,7 +17,11 @@ namespace {
 constexpr auto kConnection = "panel";
 constexpr auto kService = "org.kde.StatusNotifierWatcher";
 constexpr auto kPath = "/StatusNotifierWatcher";
-constexpr auto kPanel = "--panel"; // what this program is with this argument
+constexpr int kPauseMs = 200; // between questions that do not belong together
+
+// What this program is with one of these arguments.
+constexpr auto kPlainPanel = "--panel";
+constexpr auto kStoppingPanel = "--stopping-panel";
 
 } // namespace
 
@@ -50,10 +54,15 @@ public:
     }
 
     Q_SIGNAL void WasAsked() const;
+    Q_SIGNAL void GotItem() const;
 
     // NOLINTBEGIN(readability-identifier-naming): the names of the methods and signals
 public slots:
-    void RegisterStatusNotifierItem(const QString& /*item*/) { items << message().service(); }
+    void RegisterStatusNotifierItem(const QString& /*item*/)
+    {
+        items << message().service();
+        Q_EMIT GotItem();
+    }
 
 signals:
     void StatusNotifierHostRegistered();
@@ -74,6 +83,36 @@ bool Serve(const QString& address, StatusItems& items)
            bus.registerService(kService);
 }
 
+void Say(const char* text)
+{
+    std::puts(text);
+    std::fflush(stdout);
+}
+
+int RunPanel(const QString& address, StatusItems& items)
+{
+    if (!Serve(address, items)) {
+        return 1;
+    }
+    Say("ready");
+    return QCoreApplication::exec();
+}
+
+// A panel in a process of its own, which says when it has got an item, and when it is at rest after
+// it has been asked.
+int RunPlainPanel(int count, char** values)
+{
+    const QCoreApplication program(count, values);
+    StatusItems items;
+    QTimer pause;
+    pause.setSingleShot(true);
+    pause.setInterval(kPauseMs);
+    QObject::connect(&items, &StatusItems::WasAsked, &pause, [&] { pause.start(); });
+    QObject::connect(&pause, &QTimer::timeout, &items, [] { Say("at rest"); });
+    QObject::connect(&items, &StatusItems::GotItem, &items, [] { Say("item"); });
+    return RunPanel(values[2], items);
+}
+
 // A panel in a process of its own. Some time after it has got an item it stops, at a moment when
 // nobody waits for its answer.
 int RunStoppingPanel(int count, char** values)
@@ -82,7 +121,7 @@ int RunStoppingPanel(int count, char** values)
     StatusItems items;
     QTimer pause;
     pause.setSingleShot(true);
-    pause.setInterval(200);
+    pause.setInterval(kPauseMs);
     QElapsedTimer life;
     QObject::connect(&items, &StatusItems::WasAsked, &pause, [&] {
         if (!items.items.isEmpty() && !life.isValid()) {
@@ -93,14 +132,40 @@ int RunStoppingPanel(int count, char** values)
         }
     });
     QObject::connect(&pause, &QTimer::timeout, &items, [] {
-        std::puts("hangs");
-        std::fflush(stdout);
+        Say("hangs");
         std::raise(SIGSTOP);
     });
-    return Serve(values[2], items) && std::puts("ready") >= 0 && std::fflush(stdout) == 0
-               ? QCoreApplication::exec()
-               : 1;
+    return RunPanel(values[2], items);
 }
+
+// What a panel of its own has said.
+class PanelProcess
+{
+public:
+    PanelProcess(const char* kind, const QString& address)
+    {
+        m_process.start(QCoreApplication::applicationFilePath(), {kind, address});
+    }
+    ~PanelProcess()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+    Q_DISABLE_COPY_MOVE(PanelProcess)
+
+    bool HasSaid(const char* text)
+    {
+        return WaitUntil([&] {
+            m_said += m_process.readAll();
+            return m_said.contains(text);
+        });
+    }
+    void Signal(int signal) { kill(static_cast<pid_t>(m_process.processId()), signal); }
+
+private:
+    QProcess m_process;
+    QByteArray m_said;
+};
 
 } // namespace
 
@@ -115,6 +180,8 @@ private slots:
     void panelThatCrashesIsReplacedUntilItReturns();
     void panelThatLeavesItsListBehindIsReplacedUntilItReturns();
     void panelThatHangsDoesNotHangTheWindow();
+    void panelThatHangsFromTheStartShowsTheIconWhenItGoesOn_data();
+    void panelThatHangsFromTheStartShowsTheIconWhenItGoesOn();
 
 private:
     bool WantsTray() const override { return false; }
@@ -220,21 +287,13 @@ void BusTrayDesktopTest::panelThatLeavesItsListBehindIsReplacedUntilItReturns()
 // Qt would wait 25 s for each of its answers.
 void BusTrayDesktopTest::panelThatHangsDoesNotHangTheWindow()
 {
-    QProcess panel;
-    QByteArray said;
-    const auto hasSaid = [&](const char* text) {
-        return WaitUntil([&] {
-            said += panel.readAll();
-            return said.contains(text);
-        });
-    };
-    panel.start(QCoreApplication::applicationFilePath(), {kPanel, Address()});
-    QVERIFY2(hasSaid("ready"), "the bus refuses the panel");
+    PanelProcess panel(kStoppingPanel, Address());
+    QVERIFY2(panel.HasSaid("ready"), "the bus refuses the panel");
     Recorder recorder(m_desktop);
     recorder.SetEnvironment("DBUS_SESSION_BUS_ADDRESS", Address());
     QVERIFY(recorder.StartOnRecordPage());
     QVERIFY(recorder.StartRecording());
-    QVERIFY2(hasSaid("hangs"), "the panel is not asked");
+    QVERIFY2(panel.HasSaid("hangs"), "the panel is not asked");
     QVERIFY2(!HasStandIn(), "the stand-in stands beside the icon");
 
     QVERIFY2(WaitUntil([&] { return HasStandIn(); }), "no stand-in for a tray that hangs");
@@ -242,14 +301,46 @@ void BusTrayDesktopTest::panelThatHangsDoesNotHangTheWindow()
     QVERIFY2(recorder.WaitShown(), "the stand-in does not bring the window back");
     recorder.Click("record.record");
     QVERIFY2(recorder.WaitForTool(), "the recording cannot be stopped");
-    panel.kill();
-    panel.waitForFinished();
+}
+
+void BusTrayDesktopTest::panelThatHangsFromTheStartShowsTheIconWhenItGoesOn_data()
+{
+    QTest::addColumn<bool>("before");
+    QTest::newRow("before the record page") << true;
+    QTest::newRow("before the recording") << false;
+}
+
+void BusTrayDesktopTest::panelThatHangsFromTheStartShowsTheIconWhenItGoesOn()
+{
+    QFETCH(bool, before);
+    PanelProcess panel(kPlainPanel, Address());
+    QVERIFY2(panel.HasSaid("ready"), "the bus refuses the panel");
+    Recorder recorder(m_desktop);
+    recorder.SetEnvironment("DBUS_SESSION_BUS_ADDRESS", Address());
+    if (before) {
+        panel.Signal(SIGSTOP);
+    }
+    QVERIFY(recorder.StartOnRecordPage());
+    if (!before) {
+        QVERIFY2(panel.HasSaid("at rest"), "the panel is not asked");
+        panel.Signal(SIGSTOP);
+    }
+    QVERIFY2(recorder.StartRecording(), "the recording waits for the panel");
+    QVERIFY2(WaitUntil([&] { return HasStandIn(); }), "no stand-in for a tray that hangs");
+
+    panel.Signal(SIGCONT);
+    QVERIFY2(panel.HasSaid("item"), "the icon does not come");
+    QVERIFY2(WaitUntil([&] { return !HasStandIn(); }), "the stand-in stays beside the tray");
+    QVERIFY(recorder.IsRunning());
 }
 
 int main(int count, char** values)
 {
-    if (count == 3 && qstrcmp(values[1], kPanel) == 0) {
+    if (count == 3 && qstrcmp(values[1], kStoppingPanel) == 0) {
         return RunStoppingPanel(count, values);
+    }
+    if (count == 3 && qstrcmp(values[1], kPlainPanel) == 0) {
+        return RunPlainPanel(count, values);
     }
     QCoreApplication program(count, values);
     BusTrayDesktopTest test;
