@@ -1,30 +1,29 @@
 #include "tool/edit/room.h"
 
+#include "tool/system/free_bytes.h"
+
 #include <algorithm>
 #include <cmath>
-#include <sys/statvfs.h>
 
 namespace tool {
 namespace {
 
-std::string Megabytes(double bytes)
+std::string Megabytes(uint64_t bytes)
 {
-    return std::to_string(static_cast<int64_t>(std::ceil(bytes / 1e6))) + " MB";
+    return std::to_string(static_cast<int64_t>(std::ceil(static_cast<double>(bytes) / 1e6))) +
+           " MB";
 }
 
 } // namespace
 
 std::string LackOfRoom(int folder, uint64_t bytes)
 {
-    struct statvfs volume = {};
-    if (fstatvfs(folder, &volume) != 0 || volume.f_blocks == 0 || volume.f_frsize == 0 ||
-        bytes / volume.f_frsize < volume.f_bavail) {
+    const auto left = FreeBytes(folder);
+    if (!left || bytes < *left) {
         return {};
     }
-    const double left = static_cast<double>(volume.f_bavail) * static_cast<double>(volume.f_frsize);
     return "the disk has no room for the result, which needs " +
-           Megabytes(std::max(static_cast<double>(bytes), 1.0)) + ": " + Megabytes(left) +
-           " are free";
+           Megabytes(std::max<uint64_t>(bytes, 1)) + ": " + Megabytes(*left) + " are free";
 }
 
 } // namespace tool
