@@ -6,6 +6,8 @@
 #include <QProcess>
 #include <QTest>
 
+#include <sys/stat.h>
+
 class ToolJobTest : public JobTest
 {
     Q_OBJECT
@@ -18,7 +20,10 @@ private slots:
     void failureLeavesNothing();
     void cancelLeavesNothing_data();
     void cancelLeavesNothing();
+    void signalBeforeTheStartLeavesNothing();
     void killedWorkerLeavesNothing();
+    void killedScriptLeavesNoProcess_data();
+    void killedScriptLeavesNoProcess();
     void endOfTheRecorderDoesNotEndTheJob_data();
     void endOfTheRecorderDoesNotEndTheJob();
     void recorderIsFreeBeforeItsWaitIsOver();
@@ -115,6 +120,30 @@ void ToolJobTest::cancelLeavesNothing()
     QVERIFY2(WaitFor([this] { return AllEnded(); }, 5000), "ffmpeg goes on");
 }
 
+// When the file is there and ffmpeg does not run yet: `tool` is asking how many bytes are free.
+void ToolJobTest::signalBeforeTheStartLeavesNothing()
+{
+    UseFfmpeg(kWait + kWrite);
+    const QByteArray free = QFile::encodeName(Path("free"));
+    QCOMPARE(mkfifo(free.constData(), 0600), 0);
+    QFile answer(Path("free"));
+    QVERIFY(answer.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("LD_PRELOAD", STATVFS_PRELOAD);
+    environment.insert("LUMENFOLD_FAKE_FREE_SPACE", Path("free"));
+    process.setProcessEnvironment(environment);
+    process.start(TOOL_PROGRAM, CutArguments());
+    QVERIFY(process.waitForStarted());
+    QVERIFY(WaitFor([this] { return !Files().isEmpty(); }));
+    process.terminate();
+    QVERIFY(answer.write("1000000000\n") > 0);
+    const End end(process);
+    QCOMPARE(Files(), QStringList());
+    QVERIFY2(end.code > 0 && end.text.contains("No such file was made"), end.text);
+}
+
 void ToolJobTest::killedWorkerLeavesNothing()
 {
     UseFfmpeg("cat \"$MOVIE\" >\"$OUT\"\nexec sleep 100\n");
@@ -122,6 +151,32 @@ void ToolJobTest::killedWorkerLeavesNothing()
     const QList<pid_t> children = ChildrenOf(process->processId());
     QCOMPARE(children.size(), 1);
     kill(children[0], SIGKILL);
+    const End end(*process);
+    QVERIFY2(end.code > 0 && end.text.contains("No such file was made"), end.text);
+    QCOMPARE(Files(), QStringList());
+    QVERIFY2(WaitFor([this] { return AllEnded(); }, 5000), "ffmpeg goes on");
+}
+
+void ToolJobTest::killedScriptLeavesNoProcess_data()
+{
+    QTest::addColumn<bool>("killsWorker");
+    QTest::newRow("the script is killed") << false;
+    QTest::newRow("the worker is killed") << true;
+}
+
+// ffmpeg may be a script, and what it has started is the program that works.
+void ToolJobTest::killedScriptLeavesNoProcess()
+{
+    QFETCH(bool, killsWorker);
+    UseFfmpeg("cat \"$MOVIE\" >\"$OUT\"\n(echo $BASHPID >>\"$HERE/processes\"\n"
+              "touch \"$HERE/ready\"\n" +
+              kWait + ")\n");
+    const auto process = StartCut();
+    QVERIFY(WaitFor([this] { return QFile::exists(Path("ready")); }));
+    const pid_t worker = ChildrenOf(process->processId()).value(0);
+    const pid_t victim = killsWorker ? worker : ChildrenOf(worker).value(0);
+    QVERIFY(victim > 0);
+    QCOMPARE(kill(victim, SIGKILL), 0);
     const End end(*process);
     QVERIFY2(end.code > 0 && end.text.contains("No such file was made"), end.text);
     QCOMPARE(Files(), QStringList());

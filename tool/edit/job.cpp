@@ -85,6 +85,7 @@ std::chrono::milliseconds TimeLeft()
 int RunJob(const Job& job)
 {
     IgnoreSignals({SIGPIPE});
+    std::optional<SignalBlock> block(std::in_place); // until somebody is there to remove the file
     PartFile part(job.destination);
     if (!part.IsOpen()) {
         return Refuse(part.Problem(), job.destination);
@@ -94,7 +95,6 @@ int RunJob(const Job& job)
         return Refuse(lack, job.destination);
     }
     auto leash = MakePipe();
-    std::optional<SignalBlock> block(std::in_place);
     const pid_t child = leash ? fork() : -1;
     if (child < 0) {
         part.Remove();

@@ -55,6 +55,9 @@ std::optional<std::string> JobWorker::Make()
     }
     ReadOutput();
     const int code = m_ffmpeg->Wait();
+    if (code != 0) {
+        EndGroup();
+    }
     std::string file;
     if (m_cancelled) {
         m_problem = "cancelled";
@@ -115,8 +118,14 @@ void JobWorker::Look(int milliseconds)
         ReadOutput();
     }
     if (m_cancelled && m_ffmpeg && !m_ffmpeg->ExitCode()) {
-        kill(-m_ffmpeg->Id(), SIGKILL); // a wrapper has started others
+        EndGroup();
     }
+}
+
+// ffmpeg may be a script that has started others.
+void JobWorker::EndGroup() const
+{
+    kill(-m_ffmpeg->Id(), SIGKILL);
 }
 
 void JobWorker::ReadOutput()

@@ -29,6 +29,7 @@ private:
     std::optional<std::string> Make();
     bool Start();
     void Look(int milliseconds);
+    void EndGroup() const;
     void ReadOutput();
     void ReadLeash();
     void ReadSignals();

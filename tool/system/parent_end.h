@@ -10,7 +10,7 @@ bool PrepareParentEnd();
 
 // For a child process, before exec or instead of it: requests this signal, once, for the time when
 // the process that has forked it ends. Returns false, with errno, if that is not possible or
-// `parent`, that process, has ended already.
+// `parent`, that process, has ended already. A leader of a process group requests it for the group.
 bool SignalAtParentEnd(int number, pid_t parent);
 
 } // namespace tool

@@ -43,7 +43,8 @@ bool SignalAtParentEnd(int number, pid_t parent)
     // A read end, which stays open in the program. The write end does not, or the parent's would
     // not be the only one.
     const int end = open(TheLifeline().name.c_str(), O_RDONLY | O_NONBLOCK);
-    if (end < 0 || fcntl(end, F_SETOWN, getpid()) != 0 || fcntl(end, F_SETSIG, number) != 0 ||
+    const pid_t target = getpgrp() == getpid() ? -getpid() : getpid();
+    if (end < 0 || fcntl(end, F_SETOWN, target) != 0 || fcntl(end, F_SETSIG, number) != 0 ||
         fcntl(end, F_SETFL, O_ASYNC | O_NONBLOCK) != 0) {
         return false;
     }

@@ -33,6 +33,7 @@ bool IsLeftAlone(pid_t process, pid_t parent)
 // descriptors: whoever reads from a pipe of the two processes must see the end of it.
 [[noreturn]] void Watch(pid_t process, pid_t parent, int number)
 {
+    const pid_t target = getpgid(process) == process ? -process : process;
     sigset_t all;
     sigfillset(&all);
     sigprocmask(SIG_BLOCK, &all, nullptr);
@@ -42,7 +43,7 @@ bool IsLeftAlone(pid_t process, pid_t parent)
         close(descriptor);
     }
     if (IsLeftAlone(process, parent)) {
-        kill(process, number);
+        kill(target, number);
     }
     _exit(0);
 }
