@@ -6,8 +6,8 @@
 #include "app/end_signals.h"
 #include "app/launcher.h"
 #include "app/window_platform.h"
-#include "jobs/work_thread.h"
 #include "jobs/text_codec.h"
+#include "jobs/work_thread.h"
 #include "ui/drui.h"
 #include "util/wide_text.h"
 

@@ -1,5 +1,5 @@
-# Shared by scripts/virtual-desktop and scripts/wayland-desktop: the servers of a session of their own. Source it
-# from bash.
+# Shared by scripts/virtual-desktop, wayland-desktop and gnome-desktop: the servers of a session of their own.
+# Source it from bash.
 # shellcheck shell=bash
 # shellcheck disable=SC2317 # functions are called by traps and through WaitFor
 # shellcheck source-path=SCRIPTDIR source=common.bash

@@ -1,5 +1,5 @@
 // What `tool` does while ffmpeg looks at movies for a conversion or a join.
-#include "tests/support/ffmpeg_stand_in.h"
+#include "tests/support/job_test.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
@@ -8,19 +8,8 @@
 #include <csignal>
 #include <memory>
 
-namespace {
-
-const QByteArray kWait = FfmpegStandIn::kWait;
-
-bool TellsFailure(const QByteArray& text)
-{
-    return text.contains("No such file") || text.contains("Invalid data");
-}
-
-} // namespace
-
 // Each test runs for a conversion and for a join that need ffmpeg's answer.
-class ToolMovieQuestionTest : public QObject
+class ToolMovieQuestionTest : public JobTest
 {
     Q_OBJECT
 
@@ -38,17 +27,13 @@ private slots:
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     static void AddKinds();
-    QString Path(const QString& name) const { return m_ffmpeg->Path(name); }
     QStringList Convert(const QString& source, const QString& part) const
     {
         return {"-i",   Path(source), "-vcodec",          "copy",    "-acodec",
                 "copy", "-vbsf",      "h264_mp4toannexb", Path(part)};
     }
     QStringList Arguments() const;
-    std::unique_ptr<QProcess> Start(const QString& tool) const;
     void ExpectNothingLeft() const;
-
-    std::unique_ptr<FfmpegStandIn> m_ffmpeg;
 };
 
 void ToolMovieQuestionTest::AddKinds()
@@ -61,8 +46,7 @@ void ToolMovieQuestionTest::AddKinds()
 // The conversions before the join do without ffmpeg.
 void ToolMovieQuestionTest::init()
 {
-    m_ffmpeg = std::make_unique<FfmpegStandIn>();
-    QCOMPARE(m_ffmpeg->MakeTheMovie(), QByteArray());
+    Prepare();
     QCOMPARE(MakeMovie({"-i", m_ffmpeg->Movie(), "-vf", "scale=80:60", Path("other.mp4")}),
              QByteArray());
     QVERIFY(Write(Path("text.mp4"), "no movie"));
@@ -76,7 +60,7 @@ void ToolMovieQuestionTest::init()
 
 void ToolMovieQuestionTest::cleanup()
 {
-    m_ffmpeg.reset();
+    Finish();
 }
 
 QStringList ToolMovieQuestionTest::Arguments() const
@@ -94,39 +78,18 @@ QStringList ToolMovieQuestionTest::Arguments() const
                  : Convert("text.mp4", "out/3.ts");
 }
 
-// Returns when ffmpeg has been asked.
-std::unique_ptr<QProcess> ToolMovieQuestionTest::Start(const QString& tool) const
-{
-    auto process = std::make_unique<QProcess>();
-    process->setProcessChannelMode(QProcess::MergedChannels);
-    process->start(tool, Arguments());
-    if (!process->waitForStarted() || !WaitFor([this] { return m_ffmpeg->HasStarted(); })) {
-        qWarning("ffmpeg is not asked: %s", process->readAll().constData());
-    }
-    return process;
-}
-
 void ToolMovieQuestionTest::ExpectNothingLeft() const
 {
-    QVERIFY2(WaitFor([this] { return m_ffmpeg->AllEnded(); }, 5000), "ffmpeg goes on");
-    QCOMPARE(m_ffmpeg->Results(), QStringList());
+    QVERIFY2(WaitFor([this] { return AllEnded(); }, 5000), "ffmpeg goes on");
+    QCOMPARE(Files(), QStringList());
 }
 
-// The recorder passes a cancel on when it reads output.
 void ToolMovieQuestionTest::cancelIsHeardMeanwhile()
 {
-    QVERIFY(m_ffmpeg->Use(kWait));
-    const auto process = Start(TOOL_PROGRAM);
+    UseFfmpeg(kWait);
+    const auto process = Start(TOOL_PROGRAM, Arguments());
+    ExpectHarmlessChunks(*process, 5);
     QElapsedTimer time;
-    time.start();
-    int chunks = 0;
-    QByteArray text;
-    while (time.elapsed() < 1500 && process->waitForReadyRead(1000)) {
-        text += process->readAll();
-        ++chunks;
-    }
-    QVERIFY2(chunks >= 5, qPrintable(QString("%1 chunks in 1.5 s").arg(chunks)));
-    QVERIFY2(!text.contains("frame=") && !TellsFailure(text), text);
     time.start();
     process->write("q\r\n");
     const End end(*process);
@@ -138,8 +101,8 @@ void ToolMovieQuestionTest::cancelIsHeardMeanwhile()
 // Later the recorder would have told success, and its process would be busy with this one.
 void ToolMovieQuestionTest::missingAnswerIsAFailureInTime()
 {
-    QVERIFY(m_ffmpeg->Use(kWait));
-    const auto process = Start(HASTY_TOOL);
+    UseFfmpeg(kWait);
+    const auto process = Start(HASTY_TOOL, Arguments());
     QVERIFY2(process->waitForFinished(2900), "tool keeps the recorder waiting");
     const End end(*process);
     QVERIFY2(end.code > 0 && TellsFailure(end.text), end.text);
@@ -149,7 +112,7 @@ void ToolMovieQuestionTest::missingAnswerIsAFailureInTime()
 void ToolMovieQuestionTest::emptyAnswerIsAFailure()
 {
     QVERIFY(m_ffmpeg->Use("exit 0\n"));
-    const auto process = Start(TOOL_PROGRAM);
+    const auto process = Start(TOOL_PROGRAM, Arguments());
     const End end(*process);
     QVERIFY2(end.code > 0 && TellsFailure(end.text), end.text);
     ExpectNothingLeft();
@@ -157,8 +120,8 @@ void ToolMovieQuestionTest::emptyAnswerIsAFailure()
 
 void ToolMovieQuestionTest::killedToolLeavesNobodyAsking()
 {
-    QVERIFY(m_ffmpeg->Use(kWait));
-    const auto process = Start(TOOL_PROGRAM);
+    UseFfmpeg(kWait);
+    const auto process = Start(TOOL_PROGRAM, Arguments());
     process->kill();
     QVERIFY(HasEnded(*process));
     ExpectNothingLeft();
