@@ -1,5 +1,8 @@
 #pragma once
 
+#include "jobs/free_space.h"
+#include "jobs/slow_question.h"
+
 #include <QDateTime>
 #include <QString>
 
@@ -19,3 +22,11 @@ std::optional<QString> NewRecordPath(const QString& directory, const QDateTime& 
 
 /// GiveToFolderOwner(). Returns true.
 bool GiveRecording(const QString& path);
+
+/// What a recording asks of its save directory and its file, again and again.
+struct RecordingQuestions
+{
+    SlowQuestion<quint64> freeBytes{FreeBytes};
+    SlowQuestion<qint64> fileBytes{FileBytes};
+    SlowQuestion<bool> given{GiveRecording};
+};

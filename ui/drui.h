@@ -1,15 +1,14 @@
 #pragma once
 
 #include "jobs/file_records.h"
-#include "jobs/free_space.h"
 #include "jobs/job_thread.h"
 #include "jobs/record_file.h"
-#include "jobs/slow_question.h"
+#include "ui/page_parts.h"
 #include "ui/panel_probe.h"
+#include "ui/video_table.h"
 #include "ui_drui.h"
 
 #include <QHash>
-#include <QIcon>
 #include <QMainWindow>
 #include <QProcess>
 #include <QSystemTrayIcon>
@@ -21,27 +20,17 @@
 
 class QAction;
 class QComboBox;
-class QHBoxLayout;
-class QLabel;
 class QEventLoop;
-class QLineEdit;
 class FailureNotice;
 class FocusRing;
 class FreeSpaceLabel;
 class InputBlock;
-class QPushButton;
 class QSlider;
 class QStackedLayout;
-class QTableWidget;
-class QTableWidgetItem;
 class QTimer;
 class QTreeWidgetItem;
-class QVBoxLayout;
 class RecordingWatch;
 class TrayStandIn;
-class VideoTable;
-struct FolderRowShape;
-struct TitleStripShape;
 
 // Spelled as in the signature of a slot.
 using WCHAR = wchar_t;
@@ -176,7 +165,6 @@ private:
     void AddAudioChoices(QWidget* panel);
     void AddSaveDirectory(QWidget* panel);
     QWidget* CreateRecordBar();
-    void ShowFreeSpace();
     QWidget* m_pLayout2Widget = nullptr;
     QLineEdit* m_pSaveDirEdit = nullptr;
     FreeSpaceLabel* m_pFreeSpaceLabel = nullptr;
@@ -201,9 +189,7 @@ private:
     int m_nBlinkCount = 0;
     [[maybe_unused]] qint64 m_n64RecSpare = 0; // set with the blink counter, otherwise unused
     QString m_strRecFile;
-    SlowQuestion<quint64> m_freeBytes{FreeBytes}; // for the recording
-    SlowQuestion<qint64> m_fileBytes{FileBytes};  // recorded
-    SlowQuestion<bool> m_fileGiven{GiveRecording};
+    RecordingQuestions m_questions;
     bool m_bQuitSent = false; // the running tool has been asked to quit
     RecordingWatch* m_pRecordingWatch = nullptr;
     std::unique_ptr<FailureNotice> m_pFailureNotice;
@@ -211,7 +197,6 @@ private:
     // --- system tray: tray.cpp ---
     void CreateSystemTray();
     void AddTrayIcon();
-    void ShowTrayIcon();
     QAction* TrayEntry(int position) const;
     void SetTrayEntry(int position, const QString& text, const QString& image);
     void SetTrayIcon(const QString& image);
@@ -223,11 +208,9 @@ private:
 
     // --- the cut and the merge page: video_pages.cpp, scan.cpp, rebuild.cpp ---
     QHBoxLayout* CreateFolderRow(QWidget* page, const FolderRowShape& shape, const char* slot);
-    static VideoTable* CreateVideoTable(QWidget* page, const QStringList& labels);
     enum class Entry { None, Cut, Merge }; // of the home page, that scan a folder
     bool IsBusy() const;
     void Enter(Entry entry);
-    void ShowEntered();
     void LeaveScan();
     InputBlock BeginReading();
     bool ListFolder(const QString& folder);

@@ -5,6 +5,9 @@
 
 void FreeSpaceLabel::ShowSpaceOf(const QString& directory)
 {
+    if (directory.isEmpty()) {
+        return;
+    }
     m_space.Ask(directory);
     ShowAnswer();
     m_space.CallWhenAnswered(*this, "ShowAnswer");

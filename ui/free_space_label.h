@@ -14,7 +14,7 @@ public:
     using QLabel::QLabel;
 
     /// Shows what the volume has now, also if it answers late. Until it has ever answered, the
-    /// space is unknown.
+    /// space is unknown. Does nothing without a directory.
     void ShowSpaceOf(const QString& directory);
 
 private:

@@ -56,7 +56,7 @@ QWidget* DRUI::CreateRecordPanel()
     m_pFreeSpaceLabel->setGeometry(220, 170, 100, 25);
     m_pFreeSpaceLabel->setFont(font);
     m_pFreeSpaceLabel->setObjectName("m_pFreeSpaceLabel");
-    ShowFreeSpace();
+    m_pFreeSpaceLabel->ShowSpaceOf(m_pSaveDirEdit->text());
     CreateText(panel, {50, 220, 500, 50},
                "The best screen recorder & video editor that you can use to capture\n"
                "everything on your screen with original picture-in-picture",
@@ -117,14 +117,6 @@ QWidget* DRUI::CreateRecordBar()
     return bar;
 }
 
-void DRUI::ShowFreeSpace()
-{
-    const QString directory = m_pSaveDirEdit->text();
-    if (!directory.isEmpty()) {
-        m_pFreeSpaceLabel->ShowSpaceOf(directory);
-    }
-}
-
 void DRUI::ComBoxIndexChange(int index)
 {
     m_nSelectedDeviceID = m_pAudioComBox->itemData(index).toUInt();
@@ -140,6 +132,6 @@ void DRUI::btnSlotLayout2Dir()
     m_pSaveDirEdit->setText(directory);
     if (!directory.isEmpty()) {
         WriteSavePath(m_strIniPath, directory);
-        ShowFreeSpace();
+        m_pFreeSpaceLabel->ShowSpaceOf(m_pSaveDirEdit->text());
     }
 }

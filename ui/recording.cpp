@@ -40,7 +40,11 @@ void DRUI::btnSlotRecord()
     if (!m_bIsStart) {
         m_bIsStart = true;
         EnterRecording();
-        ShowTrayIcon();
+        m_panel.WhenItAnswers([this] {
+            if (m_pTrayIcon != nullptr) {
+                m_pTrayIcon->setVisible(true);
+            }
+        });
         hide();
         m_pStereoMix->show();
         StartQProcessRecord();
@@ -148,11 +152,12 @@ void DRUI::doTimerRec()
     const quint32 elapsed = ElapsedMs(m_nRecStartTick, TickNow());
     m_pTrayStandIn->ShowElapsed(elapsed);
     m_pTrayStandIn->FollowTray();
-    m_pStereoMix->setText(RecordingStatus(elapsed, m_fileBytes.Ask(m_strRecFile).value_or(0)));
+    m_pStereoMix->setText(
+        RecordingStatus(elapsed, m_questions.fileBytes.Ask(m_strRecFile).value_or(0)));
     // Its geometry is for 72 dpi. With larger fonts it grows downwards.
     m_pStereoMix->resize(m_pStereoMix->width(),
                          qMax(m_pStereoMix->height(), m_pStereoMix->sizeHint().height()));
-    const std::optional<quint64> free = m_freeBytes.Ask(m_pSaveDirEdit->text());
+    const std::optional<quint64> free = m_questions.freeBytes.Ask(m_pSaveDirEdit->text());
     if (free && IsTooLittleSpace(*free)) {
         m_nRecorderRet = kStoppedForSpace;
         btnSlotRecord();
@@ -165,7 +170,7 @@ void DRUI::ReadRecordInfo()
 {
     m_pRecordingWatch->AddOutput(ReadToolText(*m_pRecProcess));
     if (MustGiveFiles()) { // it exists by now
-        m_fileGiven.Ask(m_strRecFile);
+        m_questions.given.Ask(m_strRecFile);
     }
     if (!m_bIsStart) {
         AskToolToQuit(*m_pRecProcess);

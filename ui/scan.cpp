@@ -54,23 +54,17 @@ void DRUI::Enter(Entry entry)
     m_nextEntry = entry;
     while (m_nextEntry != Entry::None) {
         m_entering = std::exchange(m_nextEntry, Entry::None);
-        ShowEntered();
+        m_bStopScan = false;
+        const bool isCut = m_entering == Entry::Cut;
+        const QString folder = m_pLayout4DirEdit->text(); // for both, which is intended
+        if (isCut ? FillCutTable(folder) : FillSourceTable(folder)) {
+            // With focus in the folder field, the next click elsewhere would scan it again.
+            (isCut ? m_pCutVideoTable : m_pSourceVideoTable)->setFocus();
+            m_pStack->setCurrentWidget(isCut ? m_pLayout3Widget : m_pLayout4Widget);
+        }
     }
     m_entering = Entry::None;
     QGuiApplication::restoreOverrideCursor();
-}
-
-// Reads the merge page's folder for both pages, and focuses the table: with focus in the folder
-// field, the next click elsewhere would scan the folder again. Both are intended.
-void DRUI::ShowEntered()
-{
-    const QString folder = m_pLayout4DirEdit->text();
-    const bool isCut = m_entering == Entry::Cut;
-    m_bStopScan = false;
-    if (isCut ? FillCutTable(folder) : FillSourceTable(folder)) {
-        (isCut ? m_pCutVideoTable : m_pSourceVideoTable)->setFocus();
-        m_pStack->setCurrentWidget(isCut ? m_pLayout3Widget : m_pLayout4Widget);
-    }
 }
 
 // A page shows its folder's files as they are probed. While this block is on, the window lives but

@@ -11,15 +11,6 @@ void DRUI::CreateSystemTray()
     m_panel.WhenItAnswers([this] { AddTrayIcon(); });
 }
 
-void DRUI::ShowTrayIcon()
-{
-    m_panel.WhenItAnswers([this] {
-        if (m_pTrayIcon != nullptr) {
-            m_pTrayIcon->setVisible(true);
-        }
-    });
-}
-
 void DRUI::AddTrayIcon()
 {
     m_pTrayIcon = new QSystemTrayIcon(QIcon(":/image/rec1.png"), this);

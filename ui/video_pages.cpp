@@ -1,12 +1,10 @@
 #include "ui/drui.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
-#include "ui/video_table.h"
 
-#include <QHeaderView>
 #include <QLineEdit>
 
-// Shared by the cut and merge pages: the row with the folder, and the tables.
+// Shared by the cut and merge pages: the row with the folder.
 
 QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, const char* slot)
 {
@@ -33,22 +31,4 @@ QHBoxLayout* DRUI::CreateFolderRow(QWidget* page, const FolderRowShape& shape, c
     row->addWidget(holder);
     row->addSpacing(width() - shape.widthLeft);
     return row;
-}
-
-// A read-only table in which one whole row can be selected at a time.
-VideoTable* DRUI::CreateVideoTable(QWidget* page, const QStringList& labels)
-{
-    auto* table = new VideoTable(page);
-    table->setFont(CalibriFont(11));
-    table->horizontalHeader()->setFont(CalibriFont(11));
-    table->setColumnCount(static_cast<int>(labels.size())); // uses the header's font
-    table->setHorizontalHeaderLabels(labels);
-    table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft);
-    table->horizontalHeader()->setStretchLastSection(true);
-    table->verticalHeader()->setVisible(false);
-    table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table->setSelectionMode(QAbstractItemView::SingleSelection);
-    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    table->setWordWrap(false); // a wrapped name would lose the time after the date
-    return table;
 }

@@ -1,5 +1,7 @@
 #include "ui/video_table.h"
 
+#include "ui/styles.h"
+
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QStyledItemDelegate>
@@ -63,4 +65,21 @@ void VideoTable::keyPressEvent(QKeyEvent* event)
     if (currentItem() != nullptr && (pressed || selectedIndexes() != selected)) {
         Q_EMIT itemClicked(currentItem());
     }
+}
+
+VideoTable* CreateVideoTable(QWidget* page, const QStringList& labels)
+{
+    auto* table = new VideoTable(page);
+    table->setFont(CalibriFont(11));
+    table->horizontalHeader()->setFont(CalibriFont(11));
+    table->setColumnCount(static_cast<int>(labels.size())); // uses the header's font
+    table->setHorizontalHeaderLabels(labels);
+    table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft);
+    table->horizontalHeader()->setStretchLastSection(true);
+    table->verticalHeader()->setVisible(false);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setSelectionMode(QAbstractItemView::SingleSelection);
+    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table->setWordWrap(false); // a wrapped name would lose the time after the date
+    return table;
 }

@@ -18,3 +18,7 @@ public:
 protected:
     void keyPressEvent(QKeyEvent* event) override;
 };
+
+/// A read-only table of the cut or the merge page, with these columns. One whole row can be
+/// selected at a time.
+VideoTable* CreateVideoTable(QWidget* page, const QStringList& labels);
