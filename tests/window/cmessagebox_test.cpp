@@ -187,15 +187,7 @@ private:
         return move.isAccepted();
     }
 
-    QPushButton* Button(const QString& text)
-    {
-        for (auto* button : m_box->findChildren<QPushButton*>()) {
-            if (button->text() == text) {
-                return button;
-            }
-        }
-        return nullptr;
-    }
+    QPushButton* Button(const QString& text) { return ButtonReading(m_box.get(), text); }
 
     QStringList Texts()
     {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/window/find_widget.h"
 #include "ui/drui.h"
 
 #include <QApplication>
@@ -107,15 +108,13 @@ protected:
     }
 
     // Clicks the button with this text.
-    void Press(const QString& text)
+    void Press(const QString& text) { PressButton(m_window.get(), text); }
+
+    // The middle of this button, in the window.
+    QPoint MiddleOf(const QString& button)
     {
-        for (auto* button : m_window->findChildren<QPushButton*>()) {
-            if (button->isVisible() && button->text() == text) {
-                QTest::mouseClick(button, Qt::LeftButton);
-                return;
-            }
-        }
-        QFAIL(qPrintable("no button reads " + text));
+        const auto* found = VisibleButton(m_window.get(), button);
+        return found == nullptr ? QPoint() : found->mapTo(m_window.get(), found->rect().center());
     }
 
     void Call(const char* slot) { QVERIFY(QMetaObject::invokeMethod(m_window.get(), slot)); }

@@ -31,7 +31,7 @@ private Q_SLOTS:
         QTimer look;
         connect(&look, &QTimer::timeout, this, [&] {
             if (Waiting() > 0 && ++events == 20) {
-                QTest::mouseClick(Window().windowHandle(), Qt::LeftButton, {}, Back());
+                QTest::mouseClick(Window().windowHandle(), Qt::LeftButton, {}, MiddleOf("Back"));
             }
         });
         look.start(5);
@@ -139,18 +139,6 @@ private:
         ShowPage();
     }
     void ShowPage() { Call(IsMerge() ? "btnEditSlot" : "btnMontageSlot"); }
-
-    // The middle of the button, in the window.
-    QPoint Back()
-    {
-        for (auto* button : Window().findChildren<QPushButton*>()) {
-            if (button->isVisible() && button->text() == "Back") {
-                return button->mapTo(&Window(), button->rect().center());
-            }
-        }
-        QTest::qFail("there is no Back", __FILE__, __LINE__);
-        return {};
-    }
 };
 
 QTEST_MAIN(HangingFolderTest)

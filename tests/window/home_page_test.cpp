@@ -96,15 +96,7 @@ public Q_SLOTS:
 private:
     QWidget* Home() { return Child<QWidget>("m_pLayout1Widget"); }
 
-    QPushButton* HeaderButton(const QString& name)
-    {
-        for (auto* button : Home()->findChildren<QPushButton*>()) {
-            if (button->accessibleName() == name) {
-                return button;
-            }
-        }
-        return nullptr;
-    }
+    QPushButton* HeaderButton(const QString& name) { return ButtonNamed(Home(), name); }
 
     QList<QUrl> m_opened;
 };

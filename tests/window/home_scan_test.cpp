@@ -46,7 +46,7 @@ private Q_SLOTS:
     void recordIsEnteredFromAVideoThatCannotBeProbed_data() { Entries(); }
     void recordIsEnteredFromAVideoThatCannotBeProbed()
     {
-        HangProbes();
+        HangTheTool();
         When(IsToolAtWork, [this] { Click(kRecord); });
         QElapsedTimer time;
         time.start();
@@ -190,11 +190,6 @@ private:
     }
     void SetDead() { DeadPath::Set(SaveDirectory()); }
     static bool IsReading() { return DeadPath::Waiting() > 0; }
-
-    static void HangProbes()
-    {
-        InstallTool("#!/bin/bash\necho \"$*\" >\"${0%/*}/working\"; exec sleep 20\n");
-    }
 
     QPushButton* Button(const QString& text)
     {

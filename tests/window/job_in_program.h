@@ -120,12 +120,7 @@ protected:
     static void PressInDialog(const QString& text)
     {
         QVERIFY2(Dialog() != nullptr, "there is no progress dialog");
-        for (auto* button : Dialog()->findChildren<QPushButton*>()) {
-            if (button->text() == text) {
-                QTest::mouseClick(button, Qt::LeftButton);
-                return;
-            }
-        }
+        PressButton(Dialog(), text);
     }
 
     int m_left = 0;

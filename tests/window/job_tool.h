@@ -85,6 +85,12 @@ protected:
         Call("btnMontageSlot");
     }
 
+    // No run of the tool ends. Each writes its arguments to "working" first.
+    static void HangTheTool()
+    {
+        InstallTool("#!/bin/bash\necho \"$*\" >\"${0%/*}/working\"; exec sleep 20\n");
+    }
+
     // A shell script for all runs except probes. "$@" are the arguments.
     void SetJob(const QByteArray& script) { WriteFile(BesideProgram("job"), script); }
 
@@ -179,13 +185,8 @@ protected:
 
     bool Enabled(const QString& text)
     {
-        for (auto* button : Window().findChildren<QPushButton*>()) {
-            if (button->text() == text && button->isVisible()) {
-                return button->isEnabled();
-            }
-        }
-        QTest::qFail(qPrintable("no button reads " + text), __FILE__, __LINE__);
-        return false;
+        const auto* button = VisibleButton(&Window(), text);
+        return button != nullptr && button->isEnabled();
     }
 
     void Leave(const char* field)

@@ -211,36 +211,6 @@ QString Differences(const QString& page, const QList<Look>& looks)
     return comparison.Lines();
 }
 
-QLabel* LabelReading(const QWidget* root, const QString& text)
-{
-    for (auto* label : root->findChildren<QLabel*>()) {
-        if (label->text() == text) {
-            return label;
-        }
-    }
-    return nullptr;
-}
-
-QPushButton* ButtonReading(const QWidget* root, const QString& text)
-{
-    for (auto* button : root->findChildren<QPushButton*>()) {
-        if (button->text() == text) {
-            return button;
-        }
-    }
-    return nullptr;
-}
-
-QPushButton* ButtonNamed(const QWidget* root, const QString& name)
-{
-    for (auto* button : root->findChildren<QPushButton*>()) {
-        if (button->accessibleName() == name) {
-            return button;
-        }
-    }
-    return nullptr;
-}
-
 QWidget* HolderOf(const QWidget* widget)
 {
     return widget == nullptr ? nullptr : widget->parentWidget();

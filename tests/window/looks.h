@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/window/find_widget.h"
+
 #include <QLabel>
 #include <QLayout>
 #include <QPushButton>
@@ -47,11 +49,6 @@ QString Differences(const QString& page, const QList<Look>& looks);
 /// the format above.
 QString LayoutDifferences(const QString& page, const QLayout* layout, const QList<Look>& looks,
                           const QStringList& expected);
-
-/// Finds a label, a button by text, a button by accessible name. Null if there is none.
-QLabel* LabelReading(const QWidget* root, const QString& text);
-QPushButton* ButtonReading(const QWidget* root, const QString& text);
-QPushButton* ButtonNamed(const QWidget* root, const QString& name);
 
 /// The parent of this widget; null for null.
 QWidget* HolderOf(const QWidget* widget);

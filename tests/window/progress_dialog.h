@@ -56,16 +56,7 @@ protected:
         Emit("AddProcessCallBack", percent, "/v/a.mp4", "/o/M.mp4", error);
     }
 
-    void PressButton(const QString& text)
-    {
-        for (auto* button : m_dialog->findChildren<QPushButton*>()) {
-            if (button->text() == text) {
-                QTest::mouseClick(button, Qt::LeftButton);
-                return;
-            }
-        }
-        QFAIL(qPrintable("no button reads " + text));
-    }
+    void PressButton(const QString& text) { ::PressButton(m_dialog.get(), text); }
 
     std::unique_ptr<DRUI> m_window;
     std::unique_ptr<SCANUI> m_dialog;

@@ -53,7 +53,9 @@ private Q_SLOTS:
         MakeVideos(50);
         auto* table = Child<QTableWidget>(Table());
         When([table] { return table->rowCount() == 3; },
-             [this] { QTest::mouseClick(Window().windowHandle(), Qt::LeftButton, {}, Back()); });
+             [this] {
+                 QTest::mouseClick(Window().windowHandle(), Qt::LeftButton, {}, MiddleOf("Back"));
+             });
         Leave(Field());
         QCOMPARE(Page(), 0);
         QVERIFY2(table->rowCount() < 10, qPrintable(QString::number(table->rowCount())));
@@ -67,7 +69,7 @@ private Q_SLOTS:
     {
         MakeVideos(2);
         OpenOnPage();
-        HangProbes();
+        HangTheTool();
         When(IsToolAtWork, [this] { ClickBack(); });
         ExpectHomePageAtOnce([this] { Leave(Field()); });
         InstallTool(kVideoTool);
@@ -79,7 +81,7 @@ private Q_SLOTS:
     {
         MakeVideos(1);
         EnterCutPage();
-        HangProbes();
+        HangTheTool();
         When(IsToolAtWork, [this] { ClickBack(); });
         ExpectHomePageAtOnce([this] { ClickRow("m_pCutVideoTable", 0); });
         QVERIFY2(!Child<QPushButton>("m_pBtnCut")->isEnabled(), "it can be cut");
@@ -95,8 +97,10 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(&Window()));
         Child<QLineEdit>(Field())->setFocus();
         When([table] { return table->rowCount() == 3; },
-             [this] { QTest::mouseRelease(Window().windowHandle(), Qt::LeftButton, {}, Back()); });
-        QTest::mousePress(Window().windowHandle(), Qt::LeftButton, {}, Back());
+             [this] {
+                 QTest::mouseRelease(Window().windowHandle(), Qt::LeftButton, {}, MiddleOf("Back"));
+             });
+        QTest::mousePress(Window().windowHandle(), Qt::LeftButton, {}, MiddleOf("Back"));
         QCOMPARE(table->rowCount(), 5);
         QTRY_COMPARE(Page(), 0);
     }
@@ -118,8 +122,9 @@ private Q_SLOTS:
         OpenOnPage();
         MakeVideos(10);
         auto* table = Child<QTableWidget>(Table());
-        QPushButton* help =
-            Button([](const QPushButton& button) { return button.toolTip() == "Help"; });
+        auto* help = FindWidget<QPushButton>(&Window(), [](const QPushButton& button) {
+            return button.isVisible() && button.toolTip() == "Help";
+        });
         int rows = -1;
         connect(help, &QPushButton::pressed, this,
                 [&] { rows = rows < 0 ? table->rowCount() : rows; });
@@ -173,7 +178,7 @@ private Q_SLOTS:
     {
         MakeVideos(1);
         EnterCutPage();
-        HangProbes();
+        HangTheTool();
         When(IsToolAtWork, [this] { Window().close(); });
         QElapsedTimer time;
         time.start();
@@ -203,29 +208,9 @@ private:
     }
     void ShowPage() { Call(IsMerge() ? "btnEditSlot" : "btnMontageSlot"); }
 
-    QPushButton* Button(const std::function<bool(const QPushButton&)>& matches)
+    void ClickBack()
     {
-        for (auto* button : Window().findChildren<QPushButton*>()) {
-            if (button->isVisible() && matches(*button)) {
-                return button;
-            }
-        }
-        QTest::qFail("no such button", __FILE__, __LINE__);
-        return nullptr;
-    }
-
-    // The middle of the button, in the window.
-    QPoint Back()
-    {
-        auto* back = Button([](const QPushButton& button) { return button.text() == "Back"; });
-        return back->mapTo(&Window(), back->rect().center());
-    }
-
-    void ClickBack() { QTest::mouseClick(Window().windowHandle(), Qt::LeftButton, {}, Back()); }
-
-    static void HangProbes()
-    {
-        InstallTool("#!/bin/bash\necho \"$*\" >\"${0%/*}/working\"; exec sleep 20\n");
+        QTest::mouseClick(Window().windowHandle(), Qt::LeftButton, {}, MiddleOf("Back"));
     }
 
     // After something that waits.

@@ -69,16 +69,7 @@ private:
         return nullptr;
     }
 
-    static void Click(const QString& text)
-    {
-        for (auto* button : StandIn()->findChildren<QPushButton*>()) {
-            if (button->text() == text) {
-                QTest::mouseClick(button, Qt::LeftButton);
-                return;
-            }
-        }
-        QFAIL(qPrintable("the stand-in has no button " + text));
-    }
+    static void Click(const QString& text) { PressButton(StandIn(), text); }
 };
 
 QTEST_MAIN(TrayStandInTest)
