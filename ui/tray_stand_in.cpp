@@ -32,6 +32,7 @@ TrayStandIn::TrayStandIn()
     setObjectName("m_pTrayStandIn");
     setWindowTitle(tr("Recording"));
     setWindowIcon(QIcon(":/image/rec1.png"));
+    setFocusPolicy(Qt::StrongFocus);
 
     auto* text = new QLabel(tr("Lumenfold Screen Recorder is recording."), this);
     text->setFont(CalibriFont(12));
@@ -71,6 +72,9 @@ void TrayStandIn::FollowTray()
         // Without an explicit size the window would be resized after it is minimised and mapped
         // again, which restores it.
         setFixedSize(sizeHint());
+        // Some desktops show it at once and give it the keyboard, in the middle of what somebody
+        // types: then no button has the focus.
+        setFocus();
         showMinimized();
     }
 }

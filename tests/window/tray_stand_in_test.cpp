@@ -2,6 +2,7 @@
 #include "ui/tray_stand_in.h"
 
 #include <QProcess>
+#include <QWindow>
 
 // The window that stands for the icon where there is no tray.
 class TrayStandInTest : public WindowTest
@@ -54,6 +55,29 @@ private Q_SLOTS:
         QCOMPARE(StandIn(), nullptr);
         QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
         QCOMPARE(ReadFile(BesideProgram("finished")), QByteArray("finished"));
+    }
+
+    // A desktop that does not minimise it gives it the keyboard.
+    void keysThatAreMeantForAnotherProgramDoNotStopTheRecording()
+    {
+        EnterRecordPage();
+        for (const char* recording : {"first", "second"}) {
+            Call("btnSlotRecord");
+            QVERIFY2(StandIn() != nullptr, "no stand-in");
+            StandIn()->showNormal();
+            StandIn()->activateWindow();
+            QTRY_VERIFY(StandIn()->isActiveWindow());
+            QWindow* window = StandIn()->windowHandle();
+            for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter, Qt::Key_A}) {
+                QTest::keyClick(window, key);
+                QVERIFY2(DRUI::m_bIsStart && !Window().isVisible(),
+                         qPrintable(QString("typing stops the %1 recording").arg(recording)));
+            }
+            QTest::keyClick(window, Qt::Key_Tab);
+            QTest::keyClick(window, Qt::Key_Space);
+            QVERIFY2(!DRUI::m_bIsStart, "Stop cannot be reached with the keyboard");
+            QTRY_COMPARE(Child<QProcess>("m_pRecProcess")->state(), QProcess::NotRunning);
+        }
     }
 
 private:
