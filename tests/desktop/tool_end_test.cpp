@@ -71,6 +71,7 @@ private slots:
     void endOfTheKeyboardEndsTheRecording();
     void killedProcessLeavesAMovie();
     void endOfAScriptInPlaceOfFfmpegLeavesAMovie();
+    void endOfAScriptLeavesNobodyGrabbing();
 
 private: // NOLINT(readability-redundant-access-specifiers): what follows is not a test
     struct Case
@@ -86,12 +87,16 @@ private: // NOLINT(readability-redundant-access-specifiers): what follows is not
     static void ExpectWhole(const Case& one);
 
     QTemporaryDir m_folder;
+    QString m_script; // a variable that names a script which runs ffmpeg
     TestPatternProcess m_pattern{QStringList{"--rate", "30"}};
 };
 
 void ToolEndTest::initTestCase()
 {
     QVERIFY(m_folder.isValid());
+    const QString script = m_folder.filePath("ffmpeg");
+    QVERIFY(WriteProgram(script, "#!/bin/sh\nffmpeg \"$@\"\nexit $?\n"));
+    m_script = "LUMENFOLD_FFMPEG=" + script;
     QVERIFY2(m_pattern.IsReady(), "the test pattern does not start");
     RunProgram(TOOL_PROGRAM, {"-f", "avfoundation", "-list_devices", "true", "-i", ""});
 }
@@ -256,18 +261,32 @@ void ToolEndTest::killedProcessLeavesAMovie()
 // What the script has started goes on for a moment: `tool` must not settle the file before its end.
 void ToolEndTest::endOfAScriptInPlaceOfFfmpegLeavesAMovie()
 {
-    const QString script = m_folder.filePath("ffmpeg");
-    QVERIFY(WriteProgram(script, "#!/bin/sh\nffmpeg \"$@\"\nexit $?\n"));
     std::vector<Case> cases;
     for (const int signal : {SIGTERM, SIGHUP, SIGKILL}) {
         cases.push_back({strsignal(signal), [=](const Take& take) { take.EndFfmpeg(signal); }});
     }
-    RunAll(cases, "script", {"LUMENFOLD_FFMPEG=" + script});
+    RunAll(cases, "script", {m_script});
     for (const Case& one : cases) {
         if (!QTest::currentTestFailed()) {
             ExpectWhole(one);
         }
     }
+}
+
+// Pixels that `tool` does not deliver: ffmpeg takes the pictures itself, without an end.
+void ToolEndTest::endOfAScriptLeavesNobodyGrabbing()
+{
+    Take take(m_folder.filePath("grabbing.mp4"), "0:1", {m_script}, "yuv444p");
+    QTRY_VERIFY2_WITH_TIMEOUT(take.Taken() >= kBefore, take.Text(), 20000);
+    const double before = take.Taken();
+    const pid_t grabber = ChildrenOf(take.Ffmpeg()).value(0);
+    QVERIFY(grabber > 0);
+    take.EndFfmpeg(SIGKILL);
+    QTRY_VERIFY2_WITH_TIMEOUT(!IsAlive(grabber), "ffmpeg goes on", 20000);
+    QVERIFY2(take.WaitForEnd(), "the recording goes on");
+    QVERIFY2(IsOrdinary(take.Path()), "it is still fragmented");
+    QCOMPARE(DecodingErrors(take.Path()), QByteArray());
+    QVERIFY2(SecondsIn(take.Path()) >= before - 0.1, take.Text());
 }
 
 QTEST_GUILESS_MAIN(ToolEndTest)

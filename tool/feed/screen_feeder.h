@@ -17,10 +17,9 @@ class ScreenFeeder
 {
 public:
     // `area`: that of the screen. `pipe`: where `skippedBytes` meaningless bytes and then
-    // yuv420p frames are written. `time`: begins with the first frame.
+    // yuv420p frames are written; closed with this object. `time`: begins with the first frame.
     ScreenFeeder(std::unique_ptr<Screen> screen, const Rectangle& area, PictureRate rate,
                  Descriptor pipe, RecordingTime& time);
-    // Closes the pipe.
 
     // Takes the first picture, which is used if there is no other at the start. Returns false if
     // the screen cannot be grabbed.

@@ -46,6 +46,9 @@ int Supervisor::Run()
         m_ending = Ending::Asked;
     }
     m_time.Finish(Clock::now());
+    if (m_supervised.grabsItself) {
+        Type({quit}); // for what a script in the place of ffmpeg has started
+    }
     return *code;
 }
 
