@@ -2,13 +2,13 @@
 #include "jobs/job_report.h"
 #include "jobs/record_command.h"
 #include "jobs/tool_runner.h"
+#include "ui/directory_chooser.h"
 #include "ui/drui.h"
 #include "ui/input_block.h"
 #include "ui/scanui.h"
 #include "util/ownership.h"
 
 #include <QFile>
-#include <QFileDialog>
 
 // The cut job: one run of the tool, behind the progress dialog. The window lives but takes no
 // input.
@@ -19,8 +19,7 @@ void DRUI::btnSlotLayout3Cut()
     if (IsBusy()) {
         return;
     }
-    m_strCutSaveDir = QFileDialog::getExistingDirectory(this, QString(), m_strCutSaveDir,
-                                                        QFileDialog::ShowDirsOnly);
+    m_strCutSaveDir = ChooseDirectory(this, m_strCutSaveDir);
     if (m_strCutSaveDir.isNull()) {
         return;
     }

@@ -2,6 +2,7 @@
 #include "jobs/job_report.h"
 #include "jobs/text_codec.h"
 #include "jobs/tool_runner.h"
+#include "ui/directory_chooser.h"
 #include "ui/drui.h"
 #include "ui/input_block.h"
 #include "ui/page_parts.h"
@@ -11,7 +12,6 @@
 #include "util/format.h"
 
 #include <QDebug>
-#include <QFileDialog>
 #include <QLineEdit>
 #include <QScrollBar>
 
@@ -195,7 +195,7 @@ void DRUI::btnSlotLayout3Dir()
     if (IsBusy()) {
         return;
     }
-    m_pLayout3DirEdit->setText(QFileDialog::getExistingDirectory(this, QString()));
+    m_pLayout3DirEdit->setText(ChooseDirectory(this));
     const InputBlock block = BeginReading();
     ListFolder(m_pLayout3DirEdit->text());
     m_pCutVideoTable->setRowCount(0);

@@ -2,6 +2,7 @@
 #include "jobs/merge_command.h"
 #include "jobs/record_command.h"
 #include "jobs/tool_runner.h"
+#include "ui/directory_chooser.h"
 #include "ui/drui.h"
 #include "ui/input_block.h"
 #include "ui/scanui.h"
@@ -10,7 +11,6 @@
 
 #include <QDebug>
 #include <QFile>
-#include <QFileDialog>
 #include <QLineEdit>
 
 // The merge job: converts every file of the list to a transport stream, then joins the streams.
@@ -21,8 +21,7 @@ void DRUI::btnSlotLayout4Merge()
     if (IsBusy()) {
         return;
     }
-    m_strMergeSaveDir = QFileDialog::getExistingDirectory(this, QString(), m_strMergeSaveDir,
-                                                          QFileDialog::ShowDirsOnly);
+    m_strMergeSaveDir = ChooseDirectory(this, m_strMergeSaveDir);
     m_vecMergeFiles.clear();
     if (m_strMergeSaveDir.isNull()) {
         return;

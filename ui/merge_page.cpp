@@ -1,4 +1,5 @@
 #include "jobs/text_codec.h"
+#include "ui/directory_chooser.h"
 #include "ui/drui.h"
 #include "ui/input_block.h"
 #include "ui/page_parts.h"
@@ -6,7 +7,6 @@
 #include "ui/video_table.h"
 #include "util/format.h"
 
-#include <QFileDialog>
 #include <QLineEdit>
 
 namespace {
@@ -183,8 +183,7 @@ void DRUI::btnSlotLayout4Dir()
     if (IsBusy()) {
         return;
     }
-    const QString folder =
-        QFileDialog::getExistingDirectory(this, QString(), QString(), QFileDialog::ShowDirsOnly);
+    const QString folder = ChooseDirectory(this);
     if (folder.isNull()) {
         return;
     }

@@ -1,12 +1,12 @@
 #include "jobs/device_listing.h"
 #include "jobs/settings.h"
+#include "ui/directory_chooser.h"
 #include "ui/drui.h"
 #include "ui/free_space_label.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 
 #include <QComboBox>
-#include <QFileDialog>
 #include <QLineEdit>
 #include <QStyledItemDelegate>
 
@@ -124,8 +124,7 @@ void DRUI::ComBoxIndexChange(int index)
 
 void DRUI::btnSlotLayout2Dir()
 {
-    const QString directory =
-        QFileDialog::getExistingDirectory(this, QString(), QString(), QFileDialog::ShowDirsOnly);
+    const QString directory = ChooseDirectory(this);
     if (directory.isNull()) {
         return;
     }

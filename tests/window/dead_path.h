@@ -4,15 +4,11 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <dirent.h>
-#include <dlfcn.h>
 #include <mutex>
-#include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 // A folder or file that does not answer, such as one on a dead network share: the program's calls
-// of the C library wait for it. To be included once in a program.
+// of the C library (dead_path.cpp) wait for it.
 
 class DeadPath
 {
@@ -55,40 +51,3 @@ private:
     static inline QByteArray m_dead;
     static inline int m_waiting = 0;
 };
-
-template <class Function>
-Function RealCall(const char* name)
-{
-    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
-}
-
-extern "C" {
-DIR* opendir(const char* path)
-{
-    DeadPath::WaitForAnswer(path);
-    static const auto real = RealCall<DIR* (*)(const char*)>("opendir");
-    return real(path);
-}
-
-int statx(int folder, const char* path, int flags, unsigned mask, struct statx* status)
-{
-    DeadPath::WaitForAnswer(path);
-    static const auto real =
-        RealCall<int (*)(int, const char*, int, unsigned, struct statx*)>("statx");
-    return real(folder, path, flags, mask, status);
-}
-
-int statvfs(const char* path, struct statvfs* status) noexcept
-{
-    DeadPath::WaitForAnswer(path);
-    static const auto real = RealCall<int (*)(const char*, struct statvfs*)>("statvfs");
-    return real(path, status);
-}
-
-int mkdir(const char* path, mode_t mode) noexcept
-{
-    DeadPath::WaitForAnswer(path);
-    static const auto real = RealCall<int (*)(const char*, mode_t)>("mkdir");
-    return real(path, mode);
-}
-}

@@ -9,6 +9,7 @@
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QProcess>
+#include <QSettings>
 #include <QTimer>
 
 class DeadSaveDirectoryTest : public WindowTest
@@ -16,7 +17,11 @@ class DeadSaveDirectoryTest : public WindowTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
+    void initTestCase()
+    {
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_settings.path());
+    }
     void init()
     {
         Prepare();
@@ -58,6 +63,45 @@ private Q_SLOTS:
         QCOMPARE(Space(), QString("Unknow"));
         DeadPath::Set(QString());
         QTRY_VERIFY(IsNumber(Space()));
+    }
+
+    // Qt's chooser begins where the user was last, and looks at everything there. The directory
+    // above shows the dead one, which would freeze it too.
+    void theChooserBeginsInTheNearestDirectoryThatCanBeListed_data()
+    {
+        QTest::addColumn<QByteArray>("slot");
+        QTest::newRow("record page") << QByteArray("btnSlotLayout2Dir");
+        QTest::newRow("cut, which remembers its last") << QByteArray("btnSlotLayout3Cut");
+    }
+    void theChooserBeginsInTheNearestDirectoryThatCanBeListed()
+    {
+        QFETCH(QByteArray, slot);
+        const QTemporaryDir outer;
+        QVERIFY(QDir(outer.path()).mkpath("mounted/dead"));
+        const QString dead = outer.filePath("mounted/dead");
+        QSettings settings(QSettings::UserScope, "QtProject");
+        InstallTool("#!/bin/sh\n"); // ends at once
+        OpenWindow();
+        ModalBoxes boxes;
+        boxes.directory = dead;
+        Call(slot.constData());
+        {
+            const QFileDialog elsewhere(nullptr, QString(), dead);
+        } // the user was there last
+        settings.setValue("FileDialog/history", QStringList(QUrl::fromLocalFile(dead).toString()));
+        settings.setValue("FileDialog/sidebarWidth", 123);
+
+        DeadPath::Set(dead);
+        boxes.directory = QString();
+        QElapsedTimer time;
+        time.start();
+        Call(slot.constData());
+        const qint64 elapsed = time.elapsed();
+        DeadPath::Set(QString()); // it will be removed
+        QVERIFY2(elapsed < 8000, qPrintable(QString::number(elapsed)));
+        QCOMPARE(boxes.choosers, 2);
+        QCOMPARE(boxes.startDirectory, outer.path());
+        QCOMPARE(settings.value("FileDialog/sidebarWidth").toInt(), 123); // the user's
     }
 
     // The first tick waits a moment, all others do not.
@@ -148,6 +192,7 @@ private Q_SLOTS:
     }
 
 private:
+    const QTemporaryDir m_settings;
     static constexpr int kAtOnceMs = 3000; // two waits of half a second, on a busy machine
 
     QString Space() { return Child<QLabel>("m_pFreeSpaceLabel")->text(); }
