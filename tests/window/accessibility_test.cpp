@@ -12,14 +12,6 @@ class AccessibilityTest : public NamedControlsTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        PrepareVideos();
-        MakeVideo("a.mp4", "00:00:30");
-        MakeVideo("b.mp4", "00:00:40");
-    }
-    void cleanup() { FinishVideos(); }
-
     void everyControlHasAName_data() { AddPageRows(); }
     void everyControlHasAName()
     {

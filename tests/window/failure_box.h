@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/window/fake_tool.h"
+
 #include <QApplication>
 #include <QWidget>
 
@@ -19,3 +21,18 @@ inline QString ToldFailure()
 {
     return FailureBox() == nullptr ? QString() : FailureBox()->accessibleName();
 }
+
+// A test of recordings that fail.
+class FailureTest : public WindowTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { Prepare(); }
+    void cleanup()
+    {
+        WriteFile(BesideProgram("may_finish"), QByteArray());
+        CloseWindow();
+        QVERIFY2(FailureBox() == nullptr, "the box outlives the window");
+    }
+};

@@ -1,5 +1,4 @@
 #include "tests/window/failure_box.h"
-#include "tests/window/fake_tool.h"
 #include "tests/window/modal_boxes.h"
 
 #include <QAction>
@@ -9,20 +8,11 @@
 #include <QSystemTrayIcon>
 
 // The box that tells a failure, beside other windows.
-class FailureBoxTest : public WindowTest
+class FailureBoxTest : public FailureTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { Prepare(); }
-
-    void cleanup()
-    {
-        WriteFile(BesideProgram("may_finish"), QByteArray());
-        CloseWindow();
-        QVERIFY2(FailureBox() == nullptr, "the box outlives the window");
-    }
-
     void theWindowAndTheTrayGoOnBesideTheBox()
     {
         EnterRecordPage();

@@ -1,25 +1,15 @@
 #include "jobs/recording_watch.h"
 #include "tests/window/failure_box.h"
-#include "tests/window/fake_tool.h"
 #include "tests/window/modal_boxes.h"
 
 #include <QProcess>
 
 // A recording that fails is told at once and once, and nothing else changes.
-class FailureNoticeTest : public WindowTest
+class FailureNoticeTest : public FailureTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { Prepare(); }
-
-    void cleanup()
-    {
-        WriteFile(BesideProgram("may_finish"), QByteArray());
-        CloseWindow();
-        QVERIFY2(FailureBox() == nullptr, "the box outlives the window");
-    }
-
     void aToolThatDoesNotStartIsToldAtOnce_data()
     {
         QTest::addColumn<QByteArray>("slot");

@@ -6,14 +6,6 @@ class KeyboardTest : public NamedControlsTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        PrepareVideos();
-        MakeVideo("a.mp4", "00:00:30");
-        MakeVideo("b.mp4", "00:00:40");
-    }
-    void cleanup() { FinishVideos(); }
-
     void tabGoesThroughThePageAsOneReads_data()
     {
         QTest::addColumn<QString>("slot");

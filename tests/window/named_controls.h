@@ -9,6 +9,15 @@ class NamedControlsTest : public VideoPageTest
 {
     Q_OBJECT
 
+private Q_SLOTS:
+    void init()
+    {
+        PrepareVideos();
+        MakeVideo("a.mp4", "00:00:30");
+        MakeVideo("b.mp4", "00:00:40");
+    }
+    void cleanup() { FinishVideos(); }
+
 protected:
     // A row of test data for each page, with the slot that enters it.
     static void AddPageRows()
