@@ -57,7 +57,7 @@ DRUI::DRUI(QWidget* parent, Qt::WindowFlags flags) : QMainWindow(parent, flags),
     connect(m_pTrayStandIn.get(), SIGNAL(activated(QSystemTrayIcon::ActivationReason)), this,
             SLOT(trayiconActivated(QSystemTrayIcon::ActivationReason)));
     connect(m_pTrayStandIn.get(), SIGNAL(stopClicked()), this, SLOT(btnSlotMenuStop()));
-    m_pFailureNotice = std::make_unique<FailureNotice>(*this);
+    m_pFailureNotice = std::make_unique<FailureNotice>(*this, *m_pTrayStandIn);
     m_pFocusRing = new FocusRing(this);
     m_strIniPath = QCoreApplication::applicationDirPath() + "/ScreenRecord.ini";
 }

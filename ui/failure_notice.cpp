@@ -2,6 +2,7 @@
 
 #include "ui/active_window.h"
 #include "ui/cmessagebox.h"
+#include "ui/desktop_notification.h"
 #include "ui/page_parts.h"
 #include "ui/styles.h"
 
@@ -56,9 +57,20 @@ bool IsCoveredByFullScreen(const QScreen& screen)
     return ActiveWindowPlace().contains(QRect(place.topLeft(), pixels));
 }
 
+// There is no window that stays on top, only a dialog above the window that it belongs to.
+bool IsWayland()
+{
+    return QGuiApplication::platformName().startsWith("wayland");
+}
+
 } // namespace
 
-FailureNotice::FailureNotice(QWidget& window) : m_window(window) {}
+FailureNotice::FailureNotice(QWidget& window, const QWidget& standIn)
+    : m_window(window),
+      m_standIn(standIn)
+{
+    m_window.installEventFilter(this);
+}
 
 FailureNotice::~FailureNotice() = default;
 
@@ -96,15 +108,38 @@ void FailureNotice::ShowBox(const QString& message)
     m_pBox->setGeometry(MovedInto(m_window.screen()->availableGeometry(), {place, size}));
     m_pBox->InitInfoDialog(text);
     m_pBox->setAccessibleName(message); // without the breaks
-    m_pBox->show();
+    ShowAboveWindow();
     m_pBox->raise();
     m_sinceKey.start();
     m_bDropsKey = true;
     m_pBox->windowHandle()->installEventFilter(this);
 }
 
+void FailureNotice::ShowAboveWindow()
+{
+    if (IsWayland() && m_window.isVisible()) {
+        m_pBox->winId(); // creates what stands for it in the window system
+        m_pBox->windowHandle()->setTransientParent(m_window.windowHandle());
+    }
+    m_pBox->show();
+}
+
+void FailureNotice::FollowWindow()
+{
+    if (IsWayland() && m_pBox != nullptr && m_pBox->isVisible()) {
+        m_pBox->hide(); // compositors read whose dialog it is when it appears
+        ShowAboveWindow();
+    }
+}
+
 bool FailureNotice::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == &m_window) {
+        if (event->type() == QEvent::Show) { // it will be visible after this event
+            QMetaObject::invokeMethod(this, "FollowWindow", Qt::QueuedConnection);
+        }
+        return false;
+    }
     const bool isPress = event->type() == QEvent::KeyPress;
     if (!isPress && event->type() != QEvent::KeyRelease) {
         return QObject::eventFilter(watched, event);
@@ -120,6 +155,10 @@ bool FailureNotice::eventFilter(QObject* watched, QEvent* event)
 void FailureNotice::Notify(QString message) const
 {
     message.replace('<', QChar(0x2039));
+    if (m_standIn.isVisible()) {
+        ShowDesktopNotification(kProductName, message);
+        return;
+    }
     for (auto* icon : m_window.findChildren<QSystemTrayIcon*>()) {
         if (icon->isVisible() && QSystemTrayIcon::supportsMessages()) {
             icon->showMessage(kProductName, message, QSystemTrayIcon::Warning);

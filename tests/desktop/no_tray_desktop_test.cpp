@@ -1,8 +1,14 @@
 // A desktop without a system tray: a minimised window replaces the icon.
 #include "tests/support/desktop_test.h"
+#include "tests/support/notifications.h"
+#include "tests/support/own_bus.h"
 #include "tests/support/recording_file.h"
 
+#include <QDBusConnection>
+#include <QTemporaryDir>
 #include <QTest>
+
+#include <csignal>
 
 class NoTrayDesktopTest : public DesktopTest
 {
@@ -14,6 +20,7 @@ private slots:
     void standInBringsTheRecorderBack();
     void closingTheStandInDoesNotLoseTheRecording();
     void trayThatVanishesIsReplacedUntilItReturns();
+    void failureIsAmongTheDesktopsNotifications();
 
 private:
     bool WantsTray() const override { return false; }
@@ -152,6 +159,29 @@ void NoTrayDesktopTest::trayThatVanishesIsReplacedUntilItReturns()
     tray.kill();
     tray.waitForFinished();
     QVERIFY(WaitUntil([&] { return !m_desktop.HasTray(); })); // as the other tests want it
+}
+
+void NoTrayDesktopTest::failureIsAmongTheDesktopsNotifications()
+{
+    const QTemporaryDir folder;
+    OwnBus bus;
+    QVERIFY2(bus.Start(folder.path()), "dbus-daemon does not start");
+    constexpr auto name = "desktop";
+    Notifications notifications;
+    QVERIFY(notifications.Serve(
+        QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), name)));
+    {
+        Recorder recorder(m_desktop);
+        QVERIFY(recorder.StartOnRecordPage());
+        QVERIFY(recorder.StartRecording());
+        kill(recorder.Ffmpeg(), SIGKILL);
+        QTRY_VERIFY2(!notifications.shown.isEmpty(), "the desktop is told nothing");
+        QVERIFY2(notifications.shown.first().contains("The recording has ended by itself"),
+                 qPrintable(notifications.shown.first()));
+        QVERIFY2(recorder.CloseMessage(), "there is no box");
+        QCOMPARE(notifications.shown.size(), 1);
+    }
+    QDBusConnection::disconnectFromBus(name);
 }
 
 QTEST_GUILESS_MAIN(NoTrayDesktopTest)

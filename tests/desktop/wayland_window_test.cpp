@@ -21,6 +21,7 @@ private Q_SLOTS:
     void standInBringsTheWindowBack();
     void closingTheStandInDoesNotLoseTheRecording();
     void failureIsToldInABoxThatCanBeMoved();
+    void windowDoesNotCoverTheBox();
     void endOfTheSessionFinishesTheRecording();
 
 private:
@@ -173,6 +174,24 @@ void WaylandWindowTest::failureIsToldInABoxThatCanBeMoved()
              }),
              "a key closes it, or dragging it does not move it");
     QVERIFY2(recorder.CloseMessage(), "its OK does not close it");
+}
+
+// Of a failure that has not been answered yet.
+void WaylandWindowTest::windowDoesNotCoverTheBox()
+{
+    Recorder recorder(m_desktop);
+    Begin(recorder);
+    kill(recorder.Ffmpeg(), SIGKILL);
+    QVERIFY2(WaitUntil([&] { return recorder.Message().has_value(); }), "nothing is told");
+    m_desktop.Activate(AtRest(kStandIn).id);
+    ClickInStandIn(kShowWindow);
+    QVERIFY2(recorder.WaitShown(), "the window does not come back");
+    // sway drops clicks in a window that is being arranged.
+    QVERIFY2(WaitUntil([&] {
+                 recorder.AnswerMessage();
+                 return !recorder.Message();
+             }),
+             "clicks on the box's OK meet the window");
 }
 
 // The last test: the compositor ends, and the program with it.

@@ -1,5 +1,6 @@
 // What the desktop tells about jobs that the recorder has stopped waiting for.
 #include "tests/support/ffmpeg_stand_in.h"
+#include "tests/support/notifications.h"
 
 #include <QDBusConnection>
 #include <QDBusError>
@@ -11,26 +12,6 @@
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
-
-// The notification service of a desktop.
-class Notifications : public QObject
-{
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
-
-public:
-    QStringList shown; // program, summary and body, one per line
-
-public slots:
-    // NOLINTNEXTLINE(readability-identifier-naming): the name of the method
-    uint Notify(const QString& program, uint /*replaced*/, const QString& /*icon*/,
-                const QString& summary, const QString& body, const QStringList& actions,
-                const QVariantMap& /*hints*/, int /*milliseconds*/)
-    {
-        shown << program + '\n' + summary + '\n' + body + actions.join("");
-        return 1;
-    }
-};
 
 class ToolNotificationTest : public QObject
 {
@@ -83,9 +64,7 @@ void ToolNotificationTest::StartBus()
     QVERIFY2(m_bus.waitForReadyRead(), "dbus-daemon does not start");
     auto connection = QDBusConnection::connectToBus(address, "test");
     QVERIFY2(connection.isConnected(), qPrintable(connection.lastError().message()));
-    QVERIFY(connection.registerObject("/org/freedesktop/Notifications", &m_desktop,
-                                      QDBusConnection::ExportAllSlots));
-    QVERIFY(connection.registerService("org.freedesktop.Notifications"));
+    QVERIFY(m_desktop.Serve(connection));
     qputenv("DBUS_SESSION_BUS_ADDRESS", address.toUtf8());
 }
 

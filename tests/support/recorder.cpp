@@ -209,12 +209,17 @@ std::optional<DesktopWindow> Recorder::Message() const
     return m_desktop.Shown("Tarvessa Data Tool");
 }
 
-bool Recorder::CloseMessage()
+void Recorder::AnswerMessage()
 {
     if (const auto box = Message()) {
         // Its button is on the bar at the bottom, a third from the left.
         m_desktop.Click(box->place.bottomLeft() + QPoint(box->place.width() / 3 + 40, -22));
     }
+}
+
+bool Recorder::CloseMessage()
+{
+    AnswerMessage();
     return WaitUntil([this] { return !Message(); });
 }
 

@@ -81,6 +81,7 @@ public:
     QPoint TrayIcon() const;
     // The program's message dialog, if one is open, and a click on its OK button.
     std::optional<DesktopWindow> Message() const;
+    void AnswerMessage(); // clicks its OK
     bool CloseMessage();
     // Whether the tray icon shows a notification.
     bool HasNotification() const;
