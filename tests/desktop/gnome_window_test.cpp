@@ -25,15 +25,11 @@ private Q_SLOTS:
 private:
     void PressRecord(Recorder& recorder);
     void Share(Recorder& recorder, int monitor = 0);
-    void ClickInStandIn(double share);
+    void ShowStandIn();
     void CheckPicture(const QString& recording, double seconds, bool hasBar = true);
-    std::optional<DesktopWindow> AtRest(const QString& title);
 
     GnomeDesktop m_desktop;
     static constexpr auto kDialog = "Screen Share";
-    static constexpr auto kStandIn = "Recording";
-    static constexpr double kStop = 0.25; // of the stand-in's width
-    static constexpr double kShowWindow = 0.75;
     static constexpr QSize kMonitor{1280, 800};
     static constexpr QPoint kPointer{900, 600}; // on a monitor, where there is no window
 };
@@ -43,28 +39,13 @@ void GnomeWindowTest::initTestCase()
     QVERIFY2(m_desktop.Good(), "no GNOME session: run it through scripts/gnome-desktop");
 }
 
-// The window, once it is neither moved nor resized any more.
-std::optional<DesktopWindow> GnomeWindowTest::AtRest(const QString& title)
-{
-    constexpr int looksAtRest = 4;
-    std::optional<DesktopWindow> found;
-    int looks = 0;
-    const bool rests = WaitUntil([&] {
-        const auto now = m_desktop.Shown(title);
-        looks = now && found && now->place == found->place ? looks + 1 : 0;
-        found = now;
-        return looks == looksAtRest;
-    });
-    return rests ? found : std::nullopt;
-}
-
 void GnomeWindowTest::PressRecord(Recorder& recorder)
 {
     // The session's user keeps the desktop's permission, for each test its own.
     recorder.SetEnvironment("XDG_STATE_HOME", qEnvironmentVariable("LUMENFOLD_DESKTOP_FOLDER") +
                                                   "/home/" + QTest::currentTestFunction());
     QVERIFY(recorder.Start());
-    QVERIFY(AtRest(Recorder::kTitle));
+    QVERIFY(m_desktop.AtRest(Recorder::kTitle));
     QVERIFY2(recorder.PressRecordUntilHidden(), "Record does not hide the window");
 }
 
@@ -74,7 +55,7 @@ void GnomeWindowTest::Share(Recorder& recorder, int monitor)
 {
     constexpr int rowHeight = 50;
     constexpr int tries = 5;
-    const auto dialog = AtRest(kDialog);
+    const auto dialog = m_desktop.AtRest(kDialog);
     QVERIFY2(dialog, "the desktop does not ask");
     const QPoint centre = dialog->place.center();
     for (int i = 0; i < tries && m_desktop.ByTitle(kDialog); ++i) {
@@ -86,15 +67,12 @@ void GnomeWindowTest::Share(Recorder& recorder, int monitor)
              "nothing is recorded after the answer");
 }
 
-void GnomeWindowTest::ClickInStandIn(double share)
+void GnomeWindowTest::ShowStandIn()
 {
-    constexpr int buttonsAboveTheBottom = 25;
-    QVERIFY2(m_desktop.ClickInDash(kStandIn), "the dash has no icon of the program");
-    const auto standIn = AtRest(kStandIn);
-    QVERIFY2(standIn, "a click in the dash does not show the stand-in");
+    QVERIFY2(m_desktop.ClickInDash(Recorder::kStandIn), "the dash has no icon of the program");
+    QVERIFY2(m_desktop.AtRest(Recorder::kStandIn),
+             "a click in the dash does not show the stand-in");
     QVERIFY2(!m_desktop.Shown(Recorder::kTitle), "the main window covers it");
-    m_desktop.Click(standIn->place.bottomLeft() +
-                    QPoint(int(standIn->place.width() * share), -buttonsAboveTheBottom));
 }
 
 // The frame at a time shows the pointer at its place on the blue background, and a black bar at the
@@ -122,7 +100,7 @@ void GnomeWindowTest::windowIsTheXServersAndCentred()
 {
     Recorder recorder(m_desktop);
     QVERIFY(recorder.Start());
-    const auto window = AtRest(Recorder::kTitle);
+    const auto window = m_desktop.AtRest(Recorder::kTitle);
     QVERIFY2(window && m_desktop.IsFromXServer(window->id), "it is Wayland's own");
     QCOMPARE(window->place.size(), QSize(1000, 600));
     QCOMPARE(window->place.center().x(), QRect({}, kMonitor).center().x());
@@ -136,13 +114,14 @@ void GnomeWindowTest::dialogIsAnsweredOnce()
     m_desktop.Click(kPointer);
     const double length = SecondsIn(recorder.Recording());
     QVERIFY(WaitUntil([&] { return SecondsIn(recorder.Recording()) > length + 1; }));
-    ClickInStandIn(kStop);
+    ShowStandIn();
+    QVERIFY(recorder.ClickInStandIn(Recorder::kStop));
     QVERIFY2(recorder.WaitShown(), "its Stop does not bring the window back");
     QVERIFY2(recorder.WaitForTool(), "its Stop does not stop the recording");
     CheckPicture(recorder.Recording(), length + 0.7);
 
     const qsizetype before = recorder.Recordings().size();
-    QVERIFY(AtRest(Recorder::kTitle));
+    QVERIFY(m_desktop.AtRest(Recorder::kTitle));
     recorder.Click("record.record");
     QVERIFY2(WaitUntil([&] {
                  return recorder.Recordings().size() > before &&
@@ -160,7 +139,8 @@ void GnomeWindowTest::otherMonitorCanBeChosen()
     m_desktop.Click(kPointer + QPoint(kMonitor.width(), 0));
     const double length = SecondsIn(recorder.Recording());
     QVERIFY(WaitUntil([&] { return SecondsIn(recorder.Recording()) > length + 1; }));
-    ClickInStandIn(kStop);
+    ShowStandIn();
+    QVERIFY(recorder.ClickInStandIn(Recorder::kStop));
     QVERIFY2(recorder.WaitForTool(), "Stop does not stop the recording");
     CheckPicture(recorder.Recording(), length + 0.7, false);
 }
@@ -169,12 +149,12 @@ void GnomeWindowTest::declinedDialogIsToldAtOnce()
 {
     Recorder recorder(m_desktop);
     PressRecord(recorder);
-    QVERIFY2(AtRest(kDialog), "the desktop does not ask");
+    QVERIFY2(m_desktop.AtRest(kDialog), "the desktop does not ask");
     m_desktop.Press({"Escape"});
     QVERIFY2(WaitUntil([&] { return recorder.Message().has_value(); }, 3000), "nothing is told");
     QVERIFY2(recorder.Log().contains("could not be started"), qPrintable(recorder.Log()));
     QCOMPARE(recorder.Recordings(), QStringList());
-    const auto box = AtRest(recorder.Message()->title);
+    const auto box = m_desktop.AtRest(recorder.Message()->title);
     QVERIFY2(box && !m_desktop.HasFocus(box->id), "keys for other programs would answer the box");
 }
 
@@ -183,7 +163,7 @@ void GnomeWindowTest::waitingForTheDialogIsNoFailure()
 {
     Recorder recorder(m_desktop);
     PressRecord(recorder);
-    QVERIFY2(AtRest(kDialog), "the desktop does not ask");
+    QVERIFY2(m_desktop.AtRest(kDialog), "the desktop does not ask");
     QVERIFY2(!WaitUntil([&] { return recorder.Message().has_value(); }, 12000),
              qPrintable(recorder.Log()));
     Share(recorder);
@@ -210,16 +190,17 @@ void GnomeWindowTest::standInBringsTheWindowBack()
     Recorder recorder(m_desktop);
     PressRecord(recorder);
     Share(recorder);
-    ClickInStandIn(kShowWindow);
+    ShowStandIn();
+    QVERIFY(recorder.ClickInStandIn(Recorder::kShowWindow));
     QVERIFY2(recorder.WaitShown(), "it does not bring the window back");
     QVERIFY2(WaitUntil([&] {
-                 const auto standIn = m_desktop.ByTitle(kStandIn);
+                 const auto standIn = m_desktop.ByTitle(Recorder::kStandIn);
                  return standIn && m_desktop.IsMinimised(standIn->id);
              }),
              "it is not minimised again");
     QVERIFY2(recorder.ToolRuns(), "it stopped the recording");
-    m_desktop.Close(m_desktop.ByTitle(kStandIn)->id);
-    QVERIFY2(WaitUntil([&] { return m_desktop.ByTitle(kStandIn).has_value(); }),
+    m_desktop.Close(m_desktop.ByTitle(Recorder::kStandIn)->id);
+    QVERIFY2(WaitUntil([&] { return m_desktop.ByTitle(Recorder::kStandIn).has_value(); }),
              "once closed, the handle on the recording is gone");
     m_desktop.Close(m_desktop.ByTitle(Recorder::kTitle)->id);
     QCOMPARE(recorder.WaitForEnd(), 0);

@@ -25,11 +25,7 @@ private slots:
 private:
     bool WantsTray() const override { return false; }
     void OpenStandIn(Recorder& recorder);
-    void ClickInStandIn(double share);
-    bool IsInTaskList() const { return m_desktop.IsInTaskList(kStandIn); }
-    static constexpr auto kStandIn = "Recording";
-    static constexpr double kStop = 0.25; // of the stand-in's width
-    static constexpr double kShowWindow = 0.75;
+    bool IsInTaskList() const { return m_desktop.IsInTaskList(Recorder::kStandIn); }
 };
 
 // Starts a recording and clicks the stand-in in the task list.
@@ -38,46 +34,27 @@ void NoTrayDesktopTest::OpenStandIn(Recorder& recorder)
     QVERIFY(recorder.StartOnRecordPage());
     QVERIFY(recorder.StartRecording());
     QVERIFY2(WaitUntil([&] { return IsInTaskList(); }), "no window in place of the icon");
-    m_desktop.Activate(m_desktop.ByTitle(kStandIn)->id);
-    QVERIFY2(WaitUntil([&] { return m_desktop.Shown(kStandIn).has_value(); }),
+    m_desktop.Activate(m_desktop.ByTitle(Recorder::kStandIn)->id);
+    QVERIFY2(WaitUntil([&] { return m_desktop.Shown(Recorder::kStandIn).has_value(); }),
              "a click in the task list does not show the stand-in");
-}
-
-// Once the window manager has placed it.
-void NoTrayDesktopTest::ClickInStandIn(double share)
-{
-    constexpr int buttonsAboveTheBottom = 25;
-    constexpr int looksAtRest = 3;
-    QRect place;
-    int looks = 0;
-    QVERIFY2(WaitUntil([&] {
-                 const auto standIn = m_desktop.Shown(kStandIn);
-                 const QRect now = standIn ? standIn->place : QRect();
-                 looks = standIn && now == place ? looks + 1 : 0;
-                 place = now;
-                 return looks == looksAtRest;
-             }),
-             "the stand-in is not shown, for a click in it");
-    m_desktop.Click(place.bottomLeft() +
-                    QPoint(int(place.width() * share), -buttonsAboveTheBottom));
 }
 
 void NoTrayDesktopTest::clickInTheTaskListShowsTheStandIn()
 {
     Recorder recorder(m_desktop);
     QVERIFY(recorder.StartOnRecordPage());
-    QVERIFY2(!m_desktop.ByTitle(kStandIn), "it stands there before a recording");
+    QVERIFY2(!m_desktop.ByTitle(Recorder::kStandIn), "it stands there before a recording");
     QVERIFY(recorder.StartRecording());
     QVERIFY2(WaitUntil([&] { return IsInTaskList(); }), "no window in place of the icon");
-    const DesktopWindow standIn = *m_desktop.ByTitle(kStandIn);
+    const DesktopWindow standIn = *m_desktop.ByTitle(Recorder::kStandIn);
     QVERIFY2(WaitUntil([&] { return m_desktop.IsMinimised(standIn.id); }), "it is not minimised");
-    QVERIFY2(!m_desktop.Shown(kStandIn), "it covers the screen that is recorded");
+    QVERIFY2(!m_desktop.Shown(Recorder::kStandIn), "it covers the screen that is recorded");
 
     m_desktop.Activate(standIn.id);
-    QVERIFY2(WaitUntil([&] { return m_desktop.Shown(kStandIn).has_value(); }),
+    QVERIFY2(WaitUntil([&] { return m_desktop.Shown(Recorder::kStandIn).has_value(); }),
              "activating it does not show it");
     QVERIFY(recorder.RecordFor(1500));
-    QVERIFY2(m_desktop.Shown(kStandIn), "it does not stay");
+    QVERIFY2(m_desktop.Shown(Recorder::kStandIn), "it does not stay");
     QVERIFY2(!recorder.IsShown(), "the main window covers it");
     QVERIFY2(recorder.ToolRuns(), "activating it stopped the recording");
 }
@@ -87,7 +64,7 @@ void NoTrayDesktopTest::standInStopsTheRecording()
     Recorder recorder(m_desktop);
     OpenStandIn(recorder);
     QVERIFY(recorder.RecordFor(1500));
-    ClickInStandIn(kStop);
+    QVERIFY2(recorder.ClickInStandIn(Recorder::kStop), "the stand-in is not shown");
     QVERIFY2(recorder.WaitShown(), "its Stop does not bring the window back");
     QVERIFY2(recorder.WaitForTool(), "its Stop does not stop the recording");
     QVERIFY2(WaitUntil([&] { return !IsInTaskList(); }), "it stays after the recording");
@@ -99,9 +76,10 @@ void NoTrayDesktopTest::standInBringsTheRecorderBack()
 {
     Recorder recorder(m_desktop);
     OpenStandIn(recorder);
-    ClickInStandIn(kShowWindow);
+    QVERIFY2(recorder.ClickInStandIn(Recorder::kShowWindow), "the stand-in is not shown");
     QVERIFY2(recorder.WaitShown(), "it does not bring the window back");
-    QVERIFY2(WaitUntil([&] { return !m_desktop.Shown(kStandIn); }), "it is not minimised again");
+    QVERIFY2(WaitUntil([&] { return !m_desktop.Shown(Recorder::kStandIn); }),
+             "it is not minimised again");
     QVERIFY2(recorder.ToolRuns(), "it stopped the recording");
     QVERIFY(recorder.RecordFor(1500));
     recorder.Click("record.record");
@@ -116,8 +94,8 @@ void NoTrayDesktopTest::closingTheStandInDoesNotLoseTheRecording()
     Recorder recorder(m_desktop);
     QVERIFY(recorder.StartOnRecordPage());
     QVERIFY(recorder.StartRecording());
-    QVERIFY(WaitUntil([&] { return m_desktop.ByTitle(kStandIn).has_value(); }));
-    m_desktop.Close(m_desktop.ByTitle(kStandIn)->id);
+    QVERIFY(WaitUntil([&] { return m_desktop.ByTitle(Recorder::kStandIn).has_value(); }));
+    m_desktop.Close(m_desktop.ByTitle(Recorder::kStandIn)->id);
     QVERIFY2(recorder.WaitShown(), "closing it does not bring the window back");
     QVERIFY2(recorder.ToolRuns(), "closing it stopped the recording");
     QVERIFY2(WaitUntil([&] { return IsInTaskList(); }), "the handle on the recording is gone");

@@ -26,12 +26,7 @@ private Q_SLOTS:
 
 private:
     void Begin(Recorder& recorder);
-    DesktopWindow AtRest(const QString& title);
-    void ClickInStandIn(double share);
     SwayDesktop m_desktop;
-    static constexpr auto kStandIn = "Recording";
-    static constexpr double kStop = 0.25; // of the stand-in's width
-    static constexpr double kShowWindow = 0.75;
 };
 
 void WaylandWindowTest::initTestCase()
@@ -42,46 +37,22 @@ void WaylandWindowTest::initTestCase()
 void WaylandWindowTest::Begin(Recorder& recorder)
 {
     QVERIFY(recorder.Start());
-    AtRest(Recorder::kTitle);
+    QVERIFY(m_desktop.AtRest(Recorder::kTitle));
     QVERIFY2(recorder.PressRecordUntilHidden(), "Record does not hide the window");
     QVERIFY2(WaitUntil([&] { return SecondsIn(recorder.Recording()) > 0.5; }),
              "nothing is recorded");
-    QVERIFY2(WaitUntil([&] { return m_desktop.Shown(kStandIn).has_value(); }),
+    QVERIFY2(WaitUntil([&] { return m_desktop.Shown(Recorder::kStandIn).has_value(); }),
              "no window in place of the tray icon");
-}
-
-// The window, once it is neither moved nor resized any more.
-DesktopWindow WaylandWindowTest::AtRest(const QString& title)
-{
-    constexpr int looksAtRest = 3;
-    DesktopWindow found;
-    int looks = 0;
-    WaitUntil([&] {
-        const DesktopWindow now = m_desktop.Shown(title).value_or(DesktopWindow());
-        looks = now.id != 0 && now.place == found.place ? looks + 1 : 0;
-        found = now;
-        return looks == looksAtRest;
-    });
-    return found;
-}
-
-void WaylandWindowTest::ClickInStandIn(double share)
-{
-    constexpr int buttonsAboveTheBottom = 25;
-    const QRect place = AtRest(kStandIn).place;
-    QVERIFY2(place.isValid(), "the stand-in is not shown, for a click in it");
-    m_desktop.Click(place.bottomLeft() +
-                    QPoint(int(place.width() * share), -buttonsAboveTheBottom));
 }
 
 void WaylandWindowTest::windowIsWaylandsOwnAndCentred()
 {
     Recorder recorder(m_desktop);
     QVERIFY(recorder.Start());
-    const DesktopWindow window = AtRest(Recorder::kTitle);
-    QVERIFY2(m_desktop.IsNative(window.id), "it is a window of the X server");
-    QCOMPARE(window.place.size(), QSize(1000, 600));
-    const QPoint off = window.place.center() - QRect(0, 0, 1280, 800).center();
+    const auto window = m_desktop.AtRest(Recorder::kTitle);
+    QVERIFY2(window && m_desktop.IsNative(window->id), "it is a window of the X server");
+    QCOMPARE(window->place.size(), QSize(1000, 600));
+    const QPoint off = window->place.center() - QRect(0, 0, 1280, 800).center();
     QVERIFY2(off.manhattanLength() < 20, "it is not centred");
 }
 
@@ -101,12 +72,12 @@ void WaylandWindowTest::standInStopsTheRecordingOfTheScreen()
 {
     Recorder recorder(m_desktop);
     Begin(recorder);
-    const DesktopWindow standIn = AtRest(kStandIn);
-    QVERIFY2(m_desktop.HasFocus(standIn.id), "the stand-in is not what the user finds");
-    ClickInStandIn(kStop);
+    const auto standIn = m_desktop.AtRest(Recorder::kStandIn);
+    QVERIFY2(standIn && m_desktop.HasFocus(standIn->id), "the stand-in is not what the user finds");
+    QVERIFY2(recorder.ClickInStandIn(Recorder::kStop), "the stand-in is not shown");
     QVERIFY2(recorder.WaitShown(), "its Stop does not bring the window back");
     QVERIFY2(recorder.WaitForTool(), "its Stop does not stop the recording");
-    QVERIFY2(!m_desktop.ByTitle(kStandIn), "it stays after the recording");
+    QVERIFY2(!m_desktop.ByTitle(Recorder::kStandIn), "it stays after the recording");
 
     const RecordingFile file = ReadRecording(recorder.Recording());
     QVERIFY2(file.fault.isEmpty(), qPrintable(file.fault));
@@ -119,7 +90,7 @@ void WaylandWindowTest::standInStopsTheRecordingOfTheScreen()
     const auto brightness = [&](QPoint place) {
         return static_cast<uchar>(frame.output[qsizetype(place.y()) * 1280 + place.x()]);
     };
-    QVERIFY2(brightness(standIn.place.topLeft() + QPoint(5, 5)) > 200, "the stand-in is missing");
+    QVERIFY2(brightness(standIn->place.topLeft() + QPoint(5, 5)) > 200, "the stand-in is missing");
     QVERIFY2(brightness({5, 5}) > 30 && brightness({5, 5}) < 100,
              "the screen is not the one that is shown");
 }
@@ -128,10 +99,10 @@ void WaylandWindowTest::standInBringsTheWindowBack()
 {
     Recorder recorder(m_desktop);
     Begin(recorder);
-    ClickInStandIn(kShowWindow);
+    QVERIFY2(recorder.ClickInStandIn(Recorder::kShowWindow), "the stand-in is not shown");
     QVERIFY2(recorder.WaitShown(), "it does not bring the window back");
     QVERIFY2(recorder.ToolRuns(), "it stopped the recording");
-    m_desktop.Activate(AtRest(Recorder::kTitle).id);
+    m_desktop.Activate(m_desktop.AtRest(Recorder::kTitle)->id);
     recorder.Click("record.record");
     QVERIFY2(recorder.WaitForTool(), "Stop in the window does not stop the recording");
     const RecordingFile file = ReadRecording(recorder.Recording());
@@ -142,12 +113,12 @@ void WaylandWindowTest::closingTheStandInDoesNotLoseTheRecording()
 {
     Recorder recorder(m_desktop);
     Begin(recorder);
-    m_desktop.Close(AtRest(kStandIn).id);
+    m_desktop.Close(m_desktop.ByTitle(Recorder::kStandIn)->id);
     QVERIFY2(recorder.WaitShown(), "closing it does not bring the window back");
     QVERIFY2(recorder.ToolRuns(), "closing it stopped the recording");
-    QVERIFY2(WaitUntil([&] { return m_desktop.Shown(kStandIn).has_value(); }),
+    QVERIFY2(WaitUntil([&] { return m_desktop.Shown(Recorder::kStandIn).has_value(); }),
              "the handle on the recording is gone");
-    m_desktop.Close(AtRest(Recorder::kTitle).id);
+    m_desktop.Close(m_desktop.AtRest(Recorder::kTitle)->id);
     QCOMPARE(recorder.WaitForEnd(), 0);
     const RecordingFile file = ReadRecording(recorder.Recording());
     QVERIFY2(file.fault.isEmpty(), qPrintable(file.fault));
@@ -161,10 +132,10 @@ void WaylandWindowTest::failureIsToldInABoxThatCanBeMoved()
     Begin(recorder);
     kill(recorder.Ffmpeg(), SIGKILL);
     QVERIFY2(WaitUntil([&] { return recorder.Message().has_value(); }), "nothing is told");
-    const DesktopWindow box = AtRest(recorder.Message()->title);
-    const QRect place = box.place;
-    QVERIFY2(m_desktop.HasFocus(box.id), "sway has not given it the keyboard");
+    const auto box = m_desktop.AtRest(recorder.Message()->title);
+    QVERIFY2(box && m_desktop.HasFocus(box->id), "sway has not given it the keyboard");
     m_desktop.Press({"space", "Return", "Escape"});
+    const QRect place = box->place;
     const QPoint strip = place.topLeft() + QPoint(place.width() / 2, 15);
     m_desktop.Drag(strip, strip + QPoint(100, 150));
     QVERIFY2(WaitUntil([&] {

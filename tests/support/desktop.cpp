@@ -22,6 +22,20 @@ std::optional<DesktopWindow> Desktop::ByTitle(const QString& title) const
     return std::nullopt;
 }
 
+std::optional<DesktopWindow> Desktop::AtRest(const QString& title) const
+{
+    constexpr int looksAtRest = 4;
+    std::optional<DesktopWindow> found;
+    int looks = 0;
+    const bool rests = WaitUntil([&] {
+        const auto now = Shown(title);
+        looks = now && found && now->place == found->place ? looks + 1 : 0;
+        found = now;
+        return looks == looksAtRest;
+    });
+    return rests ? found : std::nullopt;
+}
+
 bool Desktop::IsInTaskList(const QString& title) const
 {
     const auto window = ByTitle(title);

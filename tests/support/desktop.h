@@ -39,6 +39,8 @@ public:
     // The first visible window with this title.
     std::optional<DesktopWindow> Shown(const QString& title) const;
     std::optional<DesktopWindow> ByTitle(const QString& title) const; // visible or not
+    // Waits until it is shown and neither moved nor resized any more.
+    std::optional<DesktopWindow> AtRest(const QString& title) const;
 
     // Whether the window is minimised.
     virtual bool IsMinimised(uint32_t window) const = 0;

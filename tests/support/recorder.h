@@ -15,6 +15,10 @@ class Recorder
 {
 public:
     static constexpr auto kTitle = "Lumenfold Screen Recorder";
+    // The window in place of the tray icon.
+    static constexpr auto kStandIn = "Recording";
+    static constexpr double kStop = 0.25; // of its width
+    static constexpr double kShowWindow = 0.75;
 
     // Copies the program without starting it.
     explicit Recorder(Desktop& desktop);
@@ -87,6 +91,8 @@ public:
     bool HasNotification() const;
     // Right-clicks the icon and chooses a menu entry: 0 Pause, 1 Stop or Start, 2 Quit.
     bool ChooseInTray(int entry);
+    // Clicks a button of the window in place of the icon: kStop or kShowWindow.
+    bool ClickInStandIn(double share);
 
     // The recordings in the save directory, and the only or newest one.
     QStringList Recordings() const;

@@ -1,4 +1,4 @@
-// The tray icon of the recorder, its menu and its notifications.
+// The tray icon of the recorder, its menu and its notifications, and the window in place of it.
 #include "tests/support/recorder.h"
 
 #include <algorithm>
@@ -82,4 +82,16 @@ bool Recorder::ChooseInTray(int entry)
     m_desktop.Click({menu.center().x(), menu.top() + menu.height() * (2 * entry + 1) / 6});
     m_sinceChoice.start();
     return WaitUntil([this] { return !Menu(); });
+}
+
+bool Recorder::ClickInStandIn(double share)
+{
+    constexpr int buttonsAboveTheBottom = 25;
+    const auto standIn = m_desktop.AtRest(kStandIn);
+    if (standIn) {
+        m_desktop.Click(standIn->place.bottomLeft() +
+                        QPoint(int(standIn->place.width() * share), -buttonsAboveTheBottom));
+        m_sinceChoice.start();
+    }
+    return standIn.has_value();
 }
