@@ -38,7 +38,7 @@ struct Beeper::Private
     static void OnContext(pa_context* context, void* data);
     static void OnWrite(pa_stream* stream, size_t bytes, void* data);
     void OpenStream();
-    std::optional<SteadyTime> NextSampleHeard() const;
+    std::optional<SteadyTime> Heard(int64_t sample) const;
 };
 
 void Beeper::Private::OnContext(pa_context* context, void* data)
@@ -105,29 +105,40 @@ Beeper::~Beeper()
     delete m_p;
 }
 
-// When the next sample that is written will be heard. Without the library's interpolation, which is
-// wrong for seconds after an output starts to play.
-std::optional<SteadyTime> Beeper::Private::NextSampleHeard() const
+// When this sample, counted from the first one written, is heard. Without the library's
+// interpolation, which is wrong for seconds after an output starts to play.
+std::optional<SteadyTime> Beeper::Private::Heard(int64_t sample) const
 {
     const pa_timing_info* told = stream != nullptr ? pa_stream_get_timing_info(stream) : nullptr;
     if (told == nullptr) {
         return std::nullopt;
     }
-    const int64_t ahead = written - told->read_index / static_cast<int64_t>(sizeof(int16_t));
+    const int64_t ahead = sample - told->read_index / static_cast<int64_t>(sizeof(int16_t));
     return std::chrono::steady_clock::now() - AgeOf(*told) + microseconds(told->sink_usec) +
            microseconds(ahead * 1000000 / rate);
 }
 
-SteadyTime Beeper::Beep()
+void Beeper::Beep()
+{
+    if (m_p->loop != nullptr) {
+        pa_threaded_mainloop_lock(m_p->loop);
+        // The beep starts with the next sample written; what was written before is heard first.
+        m_p->beepStart = m_p->written;
+        pa_threaded_mainloop_unlock(m_p->loop);
+    }
+}
+
+SteadyTime Beeper::BeepHeard()
 {
     if (m_p->loop == nullptr) {
         return {};
     }
     pa_threaded_mainloop_lock(m_p->loop);
-    const auto heard = m_p->NextSampleHeard();
+    const auto heard = m_p->Heard(m_p->beepStart);
     if (heard) {
-        // The beep starts with the next sample written; what was written before is heard first.
-        m_p->beepStart = m_p->written;
+        if (pa_operation* asked = pa_stream_update_timing_info(m_p->stream, nullptr, nullptr)) {
+            pa_operation_unref(asked);
+        }
     }
     pa_threaded_mainloop_unlock(m_p->loop);
     return heard.value_or(SteadyTime());

@@ -22,10 +22,14 @@ public:
     Beeper& operator=(const Beeper&) = delete;
     ~Beeper();
 
-    // Starts a beep of 100 ms. Returns when it will be heard, or a time in the past if there is no
-    // sound server. That is a few hundredths of a second from now, or up to two seconds if the
-    // output was idle.
-    SteadyTime Beep();
+    // Starts a beep of 100 ms.
+    void Beep();
+
+    // When the last beep is heard, or a time in the past if there is no sound server. That is a few
+    // hundredths of a second after its start, or up to two seconds if the output was idle. Asks the
+    // server anew, whose answer counts from the next call on: what it told before the beep may be
+    // wrong by a tenth of a second on a busy machine.
+    SteadyTime BeepHeard();
 
 private:
     struct Private;

@@ -104,11 +104,13 @@ void PrintFrames(const std::vector<Picture>& pictures, double skip)
 std::vector<double> FlashTimes(const std::vector<Picture>& pictures)
 {
     std::vector<double> times;
+    size_t last = 0; // the last new frame; those that repeat it show nothing of their time
     for (size_t i = 1; i < pictures.size(); ++i) {
         if (pictures[i].flash && !pictures[i - 1].flash) {
-            // It was turned on since the last frame.
-            times.push_back((pictures[i].time + pictures[i - 1].time) / 2);
+            // It was turned on since then.
+            times.push_back((pictures[i].time + pictures[last].time) / 2);
         }
+        last = pictures[i].number != pictures[last].number ? i : last;
     }
     return times;
 }

@@ -7,6 +7,9 @@
 //                [--hum HZ[@SINK]]      a continuous tone (can be repeated)
 //                [--beep HZ[@SINK]]     a beep of 100 ms at the same moment as each flash
 //                [--flash SECONDS]      interval between flashes, default 1
+//                [--punctual MS]        leave out flashes that cannot be shown within this time of
+//                their beep, or
+//                                       whose beep may be late
 //                [--seconds N]          exit after this time
 //
 // SINK is the sound server's name of an output; the default is the default output.
@@ -21,6 +24,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -38,6 +42,7 @@ struct Options
     double rate = 75;
     double flash = 1;
     double seconds = 1e9;
+    double punctual = 1e6; // seconds
     std::vector<Tone> hums;
     Tone beep;
 };
@@ -63,6 +68,8 @@ bool Read(Options& options, const std::string& name, const char* value)
         options.rate = std::atof(value);
     } else if (name == "--flash") {
         options.flash = std::atof(value);
+    } else if (name == "--punctual") {
+        options.punctual = std::atof(value) / 1000;
     } else if (name == "--seconds") {
         options.seconds = std::atof(value);
     } else {
@@ -78,26 +85,28 @@ Clock::duration Ticks(double seconds)
 
 void Show(PatternWindow& window, Beeper& beeper, const Options& options)
 {
+    constexpr std::chrono::milliseconds flashLength{100};
     const auto start = Clock::now();
     Clock::time_point due = start;
     Clock::time_point nextBeep = start + Ticks(options.flash);
-    Clock::time_point flashOn = nextBeep;
+    std::optional<Clock::time_point> beep; // the last one, whose flash is not shown yet
     Clock::time_point flashOff = start;
-    bool announced = false; // the time of the flash is set, but it is not shown yet
     for (uint16_t number = 0; stopped == 0 && due - start < Ticks(options.seconds); ++number) {
-        if (!announced && Clock::now() >= nextBeep) {
-            const Clock::time_point heard = beeper.Beep();
-            flashOn = std::max(heard, Clock::now());
-            announced = true;
+        if (!beep && Clock::now() >= nextBeep) {
+            beeper.Beep();
+            beep = Clock::now();
             nextBeep += Ticks(options.flash);
         }
+        const Clock::time_point flashOn = beep ? std::max(*beep, beeper.BeepHeard()) : due;
         due += Ticks(1 / options.rate);
         // A flash is drawn at its own time, not with the next picture.
-        std::this_thread::sleep_until(announced ? std::min(due, flashOn) : due);
-        if (announced && Clock::now() >= flashOn) {
-            announced = false;
-            flashOff = flashOn + std::chrono::milliseconds(100);
-            if (nextBeep < flashOff) { // the output has started late
+        std::this_thread::sleep_until(beep ? std::min(due, flashOn) : due);
+        if (beep && Clock::now() >= flashOn) {
+            beep.reset();
+            if (Clock::now() <= flashOn + Ticks(options.punctual)) {
+                flashOff = flashOn + flashLength;
+            }
+            if (nextBeep < flashOn + flashLength) { // the output has started late
                 nextBeep = flashOn + Ticks(options.flash);
             }
         }
