@@ -44,13 +44,6 @@ double MemoryOfAll(const QList<qint64>& processes)
     return sum;
 }
 
-void WaitFor(int milliseconds)
-{
-    QElapsedTimer time;
-    time.start();
-    WaitUntil([&] { return time.hasExpired(milliseconds); }, 2 * milliseconds + 1000);
-}
-
 } // namespace
 
 class RecorderBench : public QObject
@@ -245,7 +238,7 @@ void RecorderBench::firstSeconds()
         QVERIFY2(pattern.IsReady(), "the moving picture does not come");
         QVERIFY(recorder.StartRecording() && recorder.RecordFor(4000) && recorder.ChooseInTray(1) &&
                 recorder.WaitForTool());
-        const FlashAndBeep pair = WorstPair(PatternReport(recorder.Recording()), 2);
+        const FlashAndBeep pair = WorstPair(PatternReport(recorder.Recording()), 0, 2);
         worst = pair.distance > worst.distance ? pair : worst;
     }
     PrintWorstPair("Flash farthest from its beep, first 2 s after silence", worst);

@@ -28,38 +28,6 @@ int Minutes()
     return minutes == 0 ? 30 : qMax(2, minutes);
 }
 
-// The memory of one process at each sample, in MiB.
-struct Holding
-{
-    QString name;
-    QList<double> memory;
-    double Growth() const { return *std::max_element(memory.begin(), memory.end()) - memory[0]; }
-};
-
-QList<double> Numbers(const QString& list)
-{
-    QList<double> numbers;
-    for (const QString& word : list.split(' ', Qt::SkipEmptyParts)) {
-        numbers << word.toDouble();
-    }
-    return numbers;
-}
-
-// Beep minus flash in ms, for flashes between the two times that have a beep.
-QList<double> Offsets(const QMap<QString, QString>& report, double from, double to)
-{
-    const QList<double> beeps = Numbers(report["beep_times"]);
-    QList<double> offsets;
-    for (const double flash : Numbers(report["flash_times"])) {
-        for (const double beep : beeps) {
-            if (flash >= from && flash <= to && std::abs(beep - flash) < 0.45) {
-                offsets << (beep - flash) * 1000;
-            }
-        }
-    }
-    return offsets;
-}
-
 } // namespace
 
 class LongRecordingTest : public DesktopTest
@@ -71,8 +39,6 @@ private slots:
 
 private:
     void Prepare() override;
-    static QMap<qint64, Holding> Processes(const Recorder& recorder);
-    static void Look(QMap<qint64, Holding>& processes);
     static void CheckMemory(const QMap<qint64, Holding>& processes);
     static void CheckFile(const QString& path, double seconds);
 
@@ -83,25 +49,6 @@ private:
 void LongRecordingTest::Prepare()
 {
     QVERIFY2(m_pattern.IsReady(), "the test pattern does not start");
-}
-
-// The recorder and all its descendants.
-QMap<qint64, Holding> LongRecordingTest::Processes(const Recorder& recorder)
-{
-    QMap<qint64, Holding> processes;
-    for (const qint64 pid : QList<qint64>{recorder.Pid()} + Descendants(recorder.Pid()) +
-                                ProcessesOf(recorder.Beside("tool"))) {
-        const QStringList command = CommandLine(pid);
-        processes[pid].name = command.isEmpty() ? QString() : command.first().section('/', -1);
-    }
-    return processes;
-}
-
-void LongRecordingTest::Look(QMap<qint64, Holding>& processes)
-{
-    for (auto process = processes.begin(); process != processes.end(); ++process) {
-        process->memory << MemoryOf(process.key()).rss;
-    }
 }
 
 void LongRecordingTest::CheckMemory(const QMap<qint64, Holding>& processes)
@@ -131,8 +78,8 @@ void LongRecordingTest::CheckFile(const QString& path, double seconds)
     QVERIFY2(
         std::abs(report["video_frames"].toDouble() - expected) <= 3,
         qPrintable(report["video_frames"] + " pictures instead of " + QString::number(expected)));
-    const QList<double> first = Offsets(report, 0, kEnds);
-    const QList<double> last = Offsets(report, length - kEnds, length);
+    const QList<double> first = SoundOffsets(report, 0, kEnds);
+    const QList<double> last = SoundOffsets(report, length - kEnds, length);
     qInfo("sound after picture: %.0f ms at the start, %.0f ms at the end; distinct pictures: %s %%",
           Median(first), Median(last), qPrintable(report["distinct_share"]));
     QVERIFY2(first.size() >= kEnds / 2 && last.size() >= kEnds / 2,
@@ -157,7 +104,9 @@ void LongRecordingTest::memoryIsFlatAndSoundStaysWithThePicture()
     recorder.ChooseAudio(0);
     QVERIFY2(recorder.StartRecording(), "no file grows");
     QVERIFY(recorder.RecordFor(minute));
-    QMap<qint64, Holding> processes = Processes(recorder);
+    QMap<qint64, Holding> processes =
+        HoldingsOf(QList<qint64>{recorder.Pid()} + Descendants(recorder.Pid()) +
+                   ProcessesOf(recorder.Beside("tool")));
     // The recorder, ffmpeg, and the process that mixes the sound.
     QVERIFY2(processes.size() >= 3, "a process of the recording is not found");
     for (int time = minute; time <= Minutes() * minute; time += minute / 6) {

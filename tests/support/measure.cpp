@@ -1,5 +1,7 @@
 #include "tests/support/measure.h"
 
+#include "tests/support/desktop.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -104,6 +106,27 @@ Memory MemoryOf(qint64 pid)
     return memory;
 }
 
+double Holding::Growth() const
+{
+    return memory.isEmpty() ? 0 : *std::max_element(memory.begin(), memory.end()) - memory[0];
+}
+
+QMap<qint64, Holding> HoldingsOf(const QList<qint64>& pids)
+{
+    QMap<qint64, Holding> processes;
+    for (const qint64 pid : pids) {
+        processes[pid].name = CommandLine(pid).value(0).section('/', -1);
+    }
+    return processes;
+}
+
+void Look(QMap<qint64, Holding>& processes)
+{
+    for (auto process = processes.begin(); process != processes.end(); ++process) {
+        process->memory << MemoryOf(process.key()).rss;
+    }
+}
+
 double CpuSeconds(const QList<qint64>& pids)
 {
     double ticks = 0;
@@ -167,4 +190,11 @@ double Median(QList<double> values)
 {
     std::sort(values.begin(), values.end());
     return values.isEmpty() ? -1 : values[values.size() / 2];
+}
+
+void WaitFor(int milliseconds)
+{
+    QElapsedTimer time;
+    time.start();
+    WaitUntil([&] { return time.hasExpired(milliseconds); }, 2 * milliseconds + 1000);
 }

@@ -19,6 +19,18 @@ double StartTime(const QString& program, const QStringList& arguments, const QSt
 // The memory of a running program.
 Memory MemoryOf(qint64 pid);
 
+// What a running program has held at each look, in MiB.
+struct Holding
+{
+    QString name;
+    QList<double> memory;
+    // From the first look to the worst one.
+    double Growth() const;
+};
+
+QMap<qint64, Holding> HoldingsOf(const QList<qint64>& pids);
+void Look(QMap<qint64, Holding>& processes);
+
 // Processor seconds these processes have used, including children that have ended.
 double CpuSeconds(const QList<qint64>& pids);
 
@@ -34,3 +46,6 @@ QList<qint64> ProcessesOf(const QString& program);
 QStringList CommandLine(qint64 pid);
 
 double Median(QList<double> values);
+
+// Lets time pass during a measurement.
+void WaitFor(int milliseconds);

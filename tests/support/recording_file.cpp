@@ -6,6 +6,21 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <cmath>
+
+namespace {
+
+QList<double> Numbers(const QString& list)
+{
+    QList<double> numbers;
+    for (const QString& word : list.split(' ', Qt::SkipEmptyParts)) {
+        numbers << word.toDouble();
+    }
+    return numbers;
+}
+
+} // namespace
+
 RecordingFile ReadRecording(const QString& file)
 {
     RecordingFile result;
@@ -53,4 +68,19 @@ QMap<QString, QString> PatternReport(const QString& file, int milliseconds,
         report[line.section('=', 0, 0)] = line.section('=', 1);
     }
     return report;
+}
+
+QList<double> SoundOffsets(const QMap<QString, QString>& report, double from, double to)
+{
+    constexpr double farthest = 0.45; // half the time between two flashes
+    const QList<double> beeps = Numbers(report["beep_times"]);
+    QList<double> offsets;
+    for (const double flash : Numbers(report["flash_times"])) {
+        for (const double beep : beeps) {
+            if (flash >= from && flash <= to && std::abs(beep - flash) < farthest) {
+                offsets << (beep - flash) * 1000;
+            }
+        }
+    }
+    return offsets;
 }

@@ -1,6 +1,7 @@
 // Inspects a recording.
 #pragma once
 
+#include <QList>
 #include <QMap>
 #include <QString>
 #include <QStringList>
@@ -23,3 +24,7 @@ double SecondsIn(const QString& file);
 // options say. Takes a while for a long recording.
 QMap<QString, QString> PatternReport(const QString& file, int milliseconds = 60000,
                                      const QStringList& options = {});
+
+// Beep minus flash in ms for each flash between the two times that has a beep. `report`: of
+// PatternReport().
+QList<double> SoundOffsets(const QMap<QString, QString>& report, double from, double to);
