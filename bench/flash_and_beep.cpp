@@ -1,8 +1,7 @@
 #include "bench/flash_and_beep.h"
 
 #include "bench/table.h"
-
-#include <QStringList>
+#include "tests/support/recording_file.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,26 +10,17 @@ namespace {
 
 constexpr double kWithoutBeep = 0.5; // half the time between two flashes
 
-QList<double> Numbers(const QString& list)
-{
-    QList<double> numbers;
-    for (const QString& word : list.split(' ', Qt::SkipEmptyParts)) {
-        numbers << word.toDouble();
-    }
-    return numbers;
-}
-
 } // namespace
 
 // The beep of a flash at the very beginning or end may be outside the recording.
-FlashAndBeep WorstPair(const QMap<QString, QString>& report, double seconds)
+FlashAndBeep WorstPair(const QMap<QString, QString>& report, double from, double to)
 {
     constexpr double margin = 0.2;
     const QList<double> beeps = Numbers(report["beep_times"]);
     const double last = report["sound_duration"].toDouble() - margin;
     FlashAndBeep worst;
     for (const double flash : Numbers(report["flash_times"])) {
-        if (flash < margin || flash > std::min(last, seconds)) {
+        if (flash < std::max(margin, from) || flash > std::min(last, to)) {
             continue;
         }
         double distance = kWithoutBeep;

@@ -10,8 +10,8 @@ struct FlashAndBeep
     double at = 0;        // of the flash
 };
 
-// The flash farthest from its beep among those of the first seconds. `report`: of PatternReport().
+// The flash farthest from its beep among those between these seconds. `report`: of PatternReport().
 // Its distance is -1 if there is no flash.
-FlashAndBeep WorstPair(const QMap<QString, QString>& report, double seconds = 1e9);
+FlashAndBeep WorstPair(const QMap<QString, QString>& report, double from = 0, double to = 1e9);
 
 void PrintWorstPair(const QString& what, const FlashAndBeep& pair);

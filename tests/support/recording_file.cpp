@@ -8,19 +8,6 @@
 
 #include <cmath>
 
-namespace {
-
-QList<double> Numbers(const QString& list)
-{
-    QList<double> numbers;
-    for (const QString& word : list.split(' ', Qt::SkipEmptyParts)) {
-        numbers << word.toDouble();
-    }
-    return numbers;
-}
-
-} // namespace
-
 RecordingFile ReadRecording(const QString& file)
 {
     RecordingFile result;
@@ -68,6 +55,15 @@ QMap<QString, QString> PatternReport(const QString& file, int milliseconds,
         report[line.section('=', 0, 0)] = line.section('=', 1);
     }
     return report;
+}
+
+QList<double> Numbers(const QString& list)
+{
+    QList<double> numbers;
+    for (const QString& word : list.split(' ', Qt::SkipEmptyParts)) {
+        numbers << word.toDouble();
+    }
+    return numbers;
 }
 
 QList<double> SoundOffsets(const QMap<QString, QString>& report, double from, double to)

@@ -25,6 +25,9 @@ double SecondsIn(const QString& file);
 QMap<QString, QString> PatternReport(const QString& file, int milliseconds = 60000,
                                      const QStringList& options = {});
 
+// The numbers in a line of it, separated by blanks.
+QList<double> Numbers(const QString& list);
+
 // Beep minus flash in ms for each flash between the two times that has a beep. `report`: of
 // PatternReport().
 QList<double> SoundOffsets(const QMap<QString, QString>& report, double from, double to);
