@@ -1,15 +1,14 @@
 // What `tool` asks the desktop's services for while it records, and what becomes of that.
 #include "tests/support/idle_services_test.h"
+#include "tests/support/users_bus.h"
 
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
-#include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <functional>
 #include <memory>
-#include <sys/stat.h>
 #include <unistd.h>
 
 using End = std::function<void(Take&)>;
@@ -103,48 +102,26 @@ void AwakeBusTest::desktopShellThatRestartsIsAskedAgain()
     Stop(*take);
 }
 
-// The recorder runs as root after pkexec. A bus lets nobody in but the user it belongs to.
+// The recorder runs as root after pkexec.
 void AwakeBusTest::desktopOfTheUserIsHeldByRoot()
 {
-    constexpr uid_t user = 65534;
     if (geteuid() != 0) {
         QSKIP("only root can be another user");
     }
-    const QString runtime = m_folder->filePath("runtime");
-    QVERIFY(QDir().mkdir(runtime));
-    QCOMPARE(chown(QFile::encodeName(runtime), user, user), 0);
-    QCOMPARE(chmod(QFile::encodeName(m_folder->path()), 0711), 0);
-    const auto startAsUser = [&](QProcess& process, const QStringList& command) {
-        const QString id = QString::number(user);
-        process.start("setpriv",
-                      QStringList{"--reuid", id, "--regid", id, "--clear-groups"} + command);
-        QVERIFY2(process.waitForReadyRead(), qPrintable(command.first() + " does not start"));
-    };
-    const QString address = "unix:path=" + runtime + "/bus";
-    startAsUser(
-        m_bus, {"dbus-daemon", "--session", "--nofork", "--print-address", "--address=" + address});
-    QProcess monitor;
-    startAsUser(monitor, {"dbus-monitor", "--address", address, "member='Inhibit'"});
+    UsersBus bus;
+    QVERIFY2(bus.Start(m_folder->path(), "Inhibit"), "the user has no bus");
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
+    qputenv("XDG_RUNTIME_DIR", bus.RuntimeDirectory());
 
     const auto take = Record();
     QVERIFY2(take, "nothing is recorded");
-    QByteArray heard;
-    QVERIFY2(WaitUntil([&] {
-                 monitor.waitForReadyRead(100);
-                 heard += monitor.readAll();
-                 return heard.contains(kReason);
-             }),
-             "the user's desktop is not asked");
+    QVERIFY2(WaitUntil([&] { return bus.HasHeard(kReason); }), "the user's desktop is not asked");
     QVERIFY2(
         WaitUntil([&] {
             return Content(QString("/proc/%1/status").arg(take->Tool())).contains("Uid:\t0\t0");
         }),
         "the recording is not root's any more");
     Stop(*take);
-    monitor.terminate();
-    monitor.waitForFinished();
 }
 
 QTEST_GUILESS_MAIN(AwakeBusTest)

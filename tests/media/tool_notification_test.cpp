@@ -1,6 +1,7 @@
 // What the desktop tells about jobs that the recorder has stopped waiting for.
 #include "tests/support/ffmpeg_stand_in.h"
 #include "tests/support/notifications.h"
+#include "tests/support/users_bus.h"
 
 #include <QDBusConnection>
 #include <QDBusError>
@@ -10,7 +11,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <sys/stat.h>
 #include <unistd.h>
 
 class ToolNotificationTest : public QObject
@@ -143,40 +143,19 @@ void ToolNotificationTest::nameOfOddBytesIsTold()
              qPrintable(m_desktop.shown.first()));
 }
 
-// After pkexec. A bus lets nobody in but the user it belongs to.
+// After pkexec.
 void ToolNotificationTest::jobOfTheAdministratorIsToldToTheUser()
 {
-    constexpr uid_t user = 65534;
     if (geteuid() != 0) {
         QSKIP("only root can be another user");
     }
-    const QString runtime = m_ffmpeg->Path("runtime");
-    QVERIFY(QDir().mkdir(runtime));
-    QCOMPARE(chown(QFile::encodeName(runtime), user, user), 0);
-    QCOMPARE(chmod(QFile::encodeName(m_ffmpeg->Path(".")), 0711), 0);
-    const auto startAsUser = [&](QProcess& process, const QStringList& command) {
-        const QString id = QString::number(user);
-        process.start("setpriv",
-                      QStringList{"--reuid", id, "--regid", id, "--clear-groups"} + command);
-        QVERIFY2(process.waitForReadyRead(), qPrintable(command.first() + " does not start"));
-    };
-    const QString address = "unix:path=" + runtime + "/bus";
-    startAsUser(
-        m_bus, {"dbus-daemon", "--session", "--nofork", "--print-address", "--address=" + address});
-    QProcess monitor;
-    startAsUser(monitor, {"dbus-monitor", "--address", address, "member='Notify'"});
+    UsersBus bus;
+    QVERIFY2(bus.Start(m_ffmpeg->Path("."), "Notify"), "the user has no bus");
     const QByteArray before = qgetenv("XDG_RUNTIME_DIR");
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
+    qputenv("XDG_RUNTIME_DIR", bus.RuntimeDirectory());
     LeaveJob(FfmpegStandIn::kWrite);
-    QByteArray heard;
-    const bool isTold = WaitFor([&] {
-        monitor.waitForReadyRead(100);
-        heard += monitor.readAll();
-        return heard.contains("The video is ready: cut.mp4");
-    });
+    const bool isTold = WaitFor([&] { return bus.HasHeard("The video is ready: cut.mp4"); });
     qputenv("XDG_RUNTIME_DIR", before);
-    monitor.terminate();
-    monitor.waitForFinished();
     QVERIFY2(isTold, "the user's desktop tells nothing");
 }
 
