@@ -75,6 +75,8 @@ private slots:
     void fileThatExistsIsLeftAlone();
     void folderThatIsMissingIsTold();
     void emptyFileIsRemoved();
+    void headersAloneAreRemoved();
+    void tornFragmentIsKept();
     void fileOfSomebodyElseIsNotRemoved();
     void diskHasTheIndexBeforeItIsUsed();
     void diskThatFailsLeavesTheMovieAsItWas();
@@ -197,6 +199,24 @@ void ToolRecordingFileTest::emptyFileIsRemoved()
     QVERIFY(QFile::exists(Path("r.mp4")));
     file.Finish();
     QVERIFY2(!QFile::exists(Path("r.mp4")), "a file that does not play is left");
+}
+
+// ffmpeg was told to end before it had a frame.
+void ToolRecordingFileTest::headersAloneAreRemoved()
+{
+    const RecordingFile file = Create("r.mp4");
+    QVERIFY(Write(Path("r.mp4"), m_fragmented.left(m_fragmented.indexOf("moof") - 4)));
+    file.Finish();
+    QVERIFY2(!QFile::exists(Path("r.mp4")), "a file that does not play is left");
+}
+
+// Nothing that could be a frame is removed.
+void ToolRecordingFileTest::tornFragmentIsKept()
+{
+    const RecordingFile file = Create("r.mp4");
+    QVERIFY(Write(Path("r.mp4"), m_fragmented.left(m_fragmented.indexOf("moof") + 20)));
+    file.Finish();
+    QVERIFY2(QFile::exists(Path("r.mp4")), "the file is gone");
 }
 
 // The empty file was moved away, and another has taken its name.

@@ -1,5 +1,7 @@
 #include "tool/record/recording_file.h"
 
+#include "tool/mp4/boxes.h"
+#include "tool/mp4/frugal_file.h"
 #include "tool/mp4/settle.h"
 #include "tool/system/sync_data.h"
 
@@ -10,6 +12,23 @@
 #include <utility>
 
 namespace tool {
+namespace {
+
+// Whether there is anything but headers in the file, as far as it can be read.
+bool MayHoldMedia(const std::string& path)
+{
+    constexpr uint64_t allowance = 1024; // a few box headers
+    FrugalFile file(path, allowance);
+    BoxWalk walk(file, 0, file.Size());
+    while (const auto box = walk.Next()) {
+        if (box->type == BoxType("moof") || (box->type == BoxType("mdat") && box->Size() > 0)) {
+            return true;
+        }
+    }
+    return walk.Damaged();
+}
+
+} // namespace
 
 RecordingFile::RecordingFile(std::string path, Descriptor file)
     : m_path(std::move(path)),
@@ -50,8 +69,7 @@ void RecordingFile::Sync()
 
 void RecordingFile::Finish() const
 {
-    if (HasContent()) {
-        SettleMovie(Name());
+    if (HasContent() && (SettleMovie(Name()) || MayHoldMedia(Name()))) {
         return;
     }
     struct stat own = {};

@@ -25,8 +25,8 @@ public:
     // Puts the name on the disk, or what was written since the last call.
     void SyncName() const;
     void Sync();
-    // When nobody writes to it any more: turns it into an ordinary MP4, or removes it if it is
-    // empty.
+    // When nobody writes to it any more: turns it into an ordinary MP4, or removes it if it holds
+    // no frame.
     void Finish() const;
 
 private:
