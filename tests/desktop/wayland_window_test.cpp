@@ -154,9 +154,11 @@ void WaylandWindowTest::windowDoesNotCoverTheBox()
     Begin(recorder);
     kill(recorder.Ffmpeg(), SIGKILL);
     QVERIFY2(WaitUntil([&] { return recorder.Message().has_value(); }), "nothing is told");
-    m_desktop.Activate(AtRest(kStandIn).id);
-    ClickInStandIn(kShowWindow);
-    QVERIFY2(recorder.WaitShown(), "the window does not come back");
+    const auto standIn = m_desktop.AtRest(Recorder::kStandIn);
+    QVERIFY2(standIn, "the stand-in is gone");
+    m_desktop.Activate(standIn->id);
+    QVERIFY2(recorder.ClickInStandIn(Recorder::kShowWindow) && recorder.WaitShown(),
+             "the window does not come back");
     // sway drops clicks in a window that is being arranged.
     QVERIFY2(WaitUntil([&] {
                  recorder.AnswerMessage();
