@@ -98,6 +98,13 @@ private:
     int m_nGiven = 0;
 };
 
+// Begins a beep and returns when it is heard, or the epoch if the server has not told yet.
+SteadyTime BeepHeard(Beeper& beeper)
+{
+    beeper.Beep();
+    return beeper.BeepHeard();
+}
+
 } // namespace
 
 class SoundDatesTest : public QObject
@@ -134,7 +141,7 @@ void SoundDatesTest::soundIsDatedByWhenItIsHeard()
     QVERIFY2(ear.Listen(0, 1), "nothing is heard");
     Dates dates;
     for (int i = 0; i < 7; ++i) {
-        const SteadyTime heard = beeper.Beep();
+        const SteadyTime heard = BeepHeard(beeper);
         std::this_thread::sleep_until(heard + 250ms); // like a process that is not scheduled
         QVERIFY(ear.Listen(0, 0.4));
         dates.Add(heard, ear.Beeps(0, kHertz));
@@ -168,7 +175,7 @@ void SoundDatesTest::soundOfAnIdleOutputIsDatedRightFromItsStart()
     Dates dates;
     for (int i = 0; i < 4; ++i) {
         SteadyTime heard{};
-        QVERIFY(ear.ListenUntil([&] { return (heard = beeper->Beep()) != SteadyTime(); }));
+        QVERIFY(ear.ListenUntil([&] { return (heard = BeepHeard(*beeper)) != SteadyTime(); }));
         ear.Forget(0);
         ear.ListenUntil([&] { return std::chrono::steady_clock::now() > heard + 300ms; });
         dates.Add(heard, ear.Beeps(0, kHertz));
