@@ -70,7 +70,7 @@ void LongMergeTest::MakeSources(const QString& folder)
 
 void LongMergeTest::Merge(Recorder& recorder, const QString& target)
 {
-    recorder.Click("home.merge");
+    QVERIFY2(recorder.OpenPage("merge"), "the join page does not appear");
     for (int i = 0; i < kFiles; ++i) {
         recorder.ClickRow("merge.source", i % kRows);
         recorder.Click("merge.add");

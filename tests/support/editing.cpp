@@ -4,6 +4,7 @@
 #include "tests/support/tool_movies.h"
 
 #include <QDir>
+#include <QTest>
 
 bool MakeMovie(const Recorder& recorder, const QString& name, int seconds, const QString& arguments,
                bool sound, const QString& size)
@@ -20,7 +21,7 @@ bool MakeMovie(const Recorder& recorder, const QString& name, int seconds, const
 
 void MarkFirstVideo(Recorder& recorder, double start, double end)
 {
-    recorder.Click("home.cut");
+    QVERIFY2(recorder.OpenPage("cut"), "the trim page does not appear");
     recorder.Click("cut.row");
     recorder.ClickBetween("cut.slider.low", "cut.slider.high", start);
     recorder.Click("cut.start");
@@ -30,7 +31,7 @@ void MarkFirstVideo(Recorder& recorder, double start, double end)
 
 void AddVideos(Recorder& recorder, int count)
 {
-    recorder.Click("home.merge");
+    QVERIFY2(recorder.OpenPage("merge"), "the join page does not appear");
     for (int row = 0; row < count; ++row) {
         recorder.ClickRow("merge.source", row);
         recorder.Click("merge.add");

@@ -158,7 +158,8 @@ bool GnomeDesktop::ClickInDash(const QString& title)
     const auto look = [&] {
         const QByteArray found = Run("const i = " + icon +
                                      "; const [x, y] = i.get_transformed_position();"
-                                     "[x + i.width / 2, y + i.height / 2]");
+                                     "Main.overview.animationInProgress ? []"
+                                     " : [x + i.width / 2, y + i.height / 2]");
         const QJsonArray last = place;
         place = QJsonDocument::fromJson(found).array();
         return place.size() == 2 && place == last; // it slides in

@@ -56,6 +56,9 @@ public:
     bool WaitHidden() const;
     // Clicks a widget of scripts/ui-positions.
     void Click(const QString& widget, int times = 1);
+    // Clicks an entry of the home page, "cut" or "merge", and waits until its folder has been read
+    // and the page is shown.
+    bool OpenPage(const QString& page);
     // Clicks at a fraction of the way between two places of scripts/ui-positions.
     void ClickBetween(const QString& from, const QString& to, double share);
     // Clicks a row, counted from 0, of the table whose first row is at the place.

@@ -1,6 +1,7 @@
 #include "tests/support/recorder.h"
 
 #include <QFile>
+#include <QImage>
 #include <QTest>
 
 namespace {
@@ -32,6 +33,18 @@ void Recorder::ClickInWindow(QPoint place, int times)
 void Recorder::Click(const QString& widget, int times)
 {
     ClickInWindow(Position(widget), times);
+}
+
+bool Recorder::OpenPage(const QString& page)
+{
+    Click("home." + page);
+    const QPoint inBack = Position(page + ".back") - QPoint(0, 10); // above its text
+    const QString file = m_folder.filePath("page.png");
+    return WaitUntil([&] {
+        m_desktop.Screenshot(file);
+        const auto window = m_desktop.Shown(kTitle);
+        return window && QImage(file).pixelColor(window->place.topLeft() + inBack).value() > 128;
+    });
 }
 
 void Recorder::ClickBetween(const QString& from, const QString& to, double share)
