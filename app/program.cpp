@@ -53,9 +53,14 @@ void RunApplication()
     close(errors);
     unlink(kErrorFile); // if it stays, the program ended abnormally
     window.reset();     // finishes a running recording
-    if (IsThreadLeftBehind()) {
-        std::_Exit(0);
-    }
+}
+
+// Whether the end of QApplication and of global objects may hang. Qt 6.4's threads that read from a
+// Wayland compositor wait for each other for ever if something comes while the connection is
+// closed. A thread that was left behind may use anything at any moment.
+bool MustEndAtOnce()
+{
+    return IsThreadLeftBehind() || QGuiApplication::platformName().startsWith("wayland");
 }
 
 } // namespace
@@ -78,5 +83,8 @@ void RunProgram(int& argc, char** argv)
         RunApplication();
     } else {
         RelaunchAsAdministrator(QCoreApplication::applicationFilePath());
+    }
+    if (MustEndAtOnce()) {
+        std::_Exit(0);
     }
 }

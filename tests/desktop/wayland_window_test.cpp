@@ -22,6 +22,7 @@ private Q_SLOTS:
     void closingTheStandInDoesNotLoseTheRecording();
     void failureIsToldInABoxThatCanBeMoved();
     void windowDoesNotCoverTheBox();
+    void programEndsThoughQtReadsLate();
     void endOfTheSessionFinishesTheRecording();
 
 private:
@@ -165,6 +166,17 @@ void WaylandWindowTest::windowDoesNotCoverTheBox()
                  return !recorder.Message();
              }),
              "clicks on the box's OK meet the window");
+}
+
+// Qt closes the connection to the compositor while something comes from it.
+void WaylandWindowTest::programEndsThoughQtReadsLate()
+{
+    Recorder recorder(m_desktop);
+    recorder.SetEnvironment("LD_PRELOAD", LATE_READER_PRELOAD);
+    QVERIFY(recorder.Start());
+    QVERIFY(m_desktop.AtRest(Recorder::kTitle));
+    m_desktop.Close(m_desktop.Shown(Recorder::kTitle)->id);
+    QVERIFY2(WaitUntil([&] { return !recorder.IsRunning(); }), "the program hangs at its end");
 }
 
 // The last test: the compositor ends, and the program with it.
