@@ -33,6 +33,19 @@ QString SoundCookie()
     return {};
 }
 
+// The user's message bus, or empty if its address is not that of a socket. One of another kind can
+// name a program, which root would start to connect.
+QString MessageBus()
+{
+    QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    for (const QString& place : address.split(';')) {
+        if (!place.startsWith("unix:")) {
+            return {};
+        }
+    }
+    return address;
+}
+
 // What pkexec does not pass on: the user's screen, message bus, sound server, and home directory
 // for recordings. Settings and caches of Qt and its libraries stay root's: in the user's home, the
 // user's own programs could not write to them.
@@ -44,10 +57,11 @@ QStringList UserEnvironment()
             assignments << name + '=' + value;
         }
     };
-    for (const char* name : {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR",
-                             "DBUS_SESSION_BUS_ADDRESS", "XDG_CURRENT_DESKTOP"}) {
+    for (const char* name :
+         {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR", "XDG_CURRENT_DESKTOP"}) {
         assign(name, qEnvironmentVariable(name));
     }
+    assign("DBUS_SESSION_BUS_ADDRESS", MessageBus());
     assign("PULSE_SERVER", qEnvironmentVariable("PULSE_SERVER", SoundServer()));
     assign("PULSE_COOKIE", qEnvironmentVariable("PULSE_COOKIE", SoundCookie()));
     assign("HOME", QDir::homePath());

@@ -85,6 +85,15 @@ private Q_SLOTS:
                                     {"PULSE_COOKIE", ""}}));
     }
 
+    void addressOfABusThatNamesAProgramIsNotPassedOn()
+    {
+        m_environment.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=/x/bus;unixexec:path=/x/evil");
+        Program().setProcessEnvironment(m_environment);
+        StartWithoutRights();
+        QVERIFY(Program().waitForFinished(20000));
+        QCOMPARE(Asked(), Expected({{"DBUS_SESSION_BUS_ADDRESS", ""}}));
+    }
+
     // pkexec refuses to work if its parent is gone.
     void theLauncherWaitsWhilePkexecAsks()
     {
@@ -177,8 +186,8 @@ private:
                                           {"XAUTHORITY", "/x/auth"},
                                           {"WAYLAND_DISPLAY", "wayland-7"},
                                           {"XDG_RUNTIME_DIR", Beside("run")},
-                                          {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/x/bus"},
                                           {"XDG_CURRENT_DESKTOP", "GNOME"},
+                                          {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/x/bus"},
                                           {"PULSE_SERVER", "unix:/p"},
                                           {"PULSE_COOKIE", "/p/cookie"},
                                           {"HOME", Beside("home")},
